@@ -1,0 +1,159 @@
+#include "base/list_input.hpp"
+
+#include <charconv>
+#include <cmath>
+#include <system_error>
+
+namespace torvex {
+
+namespace {
+
+bool is_blank(char c) {
+    return c == ' ' || c == '\n' || c == '\r' || c == '\t';
+}
+
+bool ends_number(const char* p, const char* end) {
+    return p == end || *p == ',' || is_blank(*p);
+}
+
+}  // namespace
+
+std::string ListFault::message() const {
+    if (text.empty()) {
+        return "the text ends where " + expected + " should stand";
+    }
+    return "cannot read \"" + text + "\", expected " + expected;
+}
+
+ListInput::ListInput(std::string_view text, long first_line)
+    : cursor_{text.data(), text.data() + text.size(), first_line}, scanner_(cursor_, {}) {}
+
+void ListInput::begin() {
+    scanner_ = ValueScanner(cursor_, {});
+    ended_ = false;
+}
+
+bool ListInput::end(bool good) {
+    cursor_ = scanner_.cursor();
+    if (!good) {
+        return false;
+    }
+    std::string_view rest;
+    read_line(rest);
+    return true;
+}
+
+bool ListInput::read_line(std::string_view& line) {
+    if (at_end()) {
+        return false;
+    }
+    const char* const start = cursor_.at;
+    while (cursor_.at != cursor_.end && *cursor_.at != '\n') {
+        ++cursor_.at;
+    }
+    line = std::string_view(start, static_cast<std::size_t>(cursor_.at - start));
+    if (!line.empty() && line.back() == '\r') {
+        line.remove_suffix(1);
+    }
+    if (cursor_.at != cursor_.end) {
+        ++cursor_.at;
+        ++cursor_.line;
+    }
+    return true;
+}
+
+bool ListInput::fail(const ValueToken& token, const char* expected) {
+    fault_ = {token.line, token.text, expected};
+    return false;
+}
+
+template <class Parse>
+bool ListInput::item_as(const char* expected, Parse parse) {
+    if (ended_) {
+        return true;
+    }
+    const ValueToken token = scanner_.next();
+    switch (token.kind) {
+        case ValueToken::Kind::null:
+            return true;
+        case ValueToken::Kind::end:
+            ended_ = scanner_.cursor().at != scanner_.cursor().end;
+            return ended_ || fail(token, expected);
+        default:
+            return parse(token) || fail(token, expected);
+    }
+}
+
+bool ListInput::item(float& value) {
+    return item_as("a real number", [&value](const ValueToken& token) {
+        return token.kind == ValueToken::Kind::word && parse_real(token.text, value);
+    });
+}
+
+bool ListInput::item(double& value) {
+    return item_as("a real number", [&value](const ValueToken& token) {
+        return token.kind == ValueToken::Kind::word && parse_real(token.text, value);
+    });
+}
+
+bool ListInput::item(std::int32_t& value) {
+    return item_as("an integer", [&value](const ValueToken& token) {
+        return token.kind == ValueToken::Kind::word && parse_integer(token.text, value);
+    });
+}
+
+bool ListInput::item(bool& value) {
+    return item_as("T or F", [&value](const ValueToken& token) {
+        return token.kind == ValueToken::Kind::word && parse_logical(token.text, value);
+    });
+}
+
+bool ListInput::item(std::string& value) {
+    return item_as("a text", [&value](const ValueToken& token) {
+        value = token.text;
+        return token.kind != ValueToken::Kind::unclosed;
+    });
+}
+
+bool ListInput::read_row(float* values, std::size_t count) {
+    // Rows of plain numbers are nearly all there is in a map, so they take a short way; the first
+    // value that is anything else hands the rest of the row to the scanner.
+    TextCursor at = cursor_;
+    const auto skip_blanks = [&at] {
+        while (at.at != at.end && is_blank(*at.at)) {
+            at.line += *at.at == '\n' ? 1 : 0;
+            ++at.at;
+        }
+    };
+    std::size_t n = 0;
+    while (n < count) {
+        skip_blanks();
+        const auto result = std::from_chars(at.at, at.end, values[n]);
+        if (result.ec != std::errc{} || !ends_number(result.ptr, at.end)) {
+            break;
+        }
+        at.at = result.ptr;
+        ++n;
+        if (n < count) {
+            skip_blanks();
+            if (at.at != at.end && *at.at == ',') {
+                ++at.at;
+            }
+        }
+    }
+    if (n == count) {
+        cursor_ = at;
+        std::string_view rest;
+        read_line(rest);
+        return true;
+    }
+    begin();
+    for (n = 0; n < count; ++n) {
+        if (!item(values[n])) {
+            return end(false);
+        }
+    }
+    return end(true);
+}
+
+}  // namespace torvex

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace torvex {
+
+// A whole text file in memory; nothing if it is absent, no regular file, or unreadable.
+std::optional<std::string> read_text_file(const std::string& path);
+
+// The lines of a text without their ends (LF or CR LF). A last line without an end counts.
+std::vector<std::string_view> split_lines(std::string_view text);
+
+// Without blanks and tabs on the left, or on both sides.
+std::string_view left_adjusted(std::string_view text);
+std::string_view trimmed(std::string_view text);
+
+// "name, line 12": how every message names a place in a text file.
+std::string place(std::string_view file, long line);
+
+}  // namespace torvex
