@@ -25,6 +25,7 @@ class RunLog {
 
     // Lines told so far that no open() has written yet.
     const std::string& kept() const { return kept_; }
+    void discard() { kept_.clear(); }
 
     void line(std::string_view text);   // as it stands
     void timed(std::string_view text);  // behind the date stamp

@@ -1,0 +1,196 @@
+#include <limits>
+#include <optional>
+
+#include "base/assertion.hpp"
+#include "base/edit.hpp"
+#include "base/run_log.hpp"
+#include "base/stop.hpp"
+#include "results/record_file.hpp"
+#include "results/result_files.hpp"
+
+namespace torvex {
+
+namespace {
+
+constexpr const char* way_out =
+    "give a file of the same mesh keys, or start the direction afresh with RESTART_FLAG = 0";
+
+Extents extents_of(const Field3& field) {
+    return {.ni = field.ni(), .nj = field.nj(), .nk = field.nk()};
+}
+
+std::string text_of(const Extents& e) {
+    std::string text = std::to_string(e.ni) + " x " + std::to_string(e.nj);
+    return e.nk > 0 ? text + " x " + std::to_string(e.nk) : text;
+}
+
+// A file of the family that is being read, with what to do where it does not fit.
+struct ResultReader {
+    const std::string& path;
+    const ReadCodes& codes;
+    RecordReader records;
+
+    void open() {
+        if (!records.open(path)) {
+            stop(codes.open, records.fault(), path, way_out);
+        }
+    }
+
+    std::int32_t id() {
+        std::int32_t id = 0;
+        if (!records.read(id)) {
+            stop(codes.id, records.fault(), path, way_out);
+        }
+        return id;
+    }
+
+    void expect_id(std::int32_t expected) {
+        const std::int32_t found = id();
+        if (found != expected) {
+            stop(codes.id,
+                 "the file has the id " + std::to_string(found) + ", expected " +
+                     std::to_string(expected),
+                 path, way_out);
+        }
+    }
+
+    void expect(const Extents& found, const Extents& mesh) {
+        if (found != mesh) {
+            stop(codes.extents,
+                 "the arrays of the file have " + text_of(found) +
+                     " elements, those of the mesh have " + text_of(mesh),
+                 path, way_out);
+        }
+    }
+
+    template <class... Items>
+    void read(Items&... items) {
+        if (!records.read(items...)) {
+            stop(codes.extents, records.fault(), path, way_out);
+        }
+    }
+
+    // One record each; all arrays must have the extents that the header was compared with.
+    template <class... Fields>
+    void read_arrays(Field3& first, Fields&... others) {
+        const auto one = [this, &first](Field3& field) {
+            require(extents_of(field) == extents_of(first),
+                    "arrays of different extents for one file");
+            read(field);
+        };
+        one(first);
+        (one(others), ...);
+    }
+};
+
+// True if the header fits and all six arrays are there and whole.
+bool is_whole_vpkeinp(const std::string& path, const Field3& u) {
+    RecordReader file;
+    std::int32_t id = 0;
+    Extents extents;
+    if (!file.open(path) || !file.read(id) || id != 111 ||
+        !file.read(extents.ni, extents.nj, extents.nk) || extents != extents_of(u)) {
+        return false;
+    }
+    for (int n = 1; n <= 6; ++n) {
+        const std::optional<std::int64_t> bytes = file.next_size();
+        if (!bytes || *bytes != static_cast<std::int64_t>(u.size() * sizeof(float)) ||
+            !file.skip()) {
+            return false;
+        }
+    }
+    return true;
+}
+
+}  // namespace
+
+Extents read_extents(const std::string& path, const ReadCodes& codes) {
+    ResultReader file{.path = path, .codes = codes, .records = {}};
+    file.open();
+    file.id();
+    Extents e;
+    file.read(e.ni, e.nj, e.nk);
+    // Positive 32-bit factors: the product of two fits 64 bits, of three it may not.
+    const std::int64_t plane = std::int64_t{e.ni} * e.nj;
+    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
+    if (e.ni < 1 || e.nj < 1 || e.nk < 1 || plane > most || plane * e.nk > most) {
+        stop(codes.extents, "the extents " + text_of(e) + " cannot be those of a mesh", path,
+             way_out);
+    }
+    const std::optional<std::int64_t> bytes = file.records.next_size();
+    if (!bytes) {
+        stop(codes.extents, file.records.fault(), path, way_out);
+    }
+    if (*bytes != plane * e.nk * 4) {
+        stop(codes.extents,
+             "the first array has " + std::to_string(*bytes) + " bytes, which are not " +
+                 text_of(e) + " reals",
+             path, way_out);
+    }
+    return e;
+}
+
+void read_xyz(const std::string& path, Field3& xn, Field3& yn, Field3& zn, const ReadCodes& codes) {
+    ResultReader file{.path = path, .codes = codes, .records = {}};
+    file.open();
+    file.expect_id(101);
+    Extents found;
+    file.read(found.ni, found.nj, found.nk);
+    const Extents mesh = extents_of(xn);
+    if (found != mesh) {
+        console(edit::list(found.ni, found.nj, found.nk, mesh.ni, mesh.nj, mesh.nk));
+    }
+    file.expect(found, mesh);
+    file.read_arrays(xn, yn, zn);
+}
+
+void read_z0(const std::string& path, Field2& z0, const ReadCodes& codes) {
+    ResultReader file{.path = path, .codes = codes, .records = {}};
+    file.open();
+    file.expect_id(102);
+    Extents found;
+    file.read(found.ni, found.nj);
+    file.expect(found, {.ni = z0.ni(), .nj = z0.nj(), .nk = 0});
+    file.read(z0);
+}
+
+bool read_vpkeinp(const std::string& path, const ResultTargets& f) {
+    if (!is_whole_vpkeinp(path, *f.u)) {
+        return false;
+    }
+    constexpr ReadCodes codes{.open = 1, .id = 1, .extents = 1};
+    ResultReader file{.path = path, .codes = codes, .records = {}};
+    file.open();
+    file.records.skip();
+    file.records.skip();
+    file.read_arrays(*f.u, *f.v, *f.w, *f.p, *f.tke, *f.ted);
+    return true;
+}
+
+StoredResult read_vpkeout(const std::string& path, int turbulence_model, const ResultTargets& f,
+                          const ReadCodes& codes) {
+    ResultReader file{.path = path, .codes = codes, .records = {}};
+    file.open();
+    StoredResult result;
+    result.id = file.id();
+    if (result.id != 112 && result.id != 122 && result.id != 132) {
+        stop(codes.id,
+             "the file has the id " + std::to_string(result.id) + ", expected 112, 122 or 132",
+             path, way_out);
+    }
+    Extents found;
+    file.read(found.ni, found.nj, found.nk);
+    file.expect(found, extents_of(*f.u));
+    file.read_arrays(*f.u, *f.v, *f.w, *f.p, *f.tke, *f.ted, *f.flxU, *f.flxV, *f.flxW, *f.vis,
+                     *f.pp);
+    file.read(result.outer_count);
+    file.read(result.max_resid_m);
+    if (result.id == 122 && turbulence_model == 2) {
+        file.read_arrays(*f.lm);
+    } else if (result.id == 132 && turbulence_model == 4) {
+        file.read_arrays(*f.lm, *f.tkl, *f.viskl);
+    }
+    return result;
+}
+
+}  // namespace torvex

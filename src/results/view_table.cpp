@@ -1,0 +1,142 @@
+#include "results/view_table.hpp"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <limits>
+
+#include "base/edit.hpp"
+#include "base/stop.hpp"
+#include "base/text_file.hpp"
+#include "base/value_scanner.hpp"
+
+namespace torvex {
+
+namespace {
+
+constexpr int slot_length = 120;
+using SlotBytes = std::array<char, slot_length>;
+
+off_t slot_offset(int n) {
+    return static_cast<off_t>(n - 1) * slot_length;
+}
+
+[[noreturn]] void fail(const std::string& what, const std::string& path) {
+    stop(1, "cannot " + what + " the monitor file: " + std::strerror(errno), path);
+}
+
+}  // namespace
+
+ViewTable::~ViewTable() {
+    close();
+}
+
+void ViewTable::open(const std::string& path, Existing existing) {
+    close();
+    path_ = path;
+    descriptor_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (descriptor_ < 0) {
+        fail("open", path_);
+    }
+    if (flock(descriptor_, LOCK_EX | LOCK_NB) != 0) {
+        stop(1, "another run is using this directory", path_,
+             "wait for that run, or give this case a directory of its own");
+    }
+    if (existing == Existing::discard && ftruncate(descriptor_, 0) != 0) {
+        fail("empty", path_);
+    }
+    if (slots() == 0) {
+        write_count(1);
+    }
+}
+
+bool ViewTable::close() {
+    if (descriptor_ < 0) {
+        return true;
+    }
+    const int status = ::close(descriptor_);
+    descriptor_ = -1;
+    return status == 0;
+}
+
+int ViewTable::slots() const {
+    struct stat status {};
+    if (fstat(descriptor_, &status) != 0) {
+        fail("examine", path_);
+    }
+    const off_t whole = status.st_size / slot_length;
+    return static_cast<int>(std::min<off_t>(whole, std::numeric_limits<int>::max()));
+}
+
+std::string ViewTable::slot(int n) const {
+    SlotBytes bytes{};
+    const ssize_t got = pread(descriptor_, bytes.data(), bytes.size(), slot_offset(n));
+    if (got < 0) {
+        fail("read", path_);
+    }
+    std::string text(bytes.data(), static_cast<std::size_t>(got));
+    text.erase(text.find_last_not_of(" \n") + 1);
+    return text;
+}
+
+void ViewTable::write_slot(int n, std::string_view row) {
+    SlotBytes bytes{};
+    bytes.fill(' ');
+    bytes.back() = '\n';
+    std::copy_n(row.begin(), std::min(row.size(), bytes.size() - 1), bytes.begin());
+    const ssize_t put = pwrite(descriptor_, bytes.data(), bytes.size(), slot_offset(n));
+    if (put != slot_length) {
+        fail("write", path_);
+    }
+}
+
+void ViewTable::write_count(int n) {
+    write_slot(1, edit::I(n, 8));
+}
+
+int ViewTable::count() const {
+    std::int32_t n = 0;
+    const int present = std::max(1, slots());
+    if (!parse_integer(trimmed(slot(1)), n) || n < 1 || n > present) {
+        return present;
+    }
+    return n;
+}
+
+void ViewTable::append(std::string_view row) {
+    const int n = count() + 1;
+    write_slot(n, row);
+    write_count(n);
+}
+
+void ViewTable::write_last(std::string_view row) {
+    write_slot(count(), row);
+}
+
+void clear_view_log(ViewTable& table) {
+    for (int n = 2; n <= table.count(); ++n) {
+        table.write_slot(n, "");
+    }
+    table.write_count(1);
+}
+
+bool copy_view_log(const std::string& from, const std::string& to) {
+    std::error_code error;
+    if (!std::filesystem::exists(from, error)) {
+        return false;
+    }
+    std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
+    if (error) {
+        stop(1, "cannot copy the monitor file \"" + from + "\": " + error.message(), to);
+    }
+    return true;
+}
+
+}  // namespace torvex

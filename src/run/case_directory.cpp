@@ -1,0 +1,29 @@
+#include "run/case_directory.hpp"
+
+#include <filesystem>
+#include <system_error>
+
+namespace torvex {
+
+std::string full_path(const std::string& name) {
+    if (name.empty()) {
+        return name;
+    }
+    return std::filesystem::absolute(name).lexically_normal().string();
+}
+
+bool enter_directory_of(const std::string& path) {
+    std::error_code error;
+    std::filesystem::current_path(std::filesystem::path(path).parent_path(), error);
+    return !error;
+}
+
+void expand_file_keys(CaseSettings& settings) {
+    for (std::string* name :
+         {&settings.BASIC_H_FILE, &settings.DETAILED_H_FILE, &settings.BASIC_Z0_FILE,
+          &settings.DETAILED_Z0_FILE, &settings.INFLOW_PROFILE_FILE}) {
+        *name = full_path(*name);
+    }
+}
+
+}  // namespace torvex

@@ -1,0 +1,12 @@
+#include <csignal>
+#include <string>
+#include <vector>
+
+#include "run/run_torvex.hpp"
+
+int main(int argc, char** argv) {
+    // A closed console or a file size limit is an error to report, not a reason to die.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    return torvex::run_torvex(std::vector<std::string>(argv + 1, argv + argc));
+}

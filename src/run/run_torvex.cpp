@@ -1,0 +1,260 @@
+// The sequence of a run: case file, sizing, one direction after the other, exit status.
+
+#include "run/run_torvex.hpp"
+
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <new>
+
+#include "base/edit.hpp"
+#include "base/stop.hpp"
+#include "results/restart_info.hpp"
+#include "run/case_blocks.hpp"
+#include "run/case_checks.hpp"
+#include "run/case_directory.hpp"
+#include "run/case_file.hpp"
+#include "run/command_line.hpp"
+#include "run/criteria.hpp"
+#include "run/mesh_log.hpp"
+#include "run/monitor_logs.hpp"
+#include "run/outcome.hpp"
+#include "run/steps_to_come.hpp"
+#include "run/wind_directions.hpp"
+
+namespace torvex {
+
+namespace {
+
+constexpr const char* version = "5.0176";
+constexpr const char* stop_message_file = "#stop_message";
+constexpr const char* log_file = "torvex.log";
+
+CaseText find_case(const std::vector<std::string>& arguments) {
+    const std::string case_file = full_path(case_file_argument(arguments));
+    CaseText file = load_case_text(case_file);
+    enter_directory_of(case_file);
+    return file;
+}
+
+void read_settings(const CaseText& file, Run& run) {
+    CaseSettings& settings = run.settings;
+    KeyLines lines;
+    read_case_file(file, settings, lines, run.log);
+    expand_file_keys(settings);
+
+    read_nest_points(file, settings, run.log);
+    read_canopy_parameters(file, settings);
+    read_shape_parameters(file, settings);
+    check_limits(file, settings, lines);
+    warn_of_mixed_signs(file, settings, lines, run.log);
+
+    if (settings.nest.nest_mode != 0) {
+        settings.nest.lon = settings.CENT_LON;
+        settings.nest.lat = settings.CENT_LAT;
+        settings.run_prefix = "nest-";
+    }
+}
+
+// Opens the table of directions before anything else is touched: its lock says that no other run
+// is at work in this directory. It is emptied rather than deleted, so that the lock lives on; this
+// happens on a restart too.
+void open_directions_table(Run& run) {
+    using Existing = ViewTable::Existing;
+    try {
+        run.directions.open(run.settings.run_prefix + "view-wind_direction.dat",
+                            run.settings.RESTART_FLAG == 0 ? Existing::discard : Existing::keep);
+    } catch (const Stop&) {
+        run.log.discard();
+        throw;
+    }
+    clear_view_log(run.directions);
+}
+
+std::string mesh_counts(const MeshLines& lines) {
+    const auto total = static_cast<std::int64_t>(lines.ni) * lines.nj * lines.nk;
+    return std::to_string(lines.ni) + " x " + std::to_string(lines.nj) + " x " +
+           std::to_string(lines.nk) + " = " + std::to_string(total);
+}
+
+void size_run(Run& run) {
+    CaseSettings& settings = run.settings;
+    if (settings.TORVEX_MODE != 0) {
+        force_one_direction(settings);
+        return;
+    }
+    size_domain(run);
+    if (settings.nest.nest_mode != 0) {
+        nest_fit_lines(run);
+        nest_check_domain(run);
+    }
+    console("   - Total mesh number is: " + mesh_counts(run.lines));
+    run.log.timed(" Mesh number is: " + mesh_counts(run.lines));
+    const float S = scale_criteria(settings, run.lines.ni, run.lines.nj, run.lines.nk);
+    report_criteria(settings, S, run.log);
+}
+
+Direction begin_direction(const Run& run, int iwd) {
+    Direction direction;
+    direction.iwd = iwd;
+    direction.angle = run.settings.WIND_DIRECTION_ANGLE(iwd);
+    direction.tag = run.wd_tag[static_cast<std::size_t>(iwd - 1)];
+    direction.restart_stem = run.settings.run_prefix + "restart-" + direction.tag + "-";
+    direction.sites_stem = run.settings.run_prefix + "sites-" + direction.tag + "-";
+    return direction;
+}
+
+void prepare_canopy(Run& run, Direction& direction) {
+    read_canopy_file(run, direction);
+    calc_sbz_roughness2(run, direction);
+}
+
+// True if the saved residuals meet the criteria of this run. A residual that is not a number does
+// not.
+bool already_done(const CaseSettings& settings, const Residuals& residuals) {
+    return settings.CC_OUT_M >= residuals.m && settings.CC_OUT_U >= residuals.u &&
+           settings.CC_OUT_V >= residuals.v && settings.CC_OUT_W >= residuals.w;
+}
+
+enum class Prepared { to_solve, done };
+
+Prepared resume(Run& run, Direction& direction, const RestartInfo& info) {
+    console("Resume torvex default calculations..");
+    direction.outer_count = info.outer_count;
+    direction.tested = {info.resid_m, info.resid_u, info.resid_v, info.resid_w, 0.0F, 0.0F};
+    read_restart(run, direction);
+    make_cell_geometry(direction);
+    if (already_done(run.settings, direction.tested)) {
+        direction.converged = true;
+        write_sites(run, direction);
+        set_status(direction, DirectionStatus::converged, run.directions);
+        return Prepared::done;
+    }
+    if (run.settings.canopy.canopy_mode == 1) {
+        prepare_canopy(run, direction);
+    }
+    return Prepared::to_solve;
+}
+
+void require_parent(const Direction& direction) {
+    const std::string info = "restart-" + direction.tag + "-restart.info";
+    if (!std::filesystem::exists(info)) {
+        const std::string text = "Error: parent calculation data missing.";
+        console(text);
+        stop(0, text, info, "run the parent case in this directory first");
+    }
+}
+
+void prepare_from_maps(Run& run, Direction& direction) {
+    console("Start torvex default calculations...");
+    const DirectionMaps maps = load_direction_maps(run, direction);
+    make_direction_mesh(run, direction, maps);
+    make_cell_geometry(direction);
+    if (run.settings.canopy.canopy_mode != 1) {
+        calc_roughness1(run, direction, maps);
+    } else {
+        prepare_canopy(run, direction);
+    }
+    INIT(run, direction);
+    if (run.settings.nest.nest_mode != 0) {
+        require_parent(direction);
+        nest_bc_set(run, direction);
+    }
+}
+
+Prepared prepare(Run& run, Direction& direction) {
+    if (const auto info = read_restart_info(direction.restart_stem + "restart.info")) {
+        if (run.settings.RESTART_FLAG == 1) {
+            return resume(run, direction, *info);
+        }
+    }
+    if (run.settings.TORVEX_MODE != 0) {
+        console("Start user defined calculation..");
+        READ_MESH_ETC(run, direction);
+    } else {
+        prepare_from_maps(run, direction);
+    }
+    return Prepared::to_solve;
+}
+
+// One direction from its entry to its outcome; its fields are released on the way out.
+bool run_direction(Run& run, int iwd, const Solve& solve) {
+    Direction direction = begin_direction(run, iwd);
+    MonitorLogs logs;
+    open_monitor_logs(run.settings, direction.tag, logs);
+    run.log.timed(" Input parameters were read.");
+    enter_direction(direction, run.log, run.directions);
+
+    if (prepare(run, direction) == Prepared::to_solve) {
+        solve(run, direction);
+        report_outcome(direction, run.log, run.directions);
+        if (!direction.diverged) {
+            write_final_result(run, direction);
+        }
+    }
+    close_monitor_logs(logs);
+    return direction.stop_requested;
+}
+
+int run_case(const std::vector<std::string>& arguments, const Solve& solve, Run& run) {
+    console(" * Initialization");
+    const CaseText file = find_case(arguments);
+    run.log.line("------------------------------------------");
+    run.log.timed(" Torvex Basic Started");
+    run.log.timed(std::string(" Torvex Version ") + version);
+    read_settings(file, run);
+
+    open_directions_table(run);
+    run.log.open(log_file);
+    run.log.timed(" Input parameters were read.");
+
+    size_run(run);
+    if (run.settings.TORVEX_MODE == 0) {
+        set_angles(run.settings);
+    }
+    run.wd_tag = wd_tags(run.settings);
+    if (run.settings.TORVEX_MODE == 0) {
+        write_mesh_log(run.settings.run_prefix, run.lines);
+    }
+    std::filesystem::remove(stop_message_file);
+
+    bool stopped = false;
+    for (int iwd = 1; iwd <= run.settings.N_WIND_DIRECTION && !stopped; ++iwd) {
+        stopped = run_direction(run, iwd, solve);
+    }
+    run.log.timed(" Computation Finished. ");
+    run.log.close();
+    close_or_stop(run.directions);
+    return stopped ? 2 : 0;
+}
+
+// A case that cannot be read ends before the log is open; what was told until then belongs there.
+void save_log(RunLog& log) {
+    if (!log.is_open() && !log.kept().empty()) {
+        log.open(log_file);
+    }
+}
+
+}  // namespace
+
+int run_torvex(const std::vector<std::string>& arguments) {
+    return run_torvex(arguments, OUTER_ITERATION);
+}
+
+int run_torvex(const std::vector<std::string>& arguments, const Solve& solve) {
+    Run run;
+    try {
+        return run_case(arguments, solve, run);
+    } catch (const Stop& stopped) {
+        std::cerr << stopped.what() << '\n';
+        save_log(run.log);
+        return stopped.code();
+    } catch (const std::bad_alloc&) {
+        std::cerr << "out of memory\n";
+    } catch (const std::exception& failure) {
+        std::cerr << failure.what() << '\n';
+    }
+    return 1;
+}
+
+}  // namespace torvex

@@ -1,0 +1,82 @@
+#include "support/run_program.hpp"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <thread>
+
+#include "support/temporary_directory.hpp"
+
+namespace torvex::test {
+
+namespace {
+
+[[noreturn]] void become(const std::string& program, const std::vector<std::string>& arguments,
+                         const std::filesystem::path& directory, const std::string& out,
+                         const std::string& err) {
+    constexpr int no_start = 126;
+    const int in_file = ::open("/dev/null", O_RDONLY);
+    const int out_file = ::open(out.c_str(), O_WRONLY | O_CREAT, 0644);
+    const int err_file = ::open(err.c_str(), O_WRONLY | O_CREAT, 0644);
+    if (chdir(directory.c_str()) != 0 || dup2(in_file, STDIN_FILENO) < 0 ||
+        dup2(out_file, STDOUT_FILENO) < 0 || dup2(err_file, STDERR_FILENO) < 0) {
+        _exit(no_start);
+    }
+    std::vector<std::string> words{program};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) {
+        argv.push_back(word.data());
+    }
+    argv.push_back(nullptr);
+    execv(program.c_str(), argv.data());
+    _exit(no_start);
+}
+
+}  // namespace
+
+ProgramRun run_program(const std::string& program, const std::vector<std::string>& arguments,
+                       const std::filesystem::path& directory, int seconds) {
+    const TemporaryDirectory console;
+    const pid_t child = fork();
+    if (child < 0) {
+        throw std::runtime_error("cannot fork");
+    }
+    if (child == 0) {
+        become(program, arguments, directory, console.file("out"), console.file("err"));
+    }
+
+    ProgramRun run;
+    int status = 0;
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    while (waitpid(child, &status, WNOHANG) == 0) {
+        if (std::chrono::steady_clock::now() > limit) {
+            run.timed_out = true;
+            kill(child, SIGKILL);
+            waitpid(child, &status, 0);
+            break;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    if (WIFEXITED(status)) {
+        run.status = WEXITSTATUS(status);
+    } else if (WIFSIGNALED(status)) {
+        run.signal = WTERMSIG(status);
+    }
+    run.out = console.read("out");
+    run.err = console.read("err");
+    return run;
+}
+
+ProgramRun run_torvex_program(const std::vector<std::string>& arguments,
+                              const std::filesystem::path& directory, int seconds) {
+    return run_program(TORVEX_PROGRAM, arguments, directory, seconds);
+}
+
+}  // namespace torvex::test

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace torvex::test {
+
+// What a finished program left behind.
+struct ProgramRun {
+    int status = -1;         // exit status; -1 if it did not end by itself
+    int signal = 0;          // signal that ended it, 0 if none
+    bool timed_out = false;  // killed after the time limit
+    std::string out;         // standard output
+    std::string err;         // standard error
+};
+
+// Runs a program in a directory and waits for its end, at most `seconds`.
+ProgramRun run_program(const std::string& program, const std::vector<std::string>& arguments,
+                       const std::filesystem::path& directory, int seconds = 60);
+
+// The same for torvex itself.
+ProgramRun run_torvex_program(const std::vector<std::string>& arguments,
+                              const std::filesystem::path& directory, int seconds = 60);
+
+}  // namespace torvex::test
