@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <type_traits>
 
 #include "base/field.hpp"
 #include "base/whole_file.hpp"
@@ -26,8 +27,9 @@ template <RecordNumber T>
 std::span<const T> numbers_of(const T& value) {
     return {&value, 1};
 }
-template <class T>
-std::span<T> numbers_of(std::span<T> values) {
+template <class T, std::size_t N>
+    requires RecordNumber<std::remove_const_t<T>>
+std::span<T> numbers_of(std::span<T, N> values) {
     return values;
 }
 template <RecordNumber T>
