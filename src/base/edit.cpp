@@ -1,6 +1,5 @@
 #include "base/edit.hpp"
 
-#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
