@@ -16,6 +16,18 @@ bool ends_number(const char* p, const char* end) {
     return p == end || *p == ',' || is_blank(*p);
 }
 
+// Text of any origin as part of a one-line message: a binary file has no blanks for miles.
+std::string shown(std::string_view text) {
+    constexpr std::size_t longest = 40;
+    std::string line(text.substr(0, longest));
+    for (char& c : line) {
+        if (c < ' ' || c > '~') {
+            c = '?';
+        }
+    }
+    return text.size() > longest ? line + "..." : line;
+}
+
 }  // namespace
 
 std::string ListFault::message() const {
@@ -63,7 +75,8 @@ bool ListInput::read_line(std::string_view& line) {
 }
 
 bool ListInput::fail(const ValueToken& token, const char* expected) {
-    fault_ = {token.line, token.text, expected};
+    const bool quoted = token.kind == ValueToken::Kind::quoted;
+    fault_ = {token.line, quoted ? "'" + shown(token.text) + "'" : shown(token.text), expected};
     return false;
 }
 
@@ -110,8 +123,11 @@ bool ListInput::item(bool& value) {
 
 bool ListInput::item(std::string& value) {
     return item_as("a text", [&value](const ValueToken& token) {
+        if (token.kind == ValueToken::Kind::unclosed) {
+            return false;
+        }
         value = token.text;
-        return token.kind != ValueToken::Kind::unclosed;
+        return true;
     });
 }
 
@@ -128,10 +144,12 @@ bool ListInput::read_row(float* values, std::size_t count) {
     std::size_t n = 0;
     while (n < count) {
         skip_blanks();
-        const auto result = std::from_chars(at.at, at.end, values[n]);
+        float value = 0.0F;
+        const auto result = std::from_chars(at.at, at.end, value);
         if (result.ec != std::errc{} || !ends_number(result.ptr, at.end)) {
             break;
         }
+        values[n] = value;
         at.at = result.ptr;
         ++n;
         if (n < count) {

@@ -12,7 +12,7 @@ namespace torvex {
 // Why a list-directed read failed.
 struct ListFault {
     long line = 0;         // line of the offending text, from 1
-    std::string text;      // the text as it stands, empty at the end of the file
+    std::string text;      // what stands there, fit to print; empty at the end of the file
     std::string expected;  // what should have stood there
 
     // "cannot read "12.x", expected a real number", or the end of the file instead.

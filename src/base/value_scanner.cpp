@@ -165,10 +165,10 @@ void ValueScanner::skip_separator() {
 }
 
 ValueToken ValueScanner::scan_quoted() {
-    const char quote = *cursor_.at;
-    const long line = cursor_.line;
+    const char* const start = cursor_.at;
+    const char quote = *start;
     ++cursor_.at;
-    ValueToken token{ValueToken::Kind::quoted, {}, line};
+    ValueToken token{ValueToken::Kind::quoted, {}, cursor_.line};
     while (!at_line_end()) {
         const char c = *cursor_.at++;
         if (c != quote) {
@@ -176,12 +176,16 @@ ValueToken ValueScanner::scan_quoted() {
         } else if (!at_line_end() && *cursor_.at == quote) {
             token.text += quote;
             ++cursor_.at;
-        } else {
+        } else if (at_word_end(cursor_.at) || *cursor_.at == '/') {
             return token;
+        } else {
+            break;
         }
     }
-    token.kind = ValueToken::Kind::unclosed;
-    return token;
+    while (!at_word_end(cursor_.at)) {
+        ++cursor_.at;
+    }
+    return {ValueToken::Kind::unclosed, std::string(start, cursor_.at), cursor_.line};
 }
 
 ValueToken ValueScanner::scan_value() {
@@ -200,12 +204,7 @@ ValueToken ValueScanner::next() {
         --repeats_left_;
         return repeated_;
     }
-    skip_blanks();
-    if (value_open_ && cursor_.at != cursor_.end && *cursor_.at == ',') {
-        ++cursor_.at;
-        skip_blanks();
-    }
-    value_open_ = false;
+    skip_separator();
     if (at_line_end() || (*cursor_.at == '/' && !rules_.slash_in_words)) {
         return {ValueToken::Kind::end, {}, cursor_.line};
     }
@@ -215,13 +214,15 @@ ValueToken ValueScanner::next() {
     }
     value_open_ = true;
 
+    // A count that is no positive 32-bit integer is none, and the word stays whole.
+    constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
     const char* p = cursor_.at;
     std::int64_t count = 0;
-    while (p != cursor_.end && is_digit(*p) && count < std::numeric_limits<std::int32_t>::max()) {
+    while (p != cursor_.end && is_digit(*p) && count <= most) {
         count = 10 * count + (*p - '0');
         ++p;
     }
-    if (p == cursor_.at || p == cursor_.end || *p != '*' || count < 1) {
+    if (p == cursor_.end || *p != '*' || count < 1 || count > most) {
         return scan_value();
     }
     cursor_.at = p + 1;

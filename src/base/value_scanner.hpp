@@ -25,7 +25,7 @@ struct ValueToken {
         null,      // nothing between two commas, or a bare repeat count: the item keeps its value
         word,      // unquoted text
         quoted,    // text in quotes, already without them
-        unclosed,  // a quote that does not end on its line
+        unclosed,  // a quote that does not end on its line, or goes on behind its end; as it stands
         end        // the slash, the end of the list or of the text; not consumed
     };
     Kind kind = Kind::end;
