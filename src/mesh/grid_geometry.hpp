@@ -5,7 +5,9 @@
 namespace torvex {
 
 // The mesh of one wind direction. Cell (i,j,k) lies between the node planes i-1 and i, j-1 and j,
-// k-1 and k; cells 2..nx, 2..ny, 2..nz are the interior, 1 and ni (nj, nk) stand on the boundary.
+// k-1 and k; cells 2..nx, 2..ny, 2..nz are the interior, 1 and ni (nj, nk) stand on the boundary
+// and have no thickness. On the six boundary planes vol and the area vectors are those of the half
+// cell between the boundary face and the centre beside it; on the twelve block edges they are zero.
 struct GridGeometry {
     int nx = 0, ny = 0, nz = 0;  // node planes
     int ni = 0, nj = 0, nk = 0;  // nx + 1, ny + 1, nz + 1
