@@ -1,0 +1,160 @@
+#include "mesh/make_mesh.hpp"
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/edit.hpp"
+#include "base/stop.hpp"
+#include "mesh/buffer_zones.hpp"
+#include "mesh/rotation.hpp"
+#include "mesh/vertical_levels.hpp"
+
+namespace torvex {
+
+namespace {
+
+[[noreturn]] void stop_outside_map(const CaseSettings& settings, const TerrainMap& map, MapPoint at,
+                                   RunLog& log) {
+    log.timed(" [Stop 151]:Specified computational domain is out of map domain.");
+    const auto km = [](float metres) { return edit::F(metres / 1000.0F, 9, 3); };
+    const float X1 = static_cast<float>(map.columns - 1) * map.dX + map.X0;
+    const float Y1 = static_cast<float>(map.rows - 1) * map.dY + map.Y0;
+    stop(151,
+         "the mesh reaches" + km(at.X) + " km east and" + km(at.Y) +
+             " km north of the centre, the terrain map" + km(map.X0) + " .." + km(X1) + " km and" +
+             km(map.Y0) + " .." + km(Y1) + " km",
+         settings.BASIC_H_FILE, "give a larger map, a smaller study area or narrower buffer zones");
+}
+
+// Ground height at every node of the plan. Columns i are independent of each other; a point outside
+// the basic map is remembered and reported behind the loop.
+Field2 sampled_ground(const CaseSettings& settings, const MeshLines& lines,
+                      const DirectionMaps& maps, int iwd, RunLog& log) {
+    const MeshRotation rotation = mesh_rotation(settings.WIND_DIRECTION_ANGLE(iwd));
+    const int nx = lines.nx;
+    const int ny = lines.ny;
+    const bool detailed = maps.detailed_h.loaded();
+    const bool circle = settings.canopy.modify_terrain;
+    const float range2 = settings.canopy.modify_circle_range * settings.canopy.modify_circle_range;
+    Field2 ground(nx, ny);
+    std::vector<int> outside(static_cast<std::size_t>(ny) + 1);  // first i outside in row j, or 0
+#pragma omp parallel for schedule(static)
+    for (int j = 1; j <= ny; ++j) {
+        const float y = lines.y_line(j);
+        for (int i = 1; i <= nx; ++i) {
+            const float x = lines.x_line(i);
+            const MapPoint at = rotation.on_map(x, y);
+            std::optional<MapCell> cell = locate(maps.basic_h, at.X, at.Y);
+            if (!cell) {
+                outside[static_cast<std::size_t>(j)] = i;
+                break;
+            }
+            const TerrainMap* map = &maps.basic_h;
+            if (detailed) {
+                if (const std::optional<MapCell> fine = locate(maps.detailed_h, at.X, at.Y)) {
+                    map = &maps.detailed_h;
+                    cell = fine;
+                }
+            }
+            const bool cut = circle && x * x + y * y > range2;
+            ground(i, j) = cut ? 0.0F : bilinear_value(*map, *cell);
+        }
+    }
+    for (int j = 1; j <= ny; ++j) {
+        const int i = outside[static_cast<std::size_t>(j)];
+        if (i > 0) {
+            stop_outside_map(settings, maps.basic_h,
+                             rotation.on_map(lines.x_line(i), lines.y_line(j)), log);
+        }
+    }
+    return ground;
+}
+
+void check_top(const CaseSettings& settings, const MeshLines& lines, int k_c,
+               const Field2& ground) {
+    const float top = lines.z_line(lines.nz);
+    for (int j = 1; j <= lines.ny; ++j) {
+        for (int i = 1; i <= lines.nx; ++i) {
+            const float z = ground(i, j) + lines.z_line(k_c);
+            if (!(z <= top)) {
+                stop(152,
+                     "the ground of" + edit::F(ground(i, j), 9, 1) +
+                         " m and the layers of constant height reach through the domain top of" +
+                         edit::F(top, 9, 1) + " m",
+                     settings.USE_DEFAULT_MAX_Z ? "key CONSTANT_DZ_HEIGHT"
+                                                : "keys MAX_Z, CONSTANT_DZ_HEIGHT",
+                     "MAX_Z counts from the map datum: raise it, or lower CONSTANT_DZ_HEIGHT");
+            }
+        }
+    }
+}
+
+void fill_plan(const MeshLines& lines, GridGeometry& grid) {
+#pragma omp parallel for schedule(static)
+    for (int k = 1; k <= grid.nz; ++k) {
+        for (int j = 1; j <= grid.ny; ++j) {
+            for (int i = 1; i <= grid.nx; ++i) {
+                grid.xn(i, j, k) = lines.x_line(i);
+                grid.yn(i, j, k) = lines.y_line(j);
+            }
+        }
+    }
+}
+
+void stack_levels(const MeshLines& lines, int k_c, const Field2& ground, GridGeometry& grid) {
+    const Line1& z = lines.z_line;
+    const float top = z(lines.nz);
+    const float base = z(k_c);
+#pragma omp parallel for schedule(static)
+    for (int k = 1; k <= grid.nz; ++k) {
+        const float height = z(k);
+        const float r = k > k_c ? (height - base) / (top - base) : 0.0F;
+        for (int j = 1; j <= grid.ny; ++j) {
+            for (int i = 1; i <= grid.nx; ++i) {
+                if (k <= k_c) {
+                    grid.zn(i, j, k) = ground(i, j) + height;
+                } else {
+                    const float z_c = ground(i, j) + base;
+                    grid.zn(i, j, k) = z_c + r * (top - z_c);
+                }
+            }
+        }
+    }
+}
+
+}  // namespace
+
+void MAKE_MESH(const CaseSettings& settings, const MeshLines& lines, const DirectionMaps& maps,
+               int iwd, RunLog& log, GridGeometry& grid) {
+    if (settings.canopy.modify_terrain && !(settings.canopy.modify_circle_range > 0.0F)) {
+        stop(1, "modify_circle_range must be above 0 m", "block canopy_parameters",
+             "give the radius outside of which modify_terrain sets the ground to 0");
+    }
+    const bool flat = settings.TERRAIN_MODE.starts_with("flat");
+    Field2 ground =
+        flat ? Field2(lines.nx, lines.ny) : sampled_ground(settings, lines, maps, iwd, log);
+    if (settings.nest.nest_mode == 0) {
+        flatten_buffer_zones(settings, lines, iwd, log, ground);
+    }
+    int k_c = top_constant_level(lines.z_line, settings.CONSTANT_DZ_HEIGHT);
+    if (settings.USE_TFTB) {
+        k_c = lines.nz;
+    } else {
+        check_top(settings, lines, k_c, ground);
+    }
+    grid.nx = lines.nx;
+    grid.ny = lines.ny;
+    grid.nz = lines.nz;
+    grid.ni = lines.nx + 1;
+    grid.nj = lines.ny + 1;
+    grid.nk = lines.nz + 1;
+    grid.xn.allocate(grid.nx, grid.ny, grid.nz);
+    grid.yn.allocate(grid.nx, grid.ny, grid.nz);
+    grid.zn.allocate(grid.nx, grid.ny, grid.nz);
+    fill_plan(lines, grid);
+    stack_levels(lines, k_c, ground, grid);
+}
+
+}  // namespace torvex
