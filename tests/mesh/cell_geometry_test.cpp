@@ -57,9 +57,9 @@ TEST(CellCentres, AreMeansOfTheNodesOfADistortedMesh) {
         for (int j = 1; j <= g.nj; ++j) {
             for (int i = 1; i <= g.ni; ++i) {
                 const Position c = point(g, place(i, g.nx), place(j, g.ny), place(k, g.nz));
-                EXPECT_NEAR(double{g.xc(i, j, k)}, c[0], 2e-6) << i << " " << j << " " << k;
-                EXPECT_NEAR(double{g.yc(i, j, k)}, c[1], 2e-6) << i << " " << j << " " << k;
-                EXPECT_NEAR(double{g.zc(i, j, k)}, c[2], 2e-6) << i << " " << j << " " << k;
+                EXPECT_NEAR(double(g.xc(i, j, k)), c[0], 2e-6) << i << " " << j << " " << k;
+                EXPECT_NEAR(double(g.yc(i, j, k)), c[1], 2e-6) << i << " " << j << " " << k;
+                EXPECT_NEAR(double(g.zc(i, j, k)), c[2], 2e-6) << i << " " << j << " " << k;
             }
         }
     }
@@ -137,7 +137,7 @@ TEST(CellCentres, GroundLayerIsTheTerrainInTheMiddleOfTheFace) {
         }));
     for (int j = 1; j <= g.nj; ++j) {
         for (int i = 1; i <= g.ni; ++i) {
-            EXPECT_NEAR(double{g.zc(i, j, 1)}, ground(double{g.xc(i, j, 1)}, double{g.yc(i, j, 1)}),
+            EXPECT_NEAR(double(g.zc(i, j, 1)), ground(double(g.xc(i, j, 1)), double(g.yc(i, j, 1))),
                         1e-4);
         }
     }

@@ -49,7 +49,7 @@ void expect_factors_of_the_body(const GridGeometry& g) {
                         EXPECT_EQ(f(i, j, k), 0.0F) << "no face beyond the boundary";
                         continue;
                     }
-                    EXPECT_NEAR(double{f(i, j, k)}, factor_of_the_body(g, axis, cell), 1e-5);
+                    EXPECT_NEAR(double(f(i, j, k)), factor_of_the_body(g, axis, cell), 1e-5);
                     EXPECT_GE(f(i, j, k), 0.0F);
                     EXPECT_LE(f(i, j, k), 1.0F);
                     if (cell[axis] == 1) {
@@ -90,15 +90,15 @@ TEST(GridFactors, OfAStretchedMeshFollowTheWidths) {
             return {x[static_cast<std::size_t>(std::lround(3.0 * s))], 7.0 * t,
                     10.0 * (z + 0.1 * z * (z - 1.0) * (1.0 + (z - 2.0) * 0.2 / 3.0))};
         }));
-    EXPECT_NEAR(double{g.zn(1, 1, 3)}, 22.0, 1e-5);
-    EXPECT_NEAR(double{g.zn(1, 1, 4)}, 36.4, 1e-5);
+    EXPECT_NEAR(double(g.zn(1, 1, 3)), 22.0, 1e-5);
+    EXPECT_NEAR(double(g.zn(1, 1, 4)), 36.4, 1e-5);
     for (int n = 1; n <= 5; ++n) {
         for (int m = 1; m <= 5; ++m) {
-            EXPECT_NEAR(double{g.fx(2, m, n)}, 0.25, 1e-6);
-            EXPECT_NEAR(double{g.fx(3, m, n)}, 0.6, 1e-6);
-            EXPECT_NEAR(double{g.fy(m, 2, n)}, 0.5, 1e-6);
-            EXPECT_NEAR(double{g.fz(m, n, 2)}, 5.0 / 11.0, 1e-6);
-            EXPECT_NEAR(double{g.fz(m, n, 3)}, 5.0 / 11.0, 1e-6);
+            EXPECT_NEAR(double(g.fx(2, m, n)), 0.25, 1e-6);
+            EXPECT_NEAR(double(g.fx(3, m, n)), 0.6, 1e-6);
+            EXPECT_NEAR(double(g.fy(m, 2, n)), 0.5, 1e-6);
+            EXPECT_NEAR(double(g.fz(m, n, 2)), 5.0 / 11.0, 1e-6);
+            EXPECT_NEAR(double(g.fz(m, n, 3)), 5.0 / 11.0, 1e-6);
         }
     }
 }

@@ -53,7 +53,7 @@ Position derivative(std::array<double, 3> at, std::size_t axis) {
 }
 
 Position vector(const Field3& x, const Field3& y, const Field3& z, int i, int j, int k) {
-    return {double{x(i, j, k)}, double{y(i, j, k)}, double{z(i, j, k)}};
+    return {double(x(i, j, k)), double(y(i, j, k)), double(z(i, j, k))};
 }
 
 // Sum of the six face areas of cell (i,j,k), each interpolated from the centres on its two sides.
@@ -63,7 +63,7 @@ Position closed_surface(const GridGeometry& g, int i, int j, int k) {
     const auto ze = [&](int m) { return vector(g.zex, g.zey, g.zez, i, j, m); };
     const auto add_pair = [](Position& sum, const auto& area, const auto& factor, int m) {
         const auto face = [&](int low, std::size_t n) {
-            return area(low)[n] + double{factor(low)} * (area(low + 1)[n] - area(low)[n]);
+            return area(low)[n] + double(factor(low)) * (area(low + 1)[n] - area(low)[n]);
         };
         for (std::size_t n = 0; n < 3; ++n) {
             sum[n] += face(m, n) - face(m - 1, n);
@@ -114,7 +114,7 @@ Errors errors(int n) {
                     }
                 }
                 if (planes == 0) {
-                    const double cell = double{g.vol(i, j, k)};
+                    const auto cell = double(g.vol(i, j, k));
                     const double exact =
                         scalar_product(r[0], cross_product(r[1], r[2])) * h * h * h;
                     volume.add(cell / exact - 1.0);

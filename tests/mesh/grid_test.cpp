@@ -40,13 +40,13 @@ void for_all_cells(const GridGeometry& g, Visit visit) {
 }
 
 Position xi(const GridGeometry& g, int i, int j, int k) {
-    return {double{g.xix(i, j, k)}, double{g.xiy(i, j, k)}, double{g.xiz(i, j, k)}};
+    return {double(g.xix(i, j, k)), double(g.xiy(i, j, k)), double(g.xiz(i, j, k))};
 }
 Position et(const GridGeometry& g, int i, int j, int k) {
-    return {double{g.etx(i, j, k)}, double{g.ety(i, j, k)}, double{g.etz(i, j, k)}};
+    return {double(g.etx(i, j, k)), double(g.ety(i, j, k)), double(g.etz(i, j, k))};
 }
 Position ze(const GridGeometry& g, int i, int j, int k) {
-    return {double{g.zex(i, j, k)}, double{g.zey(i, j, k)}, double{g.zez(i, j, k)}};
+    return {double(g.zex(i, j, k)), double(g.zey(i, j, k)), double(g.zez(i, j, k))};
 }
 
 constexpr std::array metric_fields{&GridGeometry::vol, &GridGeometry::xix, &GridGeometry::xiy,
@@ -84,7 +84,7 @@ void expect_metrics_of_the_body(const GridGeometry& g) {
         EXPECT_LT(norm(minus(ze(g, i, j, k), ab)), 1e-5 * norm(ab));
         const double det = a[0] * (b[1] * c[2] - b[2] * c[1]) - a[1] * (b[0] * c[2] - b[2] * c[0]) +
                            a[2] * (b[0] * c[1] - b[1] * c[0]);
-        EXPECT_NEAR(double{g.vol(i, j, k)}, det, 1e-5 * det);
+        EXPECT_NEAR(double(g.vol(i, j, k)), det, 1e-5 * det);
         EXPECT_GT(g.vol(i, j, k), 0.0F);
     });
 }
@@ -124,13 +124,13 @@ TEST(GridMetric, OfAShearedBoxIsTheSameInEveryCell) {
                 EXPECT_LT(norm(minus(xi(g, i, j, k), bc)), 1e-5);
                 EXPECT_LT(norm(minus(et(g, i, j, k), ca)), 1e-5);
                 EXPECT_LT(norm(minus(ze(g, i, j, k), ab)), 1e-5);
-                EXPECT_NEAR(double{g.vol(i, j, k)}, 1.024, 1e-5);
+                EXPECT_NEAR(double(g.vol(i, j, k)), 1.024, 1e-5);
             }
         }
     }
-    EXPECT_NEAR(double{g.vol(1, 3, 3)}, 0.512, 1e-5);
-    EXPECT_NEAR(double{g.vol(3, g.nj, 3)}, 0.512, 1e-5);
-    EXPECT_NEAR(double{g.vol(3, 3, 1)}, 0.512, 1e-5);
+    EXPECT_NEAR(double(g.vol(1, 3, 3)), 0.512, 1e-5);
+    EXPECT_NEAR(double(g.vol(3, g.nj, 3)), 0.512, 1e-5);
+    EXPECT_NEAR(double(g.vol(3, 3, 1)), 0.512, 1e-5);
 }
 
 TEST(GridMetric, OfADistortedMeshIsThatOfTheTrilinearBody) {
@@ -204,7 +204,7 @@ double sum_of_volumes(const GridGeometry& g) {
     for (int k = 2; k <= g.nz; ++k) {
         for (int j = 2; j <= g.ny; ++j) {
             for (int i = 2; i <= g.nx; ++i) {
-                sum += double{g.vol(i, j, k)};
+                sum += double(g.vol(i, j, k));
             }
         }
     }

@@ -57,7 +57,7 @@ GridGeometry mapped_mesh(Planes n, const std::function<Position(double, double, 
 
 GridGeometry uniform_mesh(Planes n, float dx, float dy, float dz) {
     return mesh_of(n, [&](int i, int j, int k) {
-        return Position{double{dx} * (i - 1), double{dy} * (j - 1), double{dz} * (k - 1)};
+        return Position{double(dx) * (i - 1), double(dy) * (j - 1), double(dz) * (k - 1)};
     });
 }
 

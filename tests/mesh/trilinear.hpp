@@ -25,7 +25,7 @@ inline double trilinear(const Field3& r, double s, double t, double q) {
                 const double weight = (di == 1 ? s - i : 1 - (s - i)) *
                                       (dj == 1 ? t - j : 1 - (t - j)) *
                                       (dk == 1 ? q - k : 1 - (q - k));
-                sum += weight * double{r(i + di, j + dj, k + dk)};
+                sum += weight * double(r(i + di, j + dj, k + dk));
             }
         }
     }
