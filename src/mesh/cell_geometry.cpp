@@ -18,7 +18,8 @@ namespace torvex {
 namespace {
 
 template <class Mean>
-void fill_run(Field3& centre, const Run& run, int j, int k, NodePair jn, NodePair kn, Mean mean) {
+void fill_run(Field3& centre, const RowPart& run, int j, int k, NodePair jn, NodePair kn,
+              Mean mean) {
 #pragma omp simd
     for (int i = run.first; i <= run.last; ++i) {
         centre(i, j, k) = mean(run.cell(i, j, k, jn, kn));
@@ -42,14 +43,14 @@ void fill_row(const Field3& node, Field3& centre, int j, int k) {
 
     // On an edge or a corner the node planes of the face are doubled as well, which leaves the mean
     // of the two nodes or the node.
-    fill_run(centre, Run::low_end(), j, k, jn, kn, face_i);
-    fill_run(centre, Run::high_end(nx), j, k, jn, kn, face_i);
+    fill_run(centre, RowPart::low_end(), j, k, jn, kn, face_i);
+    fill_run(centre, RowPart::high_end(nx), j, k, jn, kn, face_i);
     if (jn.lo == jn.hi) {
-        fill_run(centre, Run::inner(nx), j, k, jn, kn, face_j);
+        fill_run(centre, RowPart::inner(nx), j, k, jn, kn, face_j);
     } else if (kn.lo == kn.hi) {
-        fill_run(centre, Run::inner(nx), j, k, jn, kn, face_k);
+        fill_run(centre, RowPart::inner(nx), j, k, jn, kn, face_k);
     } else {
-        fill_run(centre, Run::inner(nx), j, k, jn, kn, inside);
+        fill_run(centre, RowPart::inner(nx), j, k, jn, kn, inside);
     }
 }
 

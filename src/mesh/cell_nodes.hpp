@@ -45,13 +45,13 @@ struct CellNodes {
 
 // Cells first..last of a row along i, with the node planes i + shift.lo and i + shift.hi. A row is
 // its two boundary cells and the run between, so that the long loop has no branch.
-struct Run {
+struct RowPart {
     int first, last;
     NodePair shift;
 
-    static Run low_end() { return {1, 1, {0, 0}}; }
-    static Run inner(int planes) { return {2, planes, {-1, 0}}; }
-    static Run high_end(int planes) { return {planes + 1, planes + 1, {-1, -1}}; }
+    static RowPart low_end() { return {1, 1, {0, 0}}; }
+    static RowPart inner(int planes) { return {2, planes, {-1, 0}}; }
+    static RowPart high_end(int planes) { return {planes + 1, planes + 1, {-1, -1}}; }
 
     [[gnu::always_inline]] CellNodes cell(int i, int j, int k, NodePair jn, NodePair kn) const {
         return {i, j, k, {i + shift.lo, i + shift.hi}, jn, kn};

@@ -68,7 +68,7 @@ template <Flat flat>
 }
 
 template <Flat flat>
-void fill_metric(GridGeometry& g, const Run& run, int j, int k) {
+void fill_metric(GridGeometry& g, const RowPart& run, int j, int k) {
     const NodePair jn = node_pair(j, g.ny);
     const NodePair kn = node_pair(k, g.nz);
 #pragma omp simd
@@ -78,7 +78,7 @@ void fill_metric(GridGeometry& g, const Run& run, int j, int k) {
 }
 
 void metric(GridGeometry& g) {
-    const Run inner = Run::inner(g.nx);
+    const RowPart inner = RowPart::inner(g.nx);
 #pragma omp parallel for schedule(static)
     for (int k = 1; k <= g.nk; ++k) {
         const bool k_flat = k == 1 || k == g.nk;
@@ -92,9 +92,9 @@ void metric(GridGeometry& g) {
             } else if (k_flat) {
                 fill_metric<Flat::k>(g, inner, j, k);
             } else {
-                fill_metric<Flat::i>(g, Run::low_end(), j, k);
+                fill_metric<Flat::i>(g, RowPart::low_end(), j, k);
                 fill_metric<Flat::none>(g, inner, j, k);
-                fill_metric<Flat::i>(g, Run::high_end(g.nx), j, k);
+                fill_metric<Flat::i>(g, RowPart::high_end(g.nx), j, k);
             }
         }
     }
@@ -112,7 +112,7 @@ template <Axis A>
 }
 
 template <Axis A>
-void fill_factors(const GridGeometry& g, Field3& f, const Run& run, int j, int k) {
+void fill_factors(const GridGeometry& g, Field3& f, const RowPart& run, int j, int k) {
     const NodePair jn = node_pair(j, g.ny);
     const NodePair kn = node_pair(k, g.nz);
 #pragma omp simd
@@ -127,9 +127,9 @@ void fill_factor_row(const GridGeometry& g, Field3& f, int j, int k) {
         // Face i lies on node plane i, the boundary faces included.
         fill_factors<A>(g, f, {1, g.nx, {0, 0}}, j, k);
     } else {
-        fill_factors<A>(g, f, Run::low_end(), j, k);
-        fill_factors<A>(g, f, Run::inner(g.nx), j, k);
-        fill_factors<A>(g, f, Run::high_end(g.nx), j, k);
+        fill_factors<A>(g, f, RowPart::low_end(), j, k);
+        fill_factors<A>(g, f, RowPart::inner(g.nx), j, k);
+        fill_factors<A>(g, f, RowPart::high_end(g.nx), j, k);
     }
 }
 
