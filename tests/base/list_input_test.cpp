@@ -145,6 +145,7 @@ TEST(ListInput, CopiesBeyondTheStatementAreDropped) {
     EXPECT_EQ(b, 2.0F);
 }
 
+// The Fortran runtime ends at counts of nine digits.
 TEST(ListInput, HugeRepeatCountsCostNothing) {
     expect_row<3>("2147483647*4\nnext", {4, 4, 4}, "next");
     expect_row<3>("2147483647*\nnext", {kept, kept, kept}, "next");
@@ -166,6 +167,8 @@ TEST(ListInput, ASlashEndsTheStatementAndLeavesTheRestAlone) {
     expect_row<3>("2*1/2\nnext", {1, 1, kept}, "next");
     expect_row<3>("2*/2\nnext", {kept, kept, kept}, "next");
     expect_row<2>("1,2,/\nnext", {1, 2}, "next");
+    expect_row<3>("1 /\n", {1, kept, kept}, "");
+    // The Fortran runtime tells the end of the file where the line has no end.
     expect_row<3>("1 /", {1, kept, kept}, "");
 }
 

@@ -14,6 +14,7 @@ namespace torvex {
 namespace {
 
 using ::testing::ElementsAre;
+using std::string_literals::operator""s;
 
 constexpr ScanRules one_line{.comments = false, .over_lines = false, .slash_in_words = false};
 constexpr ScanRules with_comments{.comments = true, .over_lines = true, .slash_in_words = false};
@@ -179,8 +180,8 @@ TEST(ValueScanner, SkipSeparatorPassesOneComma) {
 }
 
 TEST(ValueScanner, OtherBytesAreOrdinaryCharacters) {
-    const std::string text("a\0b \x80\xff\v c;d", 11);
-    EXPECT_THAT(tokens(text), ElementsAre(std::string("w a\0b", 5), "w \x80\xff\v", "w c;d"));
+    const std::string text = "a\0b \x80\xff\v c;d"s;
+    EXPECT_THAT(tokens(text), ElementsAre("w a\0b"s, "w \x80\xff\v", "w c;d"));
 }
 
 TEST(ValueScanner, TextWithoutMemoryIsAtItsEnd) {

@@ -1,0 +1,136 @@
+#include "base/run_log.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <ctime>
+#include <filesystem>
+#include <string>
+
+#include "base/date_stamp.hpp"
+#include "base/stop.hpp"
+#include "support/temporary_directory.hpp"
+
+namespace torvex {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::MatchesRegex;
+
+constexpr const char* stamp_form = "[0-9]{4}/[0-9]{2}/[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2}";
+
+TEST(DateStamp, IsLocalTimeInNineteenCharacters) {
+    const std::time_t before = std::time(nullptr);
+    const std::string stamp = date_stamp();
+    const std::time_t after = std::time(nullptr);
+    EXPECT_EQ(stamp.size(), 19U);
+    EXPECT_THAT(stamp, MatchesRegex(stamp_form));
+
+    std::tm told{};
+    ASSERT_NE(::strptime(stamp.c_str(), "%Y/%m/%d %H:%M:%S", &told), nullptr);
+    told.tm_isdst = -1;
+    const std::time_t time = std::mktime(&told);
+    EXPECT_GE(time, before);
+    EXPECT_LE(time, after);
+}
+
+TEST(RunLog, KeepsItsLinesUntilItIsOpened) {
+    const test::TemporaryDirectory directory;
+    RunLog log;
+    EXPECT_FALSE(log.is_open());
+    log.line("first");
+    log.line("");
+    EXPECT_EQ(log.kept(), "first\n\n");
+    EXPECT_FALSE(directory.has("torvex.log"));
+    log.open(directory.file("torvex.log"));
+    EXPECT_TRUE(log.is_open());
+    EXPECT_EQ(log.kept(), "");
+    EXPECT_EQ(directory.read("torvex.log"), "first\n\n");
+}
+
+TEST(RunLog, EachLineReachesTheFileAtOnce) {
+    const test::TemporaryDirectory directory;
+    RunLog log;
+    log.open(directory.file("torvex.log"));
+    log.line("one");
+    EXPECT_EQ(directory.read("torvex.log"), "one\n");
+    log.line("two");
+    EXPECT_EQ(directory.read("torvex.log"), "one\ntwo\n");
+}
+
+TEST(RunLog, IsAppendedToAndNeverTruncated) {
+    const test::TemporaryDirectory directory;
+    directory.write("torvex.log", "an older run\n");
+    for (const char* text : {"second", "third"}) {
+        RunLog log;
+        log.line(text);
+        log.open(directory.file("torvex.log"));
+    }
+    EXPECT_EQ(directory.read("torvex.log"), "an older run\nsecond\nthird\n");
+}
+
+TEST(RunLog, IsAppendedToBehindWhatOthersWrote) {
+    const test::TemporaryDirectory directory;
+    RunLog log;
+    log.open(directory.file("torvex.log"));
+    log.line("mine");
+    RunLog other;
+    other.open(directory.file("torvex.log"));
+    other.line("theirs");
+    log.line("mine again");
+    EXPECT_EQ(directory.read("torvex.log"), "mine\ntheirs\nmine again\n");
+}
+
+TEST(RunLog, TimedLinesStandBehindTheDateStamp) {
+    const test::TemporaryDirectory directory;
+    RunLog log;
+    log.open(directory.file("torvex.log"));
+    log.timed(" - a step");
+    EXPECT_THAT(directory.read("torvex.log"),
+                MatchesRegex(std::string(stamp_form) + " - a step\n"));
+}
+
+TEST(RunLog, KeepsLinesAgainOnceClosed) {
+    const test::TemporaryDirectory directory;
+    RunLog log;
+    log.open(directory.file("torvex.log"));
+    log.close();
+    log.line("late");
+    EXPECT_FALSE(log.is_open());
+    EXPECT_EQ(log.kept(), "late\n");
+    EXPECT_EQ(directory.read("torvex.log"), "");
+}
+
+TEST(RunLog, StopsWhereItCannotBeOpened) {
+    const test::TemporaryDirectory directory;
+    RunLog log;
+    log.line("kept");
+    try {
+        log.open(directory.path().string());
+        FAIL();
+    } catch (const Stop& s) {
+        EXPECT_EQ(s.code(), 1);
+        EXPECT_THAT(s.reason(), HasSubstr("cannot open the run log"));
+        EXPECT_EQ(s.where(), directory.path().string());
+    }
+    EXPECT_FALSE(log.is_open());
+    EXPECT_EQ(log.kept(), "kept\n");
+}
+
+TEST(RunLog, StopsWhereTheDiskIsFull) {
+    if (!std::filesystem::exists("/dev/full")) {
+        GTEST_SKIP();
+    }
+    RunLog log;
+    log.open("/dev/full");
+    EXPECT_THROW(log.line("lost"), Stop);
+}
+
+TEST(Console, PrintsOneLine) {
+    ::testing::internal::CaptureStdout();
+    console("- a step");
+    EXPECT_EQ(::testing::internal::GetCapturedStdout(), "- a step\n");
+}
+
+}  // namespace
+}  // namespace torvex
