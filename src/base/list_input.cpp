@@ -4,6 +4,8 @@
 #include <cmath>
 #include <system_error>
 
+#include "base/text_file.hpp"
+
 namespace torvex {
 
 namespace {
@@ -14,18 +16,6 @@ bool is_blank(char c) {
 
 bool ends_number(const char* p, const char* end) {
     return p == end || *p == ',' || is_blank(*p);
-}
-
-// Text of any origin as part of a one-line message: a binary file has no blanks for miles.
-std::string shown(std::string_view text) {
-    constexpr std::size_t longest = 40;
-    std::string line(text.substr(0, longest));
-    for (char& c : line) {
-        if (c < ' ' || c > '~') {
-            c = '?';
-        }
-    }
-    return text.size() > longest ? line + "..." : line;
 }
 
 }  // namespace
@@ -76,7 +66,8 @@ bool ListInput::read_line(std::string_view& line) {
 
 bool ListInput::fail(const ValueToken& token, const char* expected) {
     const bool quoted = token.kind == ValueToken::Kind::quoted;
-    fault_ = {token.line, quoted ? "'" + shown(token.text) + "'" : shown(token.text), expected};
+    fault_ = {token.line, quoted ? "'" + printable(token.text) + "'" : printable(token.text),
+              expected};
     return false;
 }
 

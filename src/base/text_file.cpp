@@ -48,6 +48,19 @@ std::string_view trimmed(std::string_view text) {
     return last == std::string_view::npos ? std::string_view{} : text.substr(0, last + 1);
 }
 
+std::string printable(std::string_view text, std::size_t longest) {
+    std::string shown;
+    for (const char c : text.substr(0, longest)) {
+        const auto byte = static_cast<unsigned char>(c);
+        shown += byte < 0x20 || byte == 0x7f ? '?' : c;
+    }
+    return text.size() > longest ? shown + "..." : shown;
+}
+
+std::string excerpt(std::string_view text) {
+    return '"' + printable(text) + '"';
+}
+
 std::string place(std::string_view file, long line) {
     return std::string(file) + ", line " + std::to_string(line);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +17,11 @@ std::vector<std::string_view> split_lines(std::string_view text);
 // Without blanks and tabs on the left, or on both sides.
 std::string_view left_adjusted(std::string_view text);
 std::string_view trimmed(std::string_view text);
+
+// Text of any origin fit for a one-line message: control characters become "?", and what goes on
+// beyond `longest` bytes is cut. excerpt() puts quotes around it.
+std::string printable(std::string_view text, std::size_t longest = 60);
+std::string excerpt(std::string_view text);
 
 // "name, line 12": how every message names a place in a text file.
 std::string place(std::string_view file, long line);

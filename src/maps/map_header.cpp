@@ -130,16 +130,6 @@ bool check(MapHeader& header, const Found& found, long separator) {
 
 }  // namespace
 
-std::string excerpt(std::string_view text) {
-    constexpr std::size_t longest = 60;
-    std::string shown = "\"";
-    for (const char c : text.substr(0, longest)) {
-        const auto byte = static_cast<unsigned char>(c);
-        shown += byte < 0x20 || byte == 0x7f ? '?' : c;
-    }
-    return shown + (text.size() > longest ? "...\"" : "\"");
-}
-
 MapHeader read_map_header(ListInput& input) {
     MapHeader header;
     std::string_view line;

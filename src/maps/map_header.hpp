@@ -28,7 +28,4 @@ struct MapHeader {
 // at once. Errors are told in the result, the caller knows the stop codes.
 MapHeader read_map_header(ListInput& input);
 
-// A piece of a file for a message: quoted, cut, and without control characters.
-std::string excerpt(std::string_view text);
-
 }  // namespace torvex

@@ -21,4 +21,17 @@ struct GridGeometry {
     Field3 fx, fy, fz;     // weight of the higher neighbour at a face [-]  ni*nj*nk  GRID
 };
 
+// Sets the counts and makes room for the nodes, all at 0.
+inline void allocate_nodes(GridGeometry& grid, int nx, int ny, int nz) {
+    grid.nx = nx;
+    grid.ny = ny;
+    grid.nz = nz;
+    grid.ni = nx + 1;
+    grid.nj = ny + 1;
+    grid.nk = nz + 1;
+    grid.xn.allocate(nx, ny, nz);
+    grid.yn.allocate(nx, ny, nz);
+    grid.zn.allocate(nx, ny, nz);
+}
+
 }  // namespace torvex

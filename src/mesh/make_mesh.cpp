@@ -144,15 +144,7 @@ void MAKE_MESH(const CaseSettings& settings, const MeshLines& lines, const Direc
     } else {
         check_top(settings, lines, k_c, ground);
     }
-    grid.nx = lines.nx;
-    grid.ny = lines.ny;
-    grid.nz = lines.nz;
-    grid.ni = lines.nx + 1;
-    grid.nj = lines.ny + 1;
-    grid.nk = lines.nz + 1;
-    grid.xn.allocate(grid.nx, grid.ny, grid.nz);
-    grid.yn.allocate(grid.nx, grid.ny, grid.nz);
-    grid.zn.allocate(grid.nx, grid.ny, grid.nz);
+    allocate_nodes(grid, lines.nx, lines.ny, lines.nz);
     fill_plan(lines, grid);
     stack_levels(lines, k_c, ground, grid);
 }

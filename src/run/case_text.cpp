@@ -38,18 +38,6 @@ std::string KeyLines::where(const CaseText& file, std::string_view key) const {
     return found == lines_.end() ? file.name : place(file.name, found->second);
 }
 
-std::string excerpt(std::string_view text) {
-    constexpr std::size_t longest = 60;
-    std::string shown;
-    for (const char c : text.substr(0, longest)) {
-        shown += std::isprint(static_cast<unsigned char>(c)) != 0 ? c : '?';
-    }
-    if (text.size() > longest) {
-        shown += "...";
-    }
-    return shown;
-}
-
 void NearestName::offer(std::string_view name) {
     // A word much longer than any key is no misspelling of one.
     constexpr std::size_t longest = 100;

@@ -25,9 +25,6 @@ class KeyLines {
     std::map<std::string, long, std::less<>> lines_;
 };
 
-// Text of the file fit for a message: control bytes shown as "?", the length limited.
-std::string excerpt(std::string_view text);
-
 // "; did you mean X?" for the nearest of the names, or nothing if none is near.
 class NearestName {
  public:

@@ -115,8 +115,8 @@ KeyStatus read_table_key(const CaseText& file, std::string_view block, const Cas
     if (found.status == KeyStatus::read &&
         !read_value(found, key.target(settings), key.length, fault)) {
         stop(1,
-             "block &" + std::string(block) + ": key " + std::string(key.name) +
-                 ": cannot read \"" + excerpt(fault.text) + "\", expected " + fault.expected,
+             "block &" + std::string(block) + ": key " + std::string(key.name) + ": cannot read " +
+                 excerpt(fault.text) + ", expected " + fault.expected,
              place(file.name, found.line));
     }
     return found.status;

@@ -152,8 +152,8 @@ class GroupReader {
             if (equal_without_case(word, "END")) {
                 return true;
             }
-            fail("opened in line " + std::to_string(opened_) + ", is not closed by / before \"" +
-                     excerpt(rest_of_line(cursor_)) + "\"",
+            fail("opened in line " + std::to_string(opened_) + ", is not closed by / before " +
+                     excerpt(rest_of_line(cursor_)),
                  cursor_.line);
         }
         return false;
@@ -191,8 +191,8 @@ class GroupReader {
         const std::string_view word = trimmed(rest.substr(0, close));
         std::int32_t index = 0;
         if (close == std::string_view::npos || !parse_integer(word, index)) {
-            fail("key " + label + ": cannot read the index \"" + excerpt(word) +
-                     "\", expected one integer in parentheses",
+            fail("key " + label + ": cannot read the index " + excerpt(word) +
+                     ", expected one integer in parentheses",
                  cursor_.line);
         }
         if (index < 1 || static_cast<std::size_t>(index) > size) {
@@ -220,14 +220,14 @@ class GroupReader {
                 }
             }
         }
-        fail("unknown key \"" + excerpt(name) + "\"" + nearest.hint(), cursor_.line);
+        fail("unknown key " + excerpt(name) + nearest.hint(), cursor_.line);
     }
 
     void read_site_member(Item& item, std::span<Site> sites) {
         const std::optional<std::size_t> n = take_index(item.label, sites.size());
         if (!n || !take('%')) {
-            fail("key SITE: cannot read \"" + excerpt(rest_of_line(cursor_)) +
-                     "\", expected a member of one record, as in SITE(1)%LABEL",
+            fail("key SITE: cannot read " + excerpt(rest_of_line(cursor_)) +
+                     ", expected a member of one record, as in SITE(1)%LABEL",
                  cursor_.line);
         }
         const std::string_view name = take_name();
@@ -241,14 +241,14 @@ class GroupReader {
             }
             nearest.offer(field.name);
         }
-        fail("key SITE: unknown member \"" + excerpt(name) + "\"" + nearest.hint(), cursor_.line,
+        fail("key SITE: unknown member " + excerpt(name) + nearest.hint(), cursor_.line,
              "the members are LABEL, LON and LAT");
     }
 
     Item read_name() {
         const std::string_view name = take_name();
         if (name.empty()) {
-            fail("cannot read \"" + excerpt(rest_of_line(cursor_)) + "\", expected a key or /",
+            fail("cannot read " + excerpt(rest_of_line(cursor_)) + ", expected a key or /",
                  cursor_.line);
         }
         const CaseKey& key = find_key(name);
@@ -263,8 +263,8 @@ class GroupReader {
     void read_item() {
         const Item item = read_name();
         if (!take('=')) {
-            fail("key " + item.label + ": cannot read \"" + excerpt(rest_of_line(cursor_)) +
-                     "\", expected =",
+            fail("key " + item.label + ": cannot read " + excerpt(rest_of_line(cursor_)) +
+                     ", expected =",
                  cursor_.line);
         }
         lines_.set(item.label, cursor_.line);
@@ -278,8 +278,8 @@ class GroupReader {
             }
             AssignFault fault;
             if (!assign(item.target, n, scanner.next(), item.length, fault)) {
-                fail("key " + item.label + ": cannot read \"" + excerpt(fault.text) +
-                         "\", expected " + fault.expected,
+                fail("key " + item.label + ": cannot read " + excerpt(fault.text) + ", expected " +
+                         fault.expected,
                      fault.line);
             }
         }

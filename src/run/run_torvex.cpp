@@ -9,7 +9,12 @@
 
 #include "base/edit.hpp"
 #include "base/stop.hpp"
+#include "maps/load_maps.hpp"
+#include "mesh/cell_geometry.hpp"
+#include "mesh/make_mesh.hpp"
+#include "mesh/size_domain.hpp"
 #include "results/restart_info.hpp"
+#include "results/result_files.hpp"
 #include "run/case_blocks.hpp"
 #include "run/case_checks.hpp"
 #include "run/case_directory.hpp"
@@ -19,6 +24,7 @@
 #include "run/mesh_log.hpp"
 #include "run/monitor_logs.hpp"
 #include "run/outcome.hpp"
+#include "run/outer_iteration.hpp"
 #include "run/steps_to_come.hpp"
 #include "run/wind_directions.hpp"
 
@@ -83,7 +89,7 @@ void size_run(Run& run) {
         force_one_direction(settings);
         return;
     }
-    size_domain(run);
+    run.lines = size_domain(settings, run.maps, run.log);
     if (settings.nest.nest_mode != 0) {
         nest_fit_lines(run);
         nest_check_domain(run);
@@ -104,6 +110,20 @@ Direction begin_direction(const Run& run, int iwd) {
     return direction;
 }
 
+void make_cell_geometry(Direction& direction) {
+    GridGeometry& grid = direction.grid;
+    XYZ2XYZC(grid);
+    write_xyzc(direction.restart_stem, grid.xc, grid.yc, grid.zc);
+}
+
+// The nodes as an earlier run left them; they must be of the counts that sizing has found now.
+void read_saved_mesh(const Run& run, Direction& direction) {
+    const MeshLines& lines = run.lines;
+    GridGeometry& grid = direction.grid;
+    allocate_nodes(grid, lines.nx, lines.ny, lines.nz);
+    read_xyz(direction.restart_stem + std::string(xyz_name), grid.xn, grid.yn, grid.zn);
+}
+
 void prepare_canopy(Run& run, Direction& direction) {
     read_canopy_file(run, direction);
     calc_sbz_roughness2(run, direction);
@@ -122,7 +142,8 @@ Prepared resume(Run& run, Direction& direction, const RestartInfo& info) {
     console("Resume torvex default calculations..");
     direction.outer_count = info.outer_count;
     direction.tested = {info.resid_m, info.resid_u, info.resid_v, info.resid_w, 0.0F, 0.0F};
-    read_restart(run, direction);
+    read_saved_mesh(run, direction);
+    read_restart_fields(run, direction);
     make_cell_geometry(direction);
     if (already_done(run.settings, direction.tested)) {
         direction.converged = true;
@@ -147,8 +168,10 @@ void require_parent(const Direction& direction) {
 
 void prepare_from_maps(Run& run, Direction& direction) {
     console("Start torvex default calculations...");
-    const DirectionMaps maps = load_direction_maps(run, direction);
-    make_direction_mesh(run, direction, maps);
+    const DirectionMaps maps = load_maps(run.settings, direction.iwd, run.maps, run.log);
+    GridGeometry& grid = direction.grid;
+    MAKE_MESH(run.settings, run.lines, maps, direction.iwd, run.log, grid);
+    write_xyz(direction.restart_stem, grid.xn, grid.yn, grid.zn);
     make_cell_geometry(direction);
     if (run.settings.canopy.canopy_mode != 1) {
         calc_roughness1(run, direction, maps);

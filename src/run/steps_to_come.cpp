@@ -6,22 +6,14 @@ void nest_fit_lines(Run& /*run*/) {}
 void nest_check_domain(Run& /*run*/) {}
 void nest_bc_set(Run& /*run*/, Direction& /*direction*/) {}
 
-void read_restart(Run& /*run*/, Direction& /*direction*/) {}
+void read_restart_fields(Run& /*run*/, Direction& /*direction*/) {}
 void READ_MESH_ETC(Run& /*run*/, Direction& /*direction*/) {}
-
-DirectionMaps load_direction_maps(Run& /*run*/, const Direction& /*direction*/) {
-    return {};
-}
-void size_domain(Run& /*run*/) {}
-void make_direction_mesh(Run& /*run*/, Direction& /*direction*/, const DirectionMaps& /*maps*/) {}
-void make_cell_geometry(Direction& /*direction*/) {}
 
 void calc_roughness1(Run& /*run*/, Direction& /*direction*/, const DirectionMaps& /*maps*/) {}
 void calc_sbz_roughness2(Run& /*run*/, Direction& /*direction*/) {}
 void read_canopy_file(Run& /*run*/, Direction& /*direction*/) {}
 
 void INIT(Run& /*run*/, Direction& /*direction*/) {}
-void OUTER_ITERATION(Run& /*run*/, Direction& /*direction*/) {}
 
 void write_final_result(Run& /*run*/, Direction& /*direction*/) {}
 void write_sites(Run& /*run*/, Direction& /*direction*/) {}

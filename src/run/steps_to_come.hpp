@@ -12,15 +12,9 @@ void nest_fit_lines(Run& run);
 void nest_check_domain(Run& run);
 void nest_bc_set(Run& run, Direction& direction);  // the parent's flow on the boundaries
 
-// run: a direction's saved state, and a domain from the user's files
-void read_restart(Run& run, Direction& direction);
+// run: the saved fields of a direction, and a domain from the user's files
+void read_restart_fields(Run& run, Direction& direction);
 void READ_MESH_ETC(Run& run, Direction& direction);
-
-// mesh
-DirectionMaps load_direction_maps(Run& run, const Direction& direction);
-void size_domain(Run& run);
-void make_direction_mesh(Run& run, Direction& direction, const DirectionMaps& maps);
-void make_cell_geometry(Direction& direction);
 
 // roughness and canopy
 void calc_roughness1(Run& run, Direction& direction, const DirectionMaps& maps);
@@ -29,7 +23,6 @@ void read_canopy_file(Run& run, Direction& direction);
 
 // solver
 void INIT(Run& run, Direction& direction);
-void OUTER_ITERATION(Run& run, Direction& direction);
 
 // results
 void write_final_result(Run& run, Direction& direction);

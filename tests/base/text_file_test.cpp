@@ -90,5 +90,12 @@ TEST(Place, NamesFileAndLine) {
     EXPECT_EQ(place("maps/hill.map", 12), "maps/hill.map, line 12");
 }
 
+TEST(TextFile, ExcerptsAreQuotedCutAndFreeOfControlCharacters) {
+    EXPECT_EQ(excerpt("abc"), "\"abc\"");
+    EXPECT_EQ(excerpt(std::string_view("a\0\x1b", 3)), "\"a??\"");
+    EXPECT_EQ(excerpt(std::string(60, 'x')), "\"" + std::string(60, 'x') + "\"");
+    EXPECT_EQ(excerpt(std::string(61, 'x')), "\"" + std::string(60, 'x') + "...\"");
+}
+
 }  // namespace
 }  // namespace torvex

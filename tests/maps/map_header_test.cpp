@@ -193,11 +193,5 @@ TEST(MapHeader, AMillionEmptyItemsArePassedInOneGo) {
     EXPECT_EQ(with_line(std::string(1000000, ',') + "n_lon = 9").error, 0);
 }
 
-TEST(Excerpt, CutsAndHidesControlCharacters) {
-    EXPECT_EQ(excerpt("abc"), "\"abc\"");
-    EXPECT_EQ(excerpt(std::string_view("a\0\x1b", 3)), "\"a??\"");
-    EXPECT_EQ(excerpt(std::string(61, 'x')), "\"" + std::string(60, 'x') + "...\"");
-}
-
 }  // namespace
 }  // namespace torvex
