@@ -31,8 +31,8 @@ void append(std::string& text, double value, int decimals) {
 
 // Hills of some hundred metres in steps of 0.1 m.
 double elevation(std::size_t i, std::size_t j) {
-    const double x = static_cast<double>(i);
-    const double y = static_cast<double>(j);
+    const auto x = static_cast<double>(i);
+    const auto y = static_cast<double>(j);
     return 812.3 + 700.0 * std::sin(x / 170.0) * std::cos(y / 230.0) + 40.0 * std::sin(x / 7.0 + y);
 }
 

@@ -9,7 +9,8 @@ namespace torvex::edit {
 namespace {
 
 std::string stars(int w) {
-    return std::string(static_cast<std::size_t>(w), '*');
+    std::string field(static_cast<std::size_t>(w), '*');
+    return field;
 }
 
 std::string right_adjusted(std::string_view text, int w) {

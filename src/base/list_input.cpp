@@ -1,7 +1,6 @@
 #include "base/list_input.hpp"
 
 #include <charconv>
-#include <cmath>
 #include <system_error>
 
 #include "base/text_file.hpp"
@@ -123,8 +122,8 @@ bool ListInput::item(std::string& value) {
 }
 
 bool ListInput::read_row(float* values, std::size_t count) {
-    // Rows of plain numbers are nearly all there is in a map, so they take a short way; the first
-    // value that is anything else hands the rest of the row to the scanner.
+    // Rows of plain numbers are nearly all there is in a map, so they take a short way; where it
+    // meets anything else, the scanner reads the row again from its start.
     TextCursor at = cursor_;
     const auto skip_blanks = [&at] {
         while (at.at != at.end && is_blank(*at.at)) {

@@ -272,7 +272,7 @@ class RandomText {
     }
 
     std::string garbage() {
-        using std::string_view_literals::operator""sv;
+        using namespace std::string_view_literals;
         static constexpr std::string_view bytes =
             " \n\r\t,/'\"*0123456789.+-eEdDinfa!;\0\x80\xff    ,,,00011122**.."sv;
         std::string text;

@@ -15,7 +15,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 TEST(ReadTextFile, GivesTheBytesAsTheyStand) {
     const test::TemporaryDirectory directory;

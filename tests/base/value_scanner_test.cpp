@@ -14,7 +14,7 @@ namespace torvex {
 namespace {
 
 using ::testing::ElementsAre;
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 constexpr ScanRules one_line{.comments = false, .over_lines = false, .slash_in_words = false};
 constexpr ScanRules with_comments{.comments = true, .over_lines = true, .slash_in_words = false};
