@@ -35,8 +35,9 @@ class Array3 {
     // New bounds, every element `value`; the old contents are gone.
     void allocate(int ni, int nj, int nk, T value = T{}) {
         require(ni >= 0 && nj >= 0 && nk >= 0, "negative extent");
-        const std::size_t size = static_cast<std::size_t>(ni) * static_cast<std::size_t>(nj) *
-                                 static_cast<std::size_t>(nk);
+        const std::size_t size =
+            product(product(static_cast<std::size_t>(ni), static_cast<std::size_t>(nj)),
+                    static_cast<std::size_t>(nk));
         if (size != size_) {
             data_.reset();
             data_.reset(
@@ -75,6 +76,14 @@ class Array3 {
         void operator()(T* p) const { ::operator delete (p, std::align_val_t{alignment}); }
     };
 
+    // Extents may come from a file: a size that no memory can hold must not wrap to a small one.
+    static std::size_t product(std::size_t a, std::size_t b) {
+        constexpr std::size_t most = static_cast<std::size_t>(-1) / sizeof(T);
+        if (a != 0 && b > most / a) {
+            throw std::bad_array_new_length();
+        }
+        return a * b;
+    }
     std::size_t offset(int i, int j, int k) const {
         require(i >= 1 && i <= ni_ && j >= 1 && j <= nj_ && k >= 1 && k <= nk_,
                 "index outside an array");

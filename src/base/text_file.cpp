@@ -2,7 +2,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <system_error>
 
 namespace torvex {
@@ -16,8 +15,8 @@ std::optional<std::string> read_text_file(const std::string& path) {
     if (!file) {
         return std::nullopt;
     }
-    std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    if (file.bad()) {
+    std::string text(std::filesystem::file_size(path, error), '\0');
+    if (error || !file.read(text.data(), static_cast<std::streamsize>(text.size()))) {
         return std::nullopt;
     }
     return text;
@@ -52,7 +51,7 @@ std::string printable(std::string_view text, std::size_t longest) {
     std::string shown;
     for (const char c : text.substr(0, longest)) {
         const auto byte = static_cast<unsigned char>(c);
-        shown += byte < 0x20 || byte == 0x7f ? '?' : c;
+        shown += byte < 0x20 || byte > 0x7e ? '?' : c;
     }
     return text.size() > longest ? shown + "..." : shown;
 }

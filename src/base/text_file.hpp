@@ -18,8 +18,8 @@ std::vector<std::string_view> split_lines(std::string_view text);
 std::string_view left_adjusted(std::string_view text);
 std::string_view trimmed(std::string_view text);
 
-// Text of any origin fit for a one-line message: control characters become "?", and what goes on
-// beyond `longest` bytes is cut. excerpt() puts quotes around it.
+// Text of any origin fit for a one-line message: all but plain characters become "?", and what goes
+// on beyond `longest` bytes is cut. excerpt() puts quotes around it.
 std::string printable(std::string_view text, std::size_t longest = 60);
 std::string excerpt(std::string_view text);
 

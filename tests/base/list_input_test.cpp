@@ -266,7 +266,7 @@ TEST(ListInput, ItemsInFrontOfAFaultAreSetAndTheOthersAreNot) {
 
 TEST(ListInput, FaultTextIsFitToPrint) {
     const std::string binary = "1 " + std::string(1000000, '\0');
-    EXPECT_EQ(fault_of<2>(binary).text, std::string(40, '?') + "...");
+    EXPECT_EQ(fault_of<2>(binary).text, std::string(60, '?') + "...");
     EXPECT_EQ(fault_of<1>("12\x80\xff").text, "12??");
     EXPECT_EQ(fault_of<1>(std::string_view("1\0002", 3)).text, "1?2");
 }
