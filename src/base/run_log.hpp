@@ -3,25 +3,21 @@
 #include <string>
 #include <string_view>
 
+#include "base/text_log.hpp"
+
 namespace torvex {
 
 // The console: one line on standard output, seen at once by whoever watches.
 void console(std::string_view line);
 
-// The run log "torvex.log". It is appended to and never truncated, each line reaching the file
-// before the next step of the run. Until open() the lines are kept, so that a run which finds its
-// directory taken by another one leaves no trace in that run's log.
+// The run log "torvex.log", appended to and never truncated. Until open() the lines are kept, so
+// that a run which finds its directory taken by another one leaves no trace in that run's log.
 class RunLog {
  public:
-    RunLog() = default;
-    ~RunLog();
-    RunLog(const RunLog&) = delete;
-    RunLog& operator=(const RunLog&) = delete;
-
     // Opens the file for appending and writes what has been kept; a failure stops the run.
     void open(const std::string& path);
-    void close();
-    bool is_open() const { return descriptor_ >= 0; }
+    void close() { file_.close(); }
+    bool is_open() const { return file_.is_open(); }
 
     // Lines told so far that no open() has written yet.
     const std::string& kept() const { return kept_; }
@@ -31,8 +27,7 @@ class RunLog {
     void timed(std::string_view text);  // behind the date stamp
 
  private:
-    int descriptor_ = -1;
-    std::string path_;
+    TextLog file_;
     std::string kept_;
 };
 

@@ -28,8 +28,7 @@ std::span<const T> numbers_of(const T& value) {
     return {&value, 1};
 }
 template <class T, std::size_t N>
-    requires RecordNumber<std::remove_const_t<T>>
-std::span<T> numbers_of(std::span<T, N> values) {
+requires RecordNumber<std::remove_const_t<T>> std::span<T> numbers_of(std::span<T, N> values) {
     return values;
 }
 template <RecordNumber T>

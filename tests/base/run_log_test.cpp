@@ -110,7 +110,7 @@ TEST(RunLog, StopsWhereItCannotBeOpened) {
         FAIL();
     } catch (const Stop& s) {
         EXPECT_EQ(s.code(), 1);
-        EXPECT_THAT(s.reason(), HasSubstr("cannot open the run log"));
+        EXPECT_THAT(s.reason(), HasSubstr("the log cannot be opened"));
         EXPECT_EQ(s.where(), directory.path().string());
     }
     EXPECT_FALSE(log.is_open());
