@@ -19,9 +19,9 @@ Extents extents_of(const Field3& field) {
     return {.ni = field.ni(), .nj = field.nj(), .nk = field.nk()};
 }
 
-std::string text_of(const Extents& e) {
-    std::string text = std::to_string(e.ni) + " x " + std::to_string(e.nj);
-    return e.nk > 0 ? text + " x " + std::to_string(e.nk) : text;
+std::string text_of(const Extents& e, int rank = 3) {
+    const std::string plane = std::to_string(e.ni) + " x " + std::to_string(e.nj);
+    return rank == 3 ? plane + " x " + std::to_string(e.nk) : plane;
 }
 
 // A file of the family that is being read, with what to do where it does not fit.
@@ -54,11 +54,11 @@ struct ResultReader {
         }
     }
 
-    void expect(const Extents& found, const Extents& mesh) {
+    void expect(const Extents& found, const Extents& mesh, int rank = 3) {
         if (found != mesh) {
             stop(codes.extents,
-                 "the arrays of the file have " + text_of(found) +
-                     " elements, those of the mesh have " + text_of(mesh),
+                 "the arrays of the file have " + text_of(found, rank) +
+                     " elements, those of the mesh have " + text_of(mesh, rank),
                  path, way_out);
         }
     }
@@ -150,7 +150,7 @@ void read_z0(const std::string& path, Field2& z0, const ReadCodes& codes) {
     file.expect_id(102);
     Extents found;
     file.read(found.ni, found.nj);
-    file.expect(found, {.ni = z0.ni(), .nj = z0.nj(), .nk = 0});
+    file.expect(found, {.ni = z0.ni(), .nj = z0.nj(), .nk = 0}, 2);
     file.read(z0);
 }
 
