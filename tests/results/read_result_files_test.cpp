@@ -1,109 +1,31 @@
-#include "results/result_files.hpp"
-
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <array>
-#include <cstring>
 #include <filesystem>
 #include <functional>
 #include <limits>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "base/text_file.hpp"
 #include "results/record_file.hpp"
+#include "results/result_files.hpp"
+#include "results/sample_flow.hpp"
 #include "support/failures.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace torvex {
 namespace {
 
+using test::Flow;
+using test::record_sizes;
+using test::same;
+using test::sample;
 using test::stop_code_of;
 using test::stop_of;
 using test::TemporaryDirectory;
 using testing::HasSubstr;
-
-// Element (i,j,k) of array n is 1000 n + 100 i + 10 j + k.
-Field3 sample(int n, int ni = 3, int nj = 2, int nk = 2) {
-    Field3 field(ni, nj, nk);
-    for (int k = 1; k <= nk; ++k) {
-        for (int j = 1; j <= nj; ++j) {
-            for (int i = 1; i <= ni; ++i) {
-                field(i, j, k) = static_cast<float>(1000 * n + 100 * i + 10 * j + k);
-            }
-        }
-    }
-    return field;
-}
-
-bool same(const Field3& a, const Field3& b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), 4 * a.size()) == 0;
-}
-
-// The fourteen arrays of a result in the order of the file.
-struct Flow {
-    std::array<Field3, 14> arrays;
-
-    static Flow filled(int ni = 3, int nj = 2, int nk = 2) {
-        Flow flow;
-        for (int n = 1; n <= 14; ++n) {
-            flow.arrays.at(static_cast<std::size_t>(n - 1)) = sample(n, ni, nj, nk);
-        }
-        return flow;
-    }
-    static Flow blank(int ni = 3, int nj = 2, int nk = 2) {
-        Flow flow;
-        flow.arrays.fill(Field3(ni, nj, nk, -7.0F));
-        return flow;
-    }
-
-    template <class Field>
-    FlowArrays<Field> fields() {
-        auto& a = arrays;
-        return {.u = &a[0],
-                .v = &a[1],
-                .w = &a[2],
-                .p = &a[3],
-                .tke = &a[4],
-                .ted = &a[5],
-                .flxU = &a[6],
-                .flxV = &a[7],
-                .flxW = &a[8],
-                .vis = &a[9],
-                .pp = &a[10],
-                .lm = &a[11],
-                .tkl = &a[12],
-                .viskl = &a[13]};
-    }
-    ResultFields source() { return fields<const Field3>(); }
-    ResultTargets target() { return fields<Field3>(); }
-
-    // Arrays 1..n are those of filled(), the others as blank() made them.
-    void expect_filled_up_to(int n) const {
-        for (int m = 1; m <= 14; ++m) {
-            const Field3& found = arrays.at(static_cast<std::size_t>(m - 1));
-            EXPECT_TRUE(same(found, m <= n ? sample(m) : Field3(3, 2, 2, -7.0F))) << m;
-        }
-    }
-};
-
-std::vector<std::int64_t> record_sizes(const std::string& path) {
-    std::vector<std::int64_t> sizes;
-    RecordReader reader;
-    EXPECT_TRUE(reader.open(path));
-    while (!reader.at_end()) {
-        const std::optional<std::int64_t> size = reader.next_size();
-        if (!size) {
-            ADD_FAILURE() << reader.fault();
-            break;
-        }
-        sizes.push_back(*size);
-        reader.skip();
-    }
-    return sizes;
-}
 
 // A file of the named id and extents alone.
 void write_header_only(const std::string& path, std::int32_t id,
@@ -112,111 +34,6 @@ void write_header_only(const std::string& path, std::int32_t id,
     writer.record(id);
     writer.record(std::span(extents));
     writer.commit();
-}
-
-TEST(ResultNames, HaveFiveDigits) {
-    EXPECT_EQ(result_name(0), "vpkeout_00000.tuf");
-    EXPECT_EQ(result_name(480), "vpkeout_00480.tuf");
-    EXPECT_EQ(result_name(99999), "vpkeout_99999.tuf");
-    EXPECT_EQ(result_name(100000), "vpkeout_*****.tuf");
-}
-
-TEST(ResultNames, CorrectedResultIsPreferred) {
-    const TemporaryDirectory dir;
-    const std::string stem = dir.file("restart-022_5-");
-    EXPECT_EQ(newest_result_path(stem, 480), stem + "vpkeout_00480.tuf");
-    dir.write("restart-022_5-vpkeout_00480.tuf", "");
-    dir.write("restart-022_5-vpkeout_00490_r.tuf", "");
-    EXPECT_EQ(newest_result_path(stem, 480), stem + "vpkeout_00480.tuf");
-    dir.write("restart-022_5-vpkeout_00480_r.tuf", "");
-    EXPECT_EQ(newest_result_path(stem, 480), stem + "vpkeout_00480_r.tuf");
-    EXPECT_EQ(newest_result_path(stem, 490), stem + "vpkeout_00490_r.tuf");
-}
-
-TEST(ResultId, FollowsTheFamilyOfTheModel) {
-    EXPECT_EQ(result_id(1), 112);
-    EXPECT_EQ(result_id(2), 122);
-    EXPECT_EQ(result_id(3), 112);
-    EXPECT_EQ(result_id(4), 132);
-}
-
-TEST(ResultId, AnyOtherModelStops) {
-    const TemporaryDirectory dir;
-    for (const int model : {0, 5, -1}) {
-        const std::optional<Stop> s =
-            stop_of([&] { write_vpkeout(dir.file(""), 1, 0.0F, model, Flow::filled().source()); });
-        ASSERT_TRUE(s);
-        EXPECT_EQ(s->code(), 1);
-        EXPECT_EQ(s->reason(), "Turbulence Model Error");
-    }
-    EXPECT_TRUE(std::filesystem::is_empty(dir.path()));
-}
-
-TEST(WriteXyz, HasIdExtentsAndThreeArrays) {
-    const TemporaryDirectory dir;
-    write_xyz(dir.file("restart-000_0-"), sample(1), sample(2), sample(3));
-    const std::string path = dir.file("restart-000_0-xyz.tuf");
-    EXPECT_THAT(record_sizes(path), testing::ElementsAre(4, 12, 48, 48, 48));
-    RecordReader reader;
-    ASSERT_TRUE(reader.open(path));
-    std::int32_t id = 0;
-    std::array<std::int32_t, 3> extents{};
-    ASSERT_TRUE(reader.read(id));
-    ASSERT_TRUE(reader.read(std::span(extents)));
-    EXPECT_EQ(id, 101);
-    EXPECT_THAT(extents, testing::ElementsAre(3, 2, 2));
-}
-
-TEST(WriteXyzc, HasIdExtentsAndThreeArrays) {
-    const TemporaryDirectory dir;
-    write_xyzc(dir.file(""), sample(1), sample(2), sample(3));
-    RecordReader reader;
-    ASSERT_TRUE(reader.open(dir.file("xyzc.tuf")));
-    std::int32_t id = 0;
-    std::array<std::int32_t, 3> extents{};
-    ASSERT_TRUE(reader.read(id));
-    ASSERT_TRUE(reader.read(std::span(extents)));
-    EXPECT_EQ(id, 103);
-    EXPECT_THAT(extents, testing::ElementsAre(3, 2, 2));
-    for (int n = 1; n <= 3; ++n) {
-        Field3 field(3, 2, 2);
-        ASSERT_TRUE(reader.read(field));
-        EXPECT_TRUE(same(field, sample(n))) << n;
-    }
-    EXPECT_TRUE(reader.at_end()) << "no closing record";
-}
-
-TEST(WriteVpkeout, WritesTheBytesOfFortran) {
-    const TemporaryDirectory dir;
-    write_vpkeout(dir.file(""), 480, 0.125F, 4, Flow::filled().source());
-    EXPECT_EQ(read_text_file(dir.file("vpkeout_00480.tuf")),
-              read_text_file(std::string(TORVEX_TEST_DATA) + "/vpkeout_00480.tuf"));
-}
-
-TEST(WriteVpkeout, HasTheRecordsOfItsFamily) {
-    const TemporaryDirectory dir;
-    std::vector<std::int64_t> expected{4, 12};
-    expected.insert(expected.end(), 11, 48);
-    expected.insert(expected.end(), 2, 4);
-    const auto sizes_of = [&](int model) {
-        write_vpkeout(dir.file(""), model, 0.0F, model, Flow::filled().source());
-        return record_sizes(dir.file(result_name(model)));
-    };
-    EXPECT_EQ(sizes_of(1), expected);
-    EXPECT_EQ(sizes_of(3), expected);
-    expected.push_back(48);
-    EXPECT_EQ(sizes_of(2), expected);
-    expected.insert(expected.end(), 2, 48);
-    EXPECT_EQ(sizes_of(4), expected);
-}
-
-TEST(WriteVpkeout, NeedsNoArraysOfOtherFamilies) {
-    const TemporaryDirectory dir;
-    Flow flow = Flow::filled();
-    ResultFields fields = flow.source();
-    fields.lm = fields.tkl = fields.viskl = nullptr;
-    write_vpkeout(dir.file(""), 1, 0.0F, 3, fields);
-    EXPECT_TRUE(dir.has("vpkeout_00001.tuf"));
 }
 
 TEST(ReadVpkeout, ReadsWhatFortranWrote) {
@@ -585,39 +402,6 @@ TEST(AnyBytes, AreReadOrRefused) {
         EXPECT_TRUE(refused > 300 || c.codes.size() == 1) << c.name;
     }
     testing::internal::GetCapturedStdout();
-}
-
-TEST(Writers, FullDiskStopsEachOfThemAndKeepsTheEarlierFile) {
-    const TemporaryDirectory dir;
-    const Field3 large(40, 40, 40, 1.0F);
-    Flow flow = Flow::blank(40, 40, 40);
-    const ResultFields fields = flow.source();
-    const std::string stem = dir.file("restart-");
-    const Field2 ground(400, 400);
-    const std::vector<std::pair<std::string, std::function<void()>>> writers{
-        {"restart-xyz.tuf", [&] { write_xyz(stem, large, large, large); }},
-        {"restart-z0.tuf", [&] { write_z0(stem, ground); }},
-        {"restart-xyzc.tuf", [&] { write_xyzc(stem, large, large, large); }},
-        {"restart-vpkeinp.tuf", [&] { write_vpkeinp(stem, fields); }},
-        {"restart-vpkeout_00007.tuf", [&] { write_vpkeout(stem, 7, 0.0F, 1, fields); }},
-    };
-    for (const auto& [name, write] : writers) {
-        dir.write(name, "earlier");
-        const test::FileSizeLimit limit(100000);
-        const std::optional<Stop> s = stop_of(write);
-        ASSERT_TRUE(s) << name;
-        EXPECT_EQ(s->code(), 1);
-        EXPECT_EQ(s->where(), dir.file(name));
-        EXPECT_EQ(dir.read(name), "earlier");
-        EXPECT_FALSE(dir.has(name + ".tmp"));
-    }
-}
-
-TEST(Writers, MissingDirectoryStops) {
-    const TemporaryDirectory dir;
-    const std::string stem = dir.file("none/restart-");
-    EXPECT_EQ(stop_code_of([&] { write_z0(stem, Field2(3, 2)); }), 1);
-    EXPECT_EQ(stop_code_of([&] { write_vpkeinp(stem, Flow::filled().source()); }), 1);
 }
 
 }  // namespace
