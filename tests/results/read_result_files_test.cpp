@@ -13,12 +13,14 @@
 #include "results/result_files.hpp"
 #include "results/sample_flow.hpp"
 #include "support/failures.hpp"
+#include "support/memory_file.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace torvex {
 namespace {
 
 using test::Flow;
+using test::MemoryFile;
 using test::record_sizes;
 using test::same;
 using test::sample;
@@ -137,19 +139,19 @@ TEST(ReadVpkeout, ExtentsOffByOneAre232AndNoReadError) {
 
 TEST(ReadVpkeout, EveryPrefixStops) {
     const TemporaryDirectory dir;
+    const MemoryFile file;
     for (const int model : {1, 2, 4}) {
         write_vpkeout(dir.file(""), model, 0.0F, model, Flow::filled().source());
         const std::string whole = dir.read(result_name(model));
         for (std::size_t length = 0; length < whole.size(); ++length) {
-            dir.write("a", whole.substr(0, length));
+            file.set(whole.substr(0, length));
             Flow flow = Flow::blank();
-            const int code =
-                stop_code_of([&] { read_vpkeout(dir.file("a"), model, flow.target()); });
+            const int code = stop_code_of([&] { read_vpkeout(file.path(), model, flow.target()); });
             EXPECT_EQ(code, length < 12 ? 231 : 232) << "model " << model << ", bytes " << length;
         }
-        dir.write("a", whole + "what stands behind the last record is not looked at");
+        file.set(whole + "what stands behind the last record is not looked at");
         Flow flow = Flow::blank();
-        EXPECT_EQ(stop_code_of([&] { read_vpkeout(dir.file("a"), model, flow.target()); }), 0);
+        EXPECT_EQ(stop_code_of([&] { read_vpkeout(file.path(), model, flow.target()); }), 0);
     }
 }
 
@@ -229,13 +231,13 @@ TEST(ReadXyz, WrongExtentsAre212AfterTheSixNumbers) {
 
 TEST(ReadXyz, EveryPrefixStops) {
     const TemporaryDirectory dir;
+    const MemoryFile file;
     write_xyz(dir.file(""), sample(1), sample(2), sample(3));
     const std::string whole = dir.read("xyz.tuf");
     for (std::size_t length = 0; length < whole.size(); ++length) {
-        dir.write("a", whole.substr(0, length));
+        file.set(whole.substr(0, length));
         Field3 xn(3, 2, 2);
-        EXPECT_EQ(stop_code_of([&] { read_xyz(dir.file("a"), xn, xn, xn); }),
-                  length < 12 ? 211 : 212)
+        EXPECT_EQ(stop_code_of([&] { read_xyz(file.path(), xn, xn, xn); }), length < 12 ? 211 : 212)
             << length;
     }
 }
@@ -277,12 +279,13 @@ TEST(ReadZ0, WrongExtentsAre222) {
 
 TEST(ReadZ0, EveryPrefixStops) {
     const TemporaryDirectory dir;
+    const MemoryFile file;
     write_z0(dir.file(""), Field2(3, 2, 0.03F));
     const std::string whole = dir.read("z0.tuf");
     for (std::size_t length = 0; length < whole.size(); ++length) {
-        dir.write("a", whole.substr(0, length));
+        file.set(whole.substr(0, length));
         Field2 z0(3, 2);
-        EXPECT_EQ(stop_code_of([&] { read_z0(dir.file("a"), z0); }), length < 12 ? 221 : 222)
+        EXPECT_EQ(stop_code_of([&] { read_z0(file.path(), z0); }), length < 12 ? 221 : 222)
             << length;
     }
 }
@@ -311,12 +314,13 @@ TEST(ReadVpkeinp, NeedsItsIdAndExtents) {
 
 TEST(ReadVpkeinp, NoPrefixTouchesTheFields) {
     const TemporaryDirectory dir;
+    const MemoryFile file;
     write_vpkeinp(dir.file(""), Flow::filled().source());
     const std::string whole = dir.read("vpkeinp.tuf");
     for (std::size_t length = 0; length < whole.size(); ++length) {
-        dir.write("a", whole.substr(0, length));
+        file.set(whole.substr(0, length));
         Flow flow = Flow::blank();
-        EXPECT_FALSE(read_vpkeinp(dir.file("a"), flow.target())) << length;
+        EXPECT_FALSE(read_vpkeinp(file.path(), flow.target())) << length;
         flow.expect_filled_up_to(0);
     }
 }
@@ -361,6 +365,7 @@ TEST(ReadExtents, PromisesOnlyWhatTheFileHolds) {
 // Whatever a few changed bytes make of a file, it is read or refused with a code of its own.
 TEST(AnyBytes, AreReadOrRefused) {
     const TemporaryDirectory dir;
+    const MemoryFile file;
     write_xyz(dir.file(""), sample(1), sample(2), sample(3));
     write_z0(dir.file(""), Field2(3, 2));
     write_vpkeinp(dir.file(""), Flow::filled().source());
@@ -374,7 +379,7 @@ TEST(AnyBytes, AreReadOrRefused) {
     Field3 xn(3, 2, 2);
     Field2 z0(3, 2);
     Flow flow = Flow::blank();
-    const std::string path = dir.file("a");
+    const std::string path = file.path();
     const std::vector<Case> cases{
         {"xyz.tuf", [&] { read_xyz(path, xn, xn, xn); }, {0, 211, 212}},
         {"z0.tuf", [&] { read_z0(path, z0); }, {0, 221, 222}},
@@ -394,7 +399,7 @@ TEST(AnyBytes, AreReadOrRefused) {
             for (int n = 0; n <= round % 3; ++n) {
                 bytes[random() % reach] = static_cast<char>(random());
             }
-            dir.write("a", bytes);
+            file.set(bytes);
             const int code = stop_code_of(c.read);
             EXPECT_THAT(c.codes, testing::Contains(code)) << c.name;
             refused += code != 0 ? 1 : 0;

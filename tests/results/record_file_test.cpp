@@ -15,11 +15,13 @@
 
 #include "base/text_file.hpp"
 #include "support/failures.hpp"
+#include "support/memory_file.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace torvex {
 namespace {
 
+using test::MemoryFile;
 using test::TemporaryDirectory;
 using testing::HasSubstr;
 
@@ -49,10 +51,10 @@ std::vector<std::int32_t> count_to(std::size_t n) {
 
 // Why the first record of such a file cannot be read as three integers.
 std::string fault_of(const std::string& bytes) {
-    const TemporaryDirectory dir;
-    dir.write("a", bytes);
+    const MemoryFile file;
+    file.set(bytes);
     RecordReader reader;
-    EXPECT_TRUE(reader.open(dir.file("a")));
+    EXPECT_TRUE(reader.open(file.path()));
     std::array<std::int32_t, 3> values{};
     EXPECT_FALSE(reader.read(std::span(values)));
     EXPECT_EQ(values, (std::array<std::int32_t, 3>{})) << "the target was touched";
@@ -288,12 +290,12 @@ TEST(RecordReader, EveryCutOffRecordIsTold) {
 }
 
 TEST(RecordReader, EveryPrefixOfAFileEndsInAFault) {
-    const TemporaryDirectory dir;
+    const MemoryFile file;
     const std::string whole = read_text_file(data_file("cut_records.bin")).value();
     for (std::size_t length = 0; length < whole.size(); ++length) {
-        dir.write("a", whole.substr(0, length));
+        file.set(whole.substr(0, length));
         RecordReader reader;
-        ASSERT_TRUE(reader.open(dir.file("a")));
+        ASSERT_TRUE(reader.open(file.path()));
         int records = 0;
         while (reader.skip()) {
             ++records;
@@ -304,7 +306,7 @@ TEST(RecordReader, EveryPrefixOfAFileEndsInAFault) {
 }
 
 TEST(RecordReader, AnyBytesAreReadToAnEnd) {
-    const TemporaryDirectory dir;
+    const MemoryFile file;
     const std::string whole = read_text_file(data_file("cut_records.bin")).value();
     std::mt19937 random(20240817);
     for (int round = 0; round < 3000; ++round) {
@@ -312,9 +314,9 @@ TEST(RecordReader, AnyBytesAreReadToAnEnd) {
         for (int n = 0; n <= round % 4; ++n) {
             bytes[random() % bytes.size()] = static_cast<char>(random());
         }
-        dir.write("a", bytes);
+        file.set(bytes);
         RecordReader reader;
-        ASSERT_TRUE(reader.open(dir.file("a")));
+        ASSERT_TRUE(reader.open(file.path()));
         std::array<std::int32_t, 4> four{};
         int records = 0;
         while (round % 2 == 0 ? reader.skip() : reader.read(std::span(four))) {

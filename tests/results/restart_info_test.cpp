@@ -9,11 +9,13 @@
 
 #include "base/text_file.hpp"
 #include "support/failures.hpp"
+#include "support/memory_file.hpp"
 #include "support/temporary_directory.hpp"
 
 namespace torvex {
 namespace {
 
+using test::MemoryFile;
 using test::TemporaryDirectory;
 
 const RestartInfo sample{.outer_count = 480,
@@ -23,9 +25,9 @@ const RestartInfo sample{.outer_count = 480,
                          .resid_w = 1.0e25F};
 
 std::optional<RestartInfo> read_text(const std::string& text) {
-    const TemporaryDirectory dir;
-    dir.write("restart.info", text);
-    return read_restart_info(dir.file("restart.info"));
+    const MemoryFile file;
+    file.set(text);
+    return read_restart_info(file.path());
 }
 
 void expect_residuals(const RestartInfo& info, float m, float u, float v, float w) {
@@ -183,15 +185,15 @@ TEST(ReadRestartInfo, ValueThatIsNoNumberCannotPassAsSmall) {
 
 TEST(ReadRestartInfo, AnyBytesAreReadToAnEnd) {
     const std::string whole = *read_text_file(std::string(TORVEX_TEST_DATA) + "/restart.info");
-    const TemporaryDirectory dir;
+    const MemoryFile file;
     std::mt19937 random(3);
     for (int round = 0; round < 2000; ++round) {
         std::string text = whole.substr(0, round % 2 == 0 ? whole.size() : random() % whole.size());
         for (int n = 0; n <= round % 3 && !text.empty(); ++n) {
             text[random() % text.size()] = static_cast<char>(random());
         }
-        dir.write("a", text);
-        const std::optional<RestartInfo> info = read_restart_info(dir.file("a"));
+        file.set(text);
+        const std::optional<RestartInfo> info = read_restart_info(file.path());
         if (info) {
             EXPECT_LE(info->residuals_read, 4);
         }
