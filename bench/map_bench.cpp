@@ -17,7 +17,7 @@ namespace {
 constexpr int points = 3000;
 
 std::string write_map() {
-    const std::string path =
+    std::string path =
         (std::filesystem::temp_directory_path() / "torvex-bench-elevation.map").string();
     std::ofstream out(path, std::ios::binary);
     out << "<TORVEX_MAP lon-lat>\nn_lon = " << points << ", n_lat = " << points
@@ -39,7 +39,7 @@ void read_map(benchmark::State& state) {
     const std::string path = write_map();
     const auto size = static_cast<std::int64_t>(std::filesystem::file_size(path));
     RunLog log;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(read_map_file(path, basic_h_role, nullptr, log));
     }
     state.SetBytesProcessed(state.iterations() * size);
@@ -54,7 +54,7 @@ void reread_map(benchmark::State& state) {
     settings.BASIC_H_FILE = write_map();
     MapState maps;
     RunLog log;
-    for (auto _ : state) {
+    while (state.KeepRunning()) {
         benchmark::DoNotOptimize(read_basic_terrain(settings, maps, log));
     }
     std::filesystem::remove(settings.BASIC_H_FILE);

@@ -90,7 +90,8 @@ TEST_F(PositionFromCentre, NorthWindSeesSouthAheadAndEastLeft) {
 }
 
 TEST_F(PositionFromCentre, AnyWindIsARotation) {
-    for (float wind = 0.0F; wind <= 360.0F; wind += 22.5F) {
+    for (int n = 0; n <= 16; ++n) {
+        const float wind = 22.5F * static_cast<float>(n);
         // Unit vectors: downwind is where the wind blows to, left is a quarter turn from it.
         const double from = static_cast<double>(wind) * std::numbers::pi / 180.0;
         const double down_east = -std::sin(from);

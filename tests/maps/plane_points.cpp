@@ -41,7 +41,7 @@ std::vector<PlaneReference> read_plane_points(const std::string& path) {
         std::istringstream items(line);
         PlaneReference p;
         if (!(items >> p.zone >> p.lon >> p.lat >> p.x >> p.y >> p.convergence >> p.scale)) {
-            throw std::runtime_error("bad line in " + path + ": " + line);
+            throw std::runtime_error("bad line in the table: " + line);
         }
         points.push_back(p);
     }

@@ -46,10 +46,11 @@ TEST(PlaneByProj, ForwardAgreesWithinAMillimetre) {
         const PlaneSystem system = zone_system(zone);
         const test::ProjZone by_proj(zone);
         const test::ZoneOrigin origin = test::zone_origin(zone);
-        for (double lat = origin.lat - 8.0; lat <= origin.lat + 8.0; lat += 1.6) {
+        for (int m = -5; m <= 5; ++m) {
+            const double lat = origin.lat + 1.6 * m;
             const double reach = 130.0e3 / (metres_per_degree * std::cos(lat * degree));
-            for (double share = -1.0; share <= 1.0; share += 0.25) {
-                const double lon = origin.lon + share * reach;
+            for (int n = -4; n <= 4; ++n) {
+                const double lon = origin.lon + 0.25 * n * reach;
                 const PlaneReference expected = by_proj.forward(lon, lat);
                 PlanePoint point;
                 point.lon = {lon, 0, 0};
@@ -70,8 +71,10 @@ TEST(PlaneByProj, InverseAgreesWithinAMillimetre) {
     for (int zone = 1; zone <= 19; ++zone) {
         const PlaneSystem system = zone_system(zone);
         const test::ProjZone by_proj(zone);
-        for (double x = -800.0e3; x <= 800.0e3; x += 160.0e3) {
-            for (double y = -130.0e3; y <= 130.0e3; y += 32.5e3) {
+        for (int m = -5; m <= 5; ++m) {
+            for (int n = -4; n <= 4; ++n) {
+                const double x = 160.0e3 * m;
+                const double y = 32.5e3 * n;
                 const PlaneReference expected = by_proj.inverse(x, y);
                 PlanePoint point;
                 point.x = x;

@@ -196,9 +196,9 @@ TEST(PlaneConversion, ThereAndBackAgain) {
     for (int zone = 1; zone <= 19; ++zone) {
         const PlaneSystem s = zone_system(zone);
         const test::ZoneOrigin origin = test::zone_origin(zone);
-        for (double dlon = -1.5; dlon <= 1.5; dlon += 0.3) {
-            for (double dlat = -7.0; dlat <= 7.0; dlat += 1.75) {
-                PlanePoint there = at_degrees(origin.lon + dlon, origin.lat + dlat);
+        for (int m = -5; m <= 5; ++m) {
+            for (int n = -4; n <= 4; ++n) {
+                PlanePoint there = at_degrees(origin.lon + 0.3 * m, origin.lat + 1.75 * n);
                 geographic_to_plane(s, there);
                 PlanePoint back;
                 back.x = there.x;

@@ -75,8 +75,10 @@ TEST(Locate, HugeCountsDoNotOverflow) {
 
 TEST(BilinearValue, IsExactForAProductOfTheCoordinates) {
     const TerrainMap map = small_map();
-    for (float X = -15.0F; X < 15.0F; X += 1.25F) {
-        for (float Y = -20.0F; Y < 20.0F; Y += 2.5F) {
+    for (int m = 0; m < 24; ++m) {
+        for (int n = 0; n < 16; ++n) {
+            const float X = -15.0F + 1.25F * static_cast<float>(m);
+            const float Y = -20.0F + 2.5F * static_cast<float>(n);
             const auto cell = locate(map, X, Y);
             ASSERT_TRUE(cell.has_value());
             const double i = 1.0 + (static_cast<double>(X) + 15.0) / 10.0;
