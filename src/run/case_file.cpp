@@ -64,8 +64,9 @@ void check_monitor(const CaseText& file, const CaseSettings& settings, const Key
     const MeshPosition offset =
         position_from_centre(settings.monitor_lon_min, settings.monitor_lat_min,
                              settings.cent_lon_min, settings.cent_lat_min, settings.GS, unrotated);
-    if (std::abs(offset.x) > settings.WE_LENGTH / 2.0F ||
-        std::abs(offset.y) > settings.NS_LENGTH / 2.0F) {
+    // Written so that a position beyond all numbers, where the offset is NaN, is outside too.
+    if (!(std::abs(offset.x) <= settings.WE_LENGTH / 2.0F &&
+          std::abs(offset.y) <= settings.NS_LENGTH / 2.0F)) {
         stop(161,
              "the monitor point lies" + edit::F(offset.x, 12, 1) + " m east and" +
                  edit::F(offset.y, 12, 1) +
