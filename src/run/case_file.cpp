@@ -46,6 +46,11 @@ void set_run_prefix(CaseSettings& settings) {
     }
 }
 
+// A name that begins with a blank is none, so that one can be switched off without being lost.
+bool is_given(const std::string& name) {
+    return !name.empty() && name.front() != ' ';
+}
+
 void set_positions(CaseSettings& settings) {
     if (settings.MONITOR_POSITION == 0) {
         settings.MONITOR_LON = settings.CENT_LON;
@@ -119,8 +124,8 @@ void read_case_file(const CaseText& file, CaseSettings& settings, KeyLines& line
              lines.where(file, "TERRAIN_MODE"), "an atlas run needs real terrain");
     }
     set_run_prefix(settings);
-    settings.detailed_h_given = !settings.DETAILED_H_FILE.empty();
-    settings.detailed_z0_given = !settings.DETAILED_Z0_FILE.empty();
+    settings.detailed_h_given = is_given(settings.DETAILED_H_FILE);
+    settings.detailed_z0_given = is_given(settings.DETAILED_Z0_FILE);
 
     if (settings.GS < 0 || settings.GS > 3) {
         stop(1, "key GS is " + std::to_string(settings.GS) + ", expected 0 to 3",
