@@ -1,5 +1,7 @@
 #include "run/alpha_table.hpp"
 
+#include <cmath>
+
 #include "base/list_input.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
@@ -35,8 +37,13 @@ void read_alpha_table(CaseSettings& settings) {
     for (std::int32_t entry = 0; entry < n; ++entry) {
         float direction = 0;
         float alpha = 0;
+        const long line = input.line();
         if (!input.read(direction, alpha)) {
             fail();
+        }
+        if (!std::isfinite(direction) || !std::isfinite(alpha)) {
+            stop(1, "table of directional alpha: expected a finite direction and alpha",
+                 place(name, line));
         }
         settings.alpha_direction.push_back(direction);
         settings.alpha_value.push_back(alpha);
