@@ -268,7 +268,6 @@ TEST(CaseFile, PositionsBeyondAllNumbersStop161) {
     EXPECT_EQ(code_from(monitor_at("3e38, 0, 0", "35, 30, 0", "30")), 161);
     EXPECT_EQ(code_from(monitor_at("139, 45, 0", "3e38, 0, 0", "30")), 161);
     EXPECT_EQ(code_from(monitor_at("3e38, 0, 0", "3e38, 0, 0", "30")), 161);
-    EXPECT_EQ(code_from({{"NML_CASEFILE", "CENT_LAT = 3e38, 3e38, 3e38"}}), 161);
 }
 
 TEST(CaseFile, MonitorStopNamesPlaceAndLine) {
