@@ -252,9 +252,15 @@ int run_case(const std::vector<std::string>& arguments, const Solve& solve, Run&
 }
 
 // A case that cannot be read ends before the log is open; what was told until then belongs there.
+// The run has already failed for a reason that is told, so a log that cannot be opened is let go.
 void save_log(RunLog& log) {
-    if (!log.is_open() && !log.kept().empty()) {
+    if (log.is_open() || log.kept().empty()) {
+        return;
+    }
+    try {
         log.open(log_file);
+    } catch (const Stop&) {
+        log.discard();
     }
 }
 
