@@ -12,7 +12,8 @@ RunHere run_here(const std::vector<std::string>& arguments, const Solve& solve) 
     ::testing::internal::CaptureStderr();
     const std::filesystem::path before = std::filesystem::current_path();
     result.status = run_torvex(arguments, solve);
-    std::filesystem::current_path(before);
+    std::error_code ignored;
+    std::filesystem::current_path(before, ignored);
     result.out = ::testing::internal::GetCapturedStdout();
     result.err = ::testing::internal::GetCapturedStderr();
     return result;

@@ -1,0 +1,166 @@
+// Runs that cannot go on for reasons outside the case: another run, rights, room on the disk.
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <iostream>
+
+#include "run/run_fixture.hpp"
+#include "support/failures.hpp"
+
+namespace torvex::test {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+namespace fs = std::filesystem;
+
+constexpr const char* table = "flat2-view-wind_direction.dat";
+const CaseItems one_direction{{"NML_CASEFILE", "N_WIND_DIRECTION = 1"}};
+
+// Holds a file as a run at work does.
+class HeldLock {
+ public:
+    explicit HeldLock(const std::string& path) : descriptor_(::open(path.c_str(), O_RDWR)) {
+        EXPECT_EQ(flock(descriptor_, LOCK_EX | LOCK_NB), 0);
+    }
+    ~HeldLock() { ::close(descriptor_); }
+    HeldLock(const HeldLock&) = delete;
+    HeldLock& operator=(const HeldLock&) = delete;
+
+ private:
+    int descriptor_;
+};
+
+using RunFailures = RunTest;
+
+TEST_F(RunFailures, SecondRunInADirectoryChangesNotAByte) {
+    for (const char* flag : {"0", "1"}) {
+        write_case({{"NML_CASEFILE", "N_WIND_DIRECTION = 2"},
+                    {"NML_RUN", "RESTART_FLAG = " + std::string(flag)}});
+        ASSERT_EQ(run().status, 0);
+        directory.write("#stop_message", "");
+        const auto before = files_below(directory.path());
+        const HeldLock lock(table);
+        const ProgramRun second = run();
+        EXPECT_EQ(second.status, 1);
+        EXPECT_THAT(second.err, StartsWith("another run is using this directory\n  in "));
+        EXPECT_THAT(second.err, HasSubstr(table));
+        EXPECT_EQ(files_below(directory.path()), before);
+        fs::remove("#stop_message");
+    }
+}
+
+TEST_F(RunFailures, RunsOfDifferentPrefixShareADirectory) {
+    write_case(one_direction);
+    ASSERT_EQ(run().status, 0);
+    const HeldLock lock(table);
+    write_case({{"NML_RUN", "TERRAIN_MODE = 'flat'"}});
+    EXPECT_EQ(run().status, 0);
+}
+
+TEST_F(RunFailures, MonitorFileHeldByAnotherRunIsTold) {
+    write_case(one_direction);
+    ASSERT_EQ(run().status, 0);
+    const HeldLock lock("flat2-view-monitor.dat");
+    const ProgramRun second = run();
+    EXPECT_EQ(second.status, 1);
+    EXPECT_THAT(second.err, HasSubstr("flat2-view-monitor.dat"));
+}
+
+TEST_F(RunFailures, DirectoryThatMayNotBeWrittenIsTold) {
+    write_case(one_direction);
+    constexpr fs::perms closed{0555};
+    fs::permissions(".", closed);
+    const auto before = files_below(directory.path());
+    {
+        const OrdinaryUser user;
+        if (!user.is_ordinary()) {
+            fs::permissions(".", fs::perms::owner_all);
+            GTEST_SKIP() << "the administrator writes everywhere";
+        }
+        const RunHere ran = run_here({}, [](torvex::Run&, Direction&) {});
+        EXPECT_EQ(ran.status, 1);
+        EXPECT_THAT(ran.err, HasSubstr("Permission denied"));
+        EXPECT_THAT(ran.err, HasSubstr(table));
+    }
+    fs::permissions(".", fs::perms::owner_all);
+    EXPECT_EQ(files_below(directory.path()), before);
+}
+
+TEST_F(RunFailures, LogThatMayNotBeWrittenIsTold) {
+    write_case(one_direction);
+    fs::create_directory("torvex.log");
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_THAT(ran.err, HasSubstr("cannot open the run log"));
+    EXPECT_THAT(ran.err, HasSubstr("in torvex.log"));
+}
+
+TEST_F(RunFailures, BadCaseFileIsToldEvenWhereTheLogMayNotBeWritten) {
+    write_case({{"NML_ER", "BOGUS = 1"}});
+    fs::create_directory("torvex.log");
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.signal, 0);
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_THAT(ran.err, HasSubstr("unknown key \"BOGUS\""));
+
+    write_case({{"NML_BOUNDARY_TREATMENT", "CONSTANT_DZ_HEIGHT = 20"}});
+    EXPECT_EQ(run().status, 162);
+}
+
+TEST_F(RunFailures, FullDiskStopsAtTheLog) {
+    write_case(one_direction);
+    fs::create_symlink("/dev/full", "torvex.log");
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_EQ(ran.signal, 0);
+    EXPECT_THAT(ran.err, HasSubstr("cannot write the run log: No space left on device"));
+}
+
+TEST_F(RunFailures, FullDiskNeverKillsTheProgram) {
+    // Each limit lets the run come a little further before its first write fails.
+    write_case({{"NML_CASEFILE", "N_WIND_DIRECTION = 3"}});
+    for (const rlim_t bytes : {0UL, 100UL, 130UL, 400UL, 1000UL, 1500UL, 2000UL, 4000UL}) {
+        for (const auto& [name, old] : files_below(directory.path())) {
+            if (name != "torvex.tin" && name != "z0.map") {
+                fs::remove(name);
+            }
+        }
+        ProgramRun ran;
+        {
+            const FileSizeLimit limit(bytes);
+            ran = run();
+        }
+        EXPECT_EQ(ran.signal, 0) << bytes;
+        EXPECT_EQ(ran.status, 1) << bytes;
+    }
+}
+
+TEST_F(RunFailures, FileThatCannotBeReplacedIsTold) {
+    for (const char* name : {"flat2-view-wind_direction.dat", "flat2-log-meshnumber",
+                             "flat2-view-convergence-000_0.dat", "flat2-view-monitor.dat"}) {
+        write_case(one_direction);
+        fs::create_directory(name);
+        const ProgramRun ran = run();
+        EXPECT_EQ(ran.status, 1) << name;
+        EXPECT_EQ(ran.signal, 0);
+        EXPECT_THAT(ran.err, HasSubstr(name));
+        fs::remove(name);
+    }
+}
+
+TEST_F(RunFailures, StopMessageThatCannotBeDeletedEndsTheRun) {
+    write_case(one_direction);
+    directory.write("#stop_message/file", "");
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.signal, 0);
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_THAT(ran.err, HasSubstr("#stop_message"));
+}
+
+}  // namespace
+}  // namespace torvex::test
