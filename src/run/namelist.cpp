@@ -276,8 +276,14 @@ class GroupReader {
                     break;
                 }
             }
+            const ValueToken token = scanner.next();
+            // A comma too many behind the last element is harmless, a repeat count is not.
+            if (token.kind == ValueToken::Kind::null && n >= capacity(item.target) &&
+                !scanner.repeating()) {
+                continue;
+            }
             AssignFault fault;
-            if (!assign(item.target, n, scanner.next(), item.length, fault)) {
+            if (!assign(item.target, n, token, item.length, fault)) {
                 fail("key " + item.label + ": cannot read " + excerpt(fault.text) + ", expected " +
                          fault.expected,
                      fault.line);
