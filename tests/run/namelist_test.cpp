@@ -133,6 +133,16 @@ TEST(NamelistItem, WithoutAValueKeepsItsDefault) {
     EXPECT_EQ(s.ATLAS_FLAG, 1);
 }
 
+TEST(NamelistItem, CommasTooManyAreHarmless) {
+    const CaseSettings s =
+        settings_of("NML_RUN", ", DEBUG_MODE = 3,, ,ATLAS_FLAG = 1,\n,TORVEX_MODE = 2,,");
+    EXPECT_EQ(s.DEBUG_MODE, 3);
+    EXPECT_EQ(s.ATLAS_FLAG, 1);
+    EXPECT_EQ(s.TORVEX_MODE, 2);
+    EXPECT_NE(message_of_items("NML_RUN", "DEBUG_MODE = 3,, 4"), "");
+    EXPECT_NE(message_of_items("NML_RUN", "DEBUG_MODE = 2147483647*"), "");
+}
+
 TEST(NamelistItem, CommentsRunToTheLineEnd) {
     const CaseSettings s = settings_of(
         "NML_RUN", "! DEBUG_MODE = 9 /\nDEBUG_MODE = 3 ! = 4 / &END\nATLAS_FLAG=1!, 2\n!");

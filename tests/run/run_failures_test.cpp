@@ -96,7 +96,7 @@ TEST_F(RunFailures, LogThatMayNotBeWrittenIsTold) {
     fs::create_directory("torvex.log");
     const ProgramRun ran = run();
     EXPECT_EQ(ran.status, 1);
-    EXPECT_THAT(ran.err, HasSubstr("cannot open the run log"));
+    EXPECT_THAT(ran.err, HasSubstr("the log cannot be opened"));
     EXPECT_THAT(ran.err, HasSubstr("in torvex.log"));
 }
 
@@ -118,7 +118,7 @@ TEST_F(RunFailures, FullDiskStopsAtTheLog) {
     const ProgramRun ran = run();
     EXPECT_EQ(ran.status, 1);
     EXPECT_EQ(ran.signal, 0);
-    EXPECT_THAT(ran.err, HasSubstr("cannot write the run log: No space left on device"));
+    EXPECT_THAT(ran.err, HasSubstr("the log cannot be written: No space left on device"));
 }
 
 TEST_F(RunFailures, FullDiskNeverKillsTheProgram) {
