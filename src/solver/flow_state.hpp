@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/field.hpp"
+#include "mesh/grid_geometry.hpp"
 #include "solver/linear_system.hpp"
 
 namespace torvex {
@@ -51,5 +52,13 @@ struct FlowState {
     float momentum_in = 0;   // normaliser of the other residuals [N]
     float canopy_source_factor = 0;  // 0 until the canopy sources of tke and ted act, then 1
 };
+
+// Makes room for everything on the cells of the mesh, all at 0; lm, tkl and viskl in the models 2
+// and 4 only. z0 and the canopy's gp_* belong to the roughness and canopy routines, which run
+// before, and stay as they are.
+void allocate_fields(FlowState& s, const GridGeometry& g, int turbulence_model);
+
+// Gives back all arrays, those of roughness and canopy included, and clears the scalars.
+void release(FlowState& s);
 
 }  // namespace torvex
