@@ -1,15 +1,321 @@
-// OUTER_ITERATION: so far it prepares the metric of the mesh; the loop over the equations follows.
+// OUTER_ITERATION: the pressure-correction loop of one direction (SIMPLE, Patankar and Spalding
+// 1972). One iteration solves u, v, w, the pressure correction and the turbulence in turn, then
+// normalises the residuals, tests them at monitor steps, and keeps account of the flow through the
+// domain.
+//
+// reads   the case, the mesh and the start fields of the direction
+// writes  everything of the direction's flow; converged, diverged, stop_requested, outer_count,
+//         the tested residuals; convergence log, monitor tables, intermediate results
+// stop    161: the monitor point is not inside the mesh
 
 #include "run/outer_iteration.hpp"
 
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
+#include "base/edit.hpp"
+#include "base/iteration_report.hpp"
+#include "base/stop.hpp"
+#include "base/text_log.hpp"
 #include "mesh/grid.hpp"
+#include "run/control_files.hpp"
+#include "run/iteration_table.hpp"
+#include "run/result_writers.hpp"
+#include "run/sample_monitor.hpp"
+#include "solver/clearing_pass.hpp"
+#include "solver/coarse_roughness.hpp"
+#include "solver/inflow_sums.hpp"
+#include "solver/solver_context.hpp"
+#include "solver/solver_work.hpp"
 
 namespace torvex {
 
-void OUTER_ITERATION(Run& /*run*/, Direction& direction) {
-    // A user-defined domain brings no mesh yet.
-    if (direction.grid.nx > 0) {
-        GRID(direction.grid);
+namespace {
+
+// What the loop carries from one iteration to the next, beyond the fields.
+struct Loop {
+    std::int64_t iter = 0;       // the running iteration
+    std::int64_t last_iter = 0;  // the last one allowed
+    int prev_iter = 0;
+    Residuals prev_resid;
+};
+
+enum class Verdict : std::uint8_t { go_on, leave };
+
+void open_convergence_log(Run& run, const Direction& direction, TextLog& log) {
+    using Existing = TextLog::Existing;
+    // Once a direction has been resumed, all later ones of the run append to their logs.
+    run.append_convergence_logs = run.append_convergence_logs || direction.outer_count > 0;
+    log.open(direction.restart_stem + "torvex.conv.log",
+             run.append_convergence_logs ? Existing::append : Existing::discard);
+}
+
+void restore_relaxation(CaseSettings& settings) {
+    settings.URFU = settings.urf_start_u;
+    settings.URFV = settings.urf_start_v;
+    settings.URFW = settings.urf_start_w;
+    settings.URFP = settings.urf_start_p;
+    settings.URFK = settings.urf_start_k;
+    settings.URFE = settings.urf_start_e;
+    settings.URFVIS = settings.urf_start_vis;
+}
+
+// URFVIS is left alone on purpose.
+void boost_relaxation(CaseSettings& settings) {
+    const auto boost = [](float& factor, float ceiling) {
+        factor = std::min(ceiling, 2.0F * factor);
+    };
+    boost(settings.URFU, settings.URFU_MAX);
+    boost(settings.URFV, settings.URFV_MAX);
+    boost(settings.URFW, settings.URFW_MAX);
+    boost(settings.URFP, settings.URFP_MAX);
+    boost(settings.URFK, settings.URFK_MAX);
+    boost(settings.URFE, settings.URFE_MAX);
+}
+
+// The equations in their order; false as soon as a residual is not a number.
+bool solve_equations(const Equations& equations, const SolverContext& context, int iter) {
+    const int interval = context.settings.MONITOR_STEP;
+    const FlowState& flow = context.flow;
+    equations.CALCU(context, iter, interval);
+    if (std::isnan(flow.resid_u)) {
+        return false;
+    }
+    equations.CALCV(context, iter, interval);
+    if (std::isnan(flow.resid_v)) {
+        return false;
+    }
+    equations.CALCW(context, iter, interval);
+    if (std::isnan(flow.resid_w)) {
+        return false;
+    }
+    equations.CALCP(context, iter, interval);
+    equations.CALCKE(context, iter, interval);
+    if (std::isnan(flow.resid_k)) {
+        return false;
+    }
+    const int model = context.settings.TURBULENCE_MODEL;
+    if (model == 2) {
+        equations.CALCLM(context);
+    } else {
+        equations.CALCED(context, iter, interval);
+        if (std::isnan(flow.resid_e)) {
+            return false;
+        }
+        if (model == 4) {
+            equations.CALCKLM(context, iter, interval);
+            if (std::isnan(flow.resid_klm)) {
+                return false;
+            }
+            equations.CALCLM_(context);
+        }
+    }
+    equations.CALCVIS(context);
+    return true;
+}
+
+// In place, also where a routine has not refreshed its residual in this iteration.
+void normalise(FlowState& flow, int turbulence_model) {
+    flow.resid_m /= flow.flow_in;
+    flow.resid_u /= flow.momentum_in;
+    flow.resid_v /= flow.momentum_in;
+    flow.resid_w /= flow.momentum_in;
+    flow.resid_k /= flow.momentum_in;
+    flow.resid_e /= flow.momentum_in;
+    if (turbulence_model == 4) {
+        flow.resid_klm /= flow.momentum_in;
+    }
+}
+
+std::array<float, 6> residuals_of(const FlowState& flow) {
+    return {flow.resid_m, flow.resid_u, flow.resid_v, flow.resid_w, flow.resid_k, flow.resid_e};
+}
+
+// Each value is tested by itself: the largest of a list may hide a value that is not a number.
+bool has_diverged(const FlowState& flow) {
+    constexpr float limit = 1.0e14F;
+    const std::array<float, 6> residuals = residuals_of(flow);
+    const bool not_a_number = std::ranges::any_of(residuals, [](float r) { return std::isnan(r); });
+    const float largest = std::max({flow.resid_m, flow.resid_u, flow.resid_v, flow.resid_w});
+    return not_a_number || largest > limit;
+}
+
+bool meets_criteria(const CaseSettings& settings, const FlowState& flow) {
+    return settings.CC_OUT_M >= flow.resid_m && settings.CC_OUT_U >= flow.resid_u &&
+           settings.CC_OUT_V >= flow.resid_v && settings.CC_OUT_W >= flow.resid_w;
+}
+
+[[noreturn]] void stop_monitor_outside() {
+    stop(161, "the monitor point is not inside the mesh",
+         "keys MONITOR_LON, MONITOR_LAT, MONITOR_HEIGHT",
+         "move the point, or set MONITOR_POSITION = 0");
+}
+
+std::array<float, 6> monitor_values(const Run& run, const Direction& direction) {
+    const MonitorSample at =
+        sample_monitor(run.settings, direction.grid, direction.flow, direction.angle);
+    float ref = 0.0F;
+    if (!at.inside ||
+        !reference_speed_at_monitor(run.settings, direction.grid, direction.flow, ref)) {
+        stop_monitor_outside();
+    }
+    return {at.u / ref, at.v / ref, at.w / ref, at.p / (0.5F * (ref * ref)), at.k, at.e};
+}
+
+void append_to(ViewTable& all, ViewTable& wd, const std::string& row) {
+    all.append(row);
+    wd.append(row);
+}
+
+void report_monitor_step(const Run& run, Direction& direction, const IterationReport& report,
+                         int iter) {
+    const std::array<float, 6> residuals = residuals_of(direction.flow);
+    for (const std::string& line : iteration_block(iter, residuals)) {
+        report.line(line);
+    }
+    MonitorLogs& logs = direction.logs;
+    append_to(logs.conv_all, logs.conv_wd, monitor_row(iter, residuals));
+    if (run.settings.TORVEX_MODE == 0) {
+        append_to(logs.mon_all, logs.mon_wd, monitor_row(iter, monitor_values(run, direction)));
+    }
+}
+
+// Flow through the inflow and the outflow plane, in single precision, k inside j.
+void balance_flow(const GridGeometry& grid, FlowState& flow) {
+    float flow_in = 0.0F;
+    float flow_out = 0.0F;
+    for (int j = 2; j <= grid.ny; ++j) {
+        for (int k = 2; k <= grid.nz; ++k) {
+            flow_in += flow.flxU(1, j, k);
+            flow_out += flow.flxU(grid.nx, j, k);
+        }
+    }
+    flow.flow_in = flow_in;
+    console(edit::list("East flowin", flow_in));
+    console(edit::list("flowin", flow_in, "flowout", flow_out, "total", flow_in - flow_out));
+}
+
+// Steps behind the tests; the loop is left after the iteration in which a stop was asked for.
+Verdict end_iteration(Run& run, Direction& direction, const Loop& loop) {
+    CaseSettings& settings = run.settings;
+    const auto iter = static_cast<int>(loop.iter);
+    if (settings.DEBUG_MODE > 0 && (iter - 1) % settings.DEBUG_MODE == 0 &&
+        loop.iter != loop.last_iter) {
+        direction.outer_count = iter - 1;
+        write_final_result(run, direction);
+    }
+    if (settings.BOOSTCAL && iter % 50 == 0) {
+        boost_relaxation(settings);
+    }
+    if (stop_requested_by_file()) {
+        direction.stop_requested = true;
+        return Verdict::leave;
+    }
+    if (run.intermediate_interval > 0 && iter % run.intermediate_interval == 0) {
+        write_intermediate_result(run, direction, iter);
+    }
+    balance_flow(direction.grid, direction.flow);
+    return Verdict::go_on;
+}
+
+Verdict iterate(Run& run, Direction& direction, const Equations& equations,
+                const SolverContext& context, Loop& loop) {
+    CaseSettings& settings = run.settings;
+    FlowState& flow = direction.flow;
+    const auto iter = static_cast<int>(loop.iter);
+    read_intermediate_interval(run.intermediate_interval);
+    loop.prev_iter = iter - 1;
+    loop.prev_resid = direction.tested;
+    if (iter >= settings.canopy.start_cal_src && settings.canopy.canopy_mode > 0) {
+        flow.canopy_source_factor = 1.0F;
+    }
+    if (!solve_equations(equations, context, iter)) {
+        direction.diverged = true;
+        return Verdict::leave;
+    }
+    normalise(flow, settings.TURBULENCE_MODEL);
+    direction.tested.m = flow.resid_m;
+    if (has_diverged(flow)) {
+        direction.diverged = true;
+        return Verdict::leave;
+    }
+    if (iter % settings.MONITOR_STEP == 0) {
+        direction.tested = {flow.resid_m, flow.resid_u, flow.resid_v,
+                            flow.resid_w, flow.resid_k, flow.resid_e};
+        report_monitor_step(run, direction, context.report, iter);
+        if (meets_criteria(settings, flow)) {
+            direction.converged = true;
+            return Verdict::leave;
+        }
+    }
+    return end_iteration(run, direction, loop);
+}
+
+void prepare(Run& run, Direction& direction) {
+    clearing_pass(run.settings, direction.flow);
+    GRID(direction.grid);
+    warn_of_coarse_roughness(run.settings, direction.grid, direction.flow, direction.angle,
+                             run.log);
+    inflow_sums(direction.grid, direction.flow);
+    if (run.settings.TORVEX_MODE == 0) {
+        // A monitor that is nowhere ends the run before the first iteration, not behind it.
+        monitor_values(run, direction);
+    }
+    if (run.settings.RESTART_FLAG == 0) {
+        clear_monitor_logs(direction.logs);
+    }
+}
+
+}  // namespace
+
+void OUTER_ITERATION(Run& run, Direction& direction) {
+    OUTER_ITERATION(run, direction, flow_equations());
+}
+
+void OUTER_ITERATION(Run& run, Direction& direction, const Equations& equations) {
+    CaseSettings& settings = run.settings;
+    TextLog convergence_log;
+    open_convergence_log(run, direction, convergence_log);
+    const IterationReport report(convergence_log);
+    prepare(run, direction);
+
+    console(iteration_rule());
+    if (direction.outer_count == 0) {
+        report.log_only(iteration_rule());
+    }
+    direction.flow.canopy_source_factor = 0.0F;
+    if (settings.BOOSTCAL) {
+        restore_relaxation(settings);
+    }
+    const std::int32_t interval_before = run.intermediate_interval;
+    read_intermediate_interval(run.intermediate_interval);
+    if (run.intermediate_interval != interval_before) {
+        run.log.timed(" Intermediate results every " + std::to_string(run.intermediate_interval) +
+                      " iterations.");
+    }
+
+    SolverWork work;
+    const SolverContext context{settings, direction.grid, direction.flow,
+                                work,     report,         settings.nest.nest_mode != 0 ? 1 : 0};
+    constexpr std::int64_t most = std::numeric_limits<int>::max() - 1;
+    Loop loop{.iter = std::int64_t{direction.outer_count} + 1,
+              .last_iter = std::min(most, std::int64_t{direction.outer_count} + settings.MAXIT),
+              .prev_iter = 0,
+              .prev_resid = {}};
+    while (loop.iter <= loop.last_iter &&
+           iterate(run, direction, equations, context, loop) == Verdict::go_on) {
+        ++loop.iter;
+    }
+    if (settings.MAXIT > 0) {
+        direction.outer_count = static_cast<int>(loop.iter - 1);
+    }
+    convergence_log.close();
+    if (direction.diverged) {
+        console("diverged !!");
+        write_diverged_result(run, direction, loop.prev_iter, loop.prev_resid);
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,9 @@
 #include "mesh/mesh_lines.hpp"
 #include "results/restart_info.hpp"
 #include "results/view_table.hpp"
+#include "roughness/roughness_pass.hpp"
+#include "run/monitor_logs.hpp"
+#include "solver/flow_state.hpp"
 
 namespace torvex {
 
@@ -20,6 +24,9 @@ struct Run {
     std::vector<std::string> wd_tag;  // tag of direction iwd is wd_tag[iwd - 1]
     MeshLines lines;
     MapState maps;
+    std::int32_t intermediate_interval = 0;  // iterations between intermediate results, 0: none
+    UpwindRoughness upwind;                  // of the direction before
+    bool append_convergence_logs = false;    // a direction of this run has been resumed
 };
 
 struct Residuals {
@@ -47,7 +54,14 @@ struct Direction {
     Residuals tested{unknown_residual, unknown_residual, unknown_residual,
                      unknown_residual, unknown_residual, unknown_residual};  // last monitor step
 
+    RestartInfoName restart_name;  // name that restart.info was written under last
+    MonitorLogs logs;
     GridGeometry grid;
+    FlowState flow;
 };
+
+// The arrays of a flow as the result files take them and fill them.
+ResultFields result_fields(const FlowState& flow);
+ResultTargets result_targets(FlowState& flow);
 
 }  // namespace torvex

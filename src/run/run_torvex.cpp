@@ -15,25 +15,30 @@
 #include "mesh/size_domain.hpp"
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
+#include "roughness/calc_roughness1.hpp"
+#include "roughness/calc_sbz_roughness2.hpp"
 #include "run/case_blocks.hpp"
 #include "run/case_checks.hpp"
 #include "run/case_directory.hpp"
 #include "run/case_file.hpp"
 #include "run/command_line.hpp"
+#include "run/control_files.hpp"
 #include "run/criteria.hpp"
 #include "run/mesh_log.hpp"
 #include "run/monitor_logs.hpp"
 #include "run/outcome.hpp"
 #include "run/outer_iteration.hpp"
+#include "run/read_restart.hpp"
+#include "run/result_writers.hpp"
 #include "run/steps_to_come.hpp"
 #include "run/wind_directions.hpp"
+#include "solver/init.hpp"
 
 namespace torvex {
 
 namespace {
 
 constexpr const char* version = "5.0176";
-constexpr const char* stop_message_file = "#stop_message";
 constexpr const char* log_file = "torvex.log";
 
 CaseText find_case(const std::vector<std::string>& arguments) {
@@ -100,14 +105,12 @@ void size_run(Run& run) {
     report_criteria(settings, S, run.log);
 }
 
-Direction begin_direction(const Run& run, int iwd) {
-    Direction direction;
+void begin_direction(const Run& run, int iwd, Direction& direction) {
     direction.iwd = iwd;
     direction.angle = run.settings.WIND_DIRECTION_ANGLE(iwd);
     direction.tag = run.wd_tag[static_cast<std::size_t>(iwd - 1)];
     direction.restart_stem = run.settings.run_prefix + "restart-" + direction.tag + "-";
     direction.sites_stem = run.settings.run_prefix + "sites-" + direction.tag + "-";
-    return direction;
 }
 
 void make_cell_geometry(Direction& direction) {
@@ -116,17 +119,49 @@ void make_cell_geometry(Direction& direction) {
     write_xyzc(direction.restart_stem, grid.xc, grid.yc, grid.zc);
 }
 
-// The nodes as an earlier run left them; they must be of the counts that sizing has found now.
-void read_saved_mesh(const Run& run, Direction& direction) {
-    const MeshLines& lines = run.lines;
-    GridGeometry& grid = direction.grid;
-    allocate_nodes(grid, lines.nx, lines.ny, lines.nz);
-    read_xyz(direction.restart_stem + std::string(xyz_name), grid.xn, grid.yn, grid.zn);
+RoughnessPass roughness_pass(Run& run, const Direction& direction) {
+    return {run.settings, run.lines, direction.iwd, direction.tag, run.log};
 }
 
+// The canopy file brings the roughness of its cells; where it holds none, 0.0002 m stands.
 void prepare_canopy(Run& run, Direction& direction) {
+    constexpr float least_roughness = 0.0002F;
+    direction.flow.z0.allocate(direction.grid.ni, direction.grid.nj, least_roughness);
     read_canopy_file(run, direction);
-    calc_sbz_roughness2(run, direction);
+    calc_sbz_roughness2(roughness_pass(run, direction), run.upwind, direction.flow.z0);
+    write_z0(direction.restart_stem, direction.flow.z0);
+}
+
+void prepare_roughness(Run& run, Direction& direction, const DirectionMaps& maps) {
+    calc_roughness1(roughness_pass(run, direction), maps, direction.grid, run.upwind,
+                    direction.flow.z0);
+    write_z0(direction.restart_stem, direction.flow.z0);
+}
+
+// Start fields from an earlier run that left no restart.info, where they fit.
+void take_stored_start(Direction& direction) {
+    const GridGeometry& grid = direction.grid;
+    StoredStart stored;
+    for (Field3* field : {&stored.u, &stored.v, &stored.w, &stored.p, &stored.tke, &stored.ted}) {
+        field->allocate(grid.ni, grid.nj, grid.nk);
+    }
+    const ResultTargets targets{.u = &stored.u,
+                                .v = &stored.v,
+                                .w = &stored.w,
+                                .p = &stored.p,
+                                .tke = &stored.tke,
+                                .ted = &stored.ted};
+    if (read_vpkeinp(direction.restart_stem + std::string(vpkeinp_name), targets)) {
+        apply_stored_start(direction.flow, std::move(stored));
+    }
+}
+
+void start_fields(Run& run, Direction& direction) {
+    INIT(run.settings, direction.grid, direction.angle, direction.tag, run.log, direction.flow);
+    if (run.settings.RESTART_FLAG == 1) {
+        take_stored_start(direction);
+    }
+    write_vpkeinp(direction.restart_stem, result_fields(direction.flow));
 }
 
 // True if the saved residuals meet the criteria of this run. A residual that is not a number does
@@ -138,12 +173,9 @@ bool already_done(const CaseSettings& settings, const Residuals& residuals) {
 
 enum class Prepared { to_solve, done };
 
-Prepared resume(Run& run, Direction& direction, const RestartInfo& info) {
+Prepared resume(Run& run, Direction& direction) {
     console("Resume torvex default calculations..");
-    direction.outer_count = info.outer_count;
-    direction.tested = {info.resid_m, info.resid_u, info.resid_v, info.resid_w, 0.0F, 0.0F};
-    read_saved_mesh(run, direction);
-    read_restart_fields(run, direction);
+    read_restart(run, direction);
     make_cell_geometry(direction);
     if (already_done(run.settings, direction.tested)) {
         direction.converged = true;
@@ -174,11 +206,11 @@ void prepare_from_maps(Run& run, Direction& direction) {
     write_xyz(direction.restart_stem, grid.xn, grid.yn, grid.zn);
     make_cell_geometry(direction);
     if (run.settings.canopy.canopy_mode != 1) {
-        calc_roughness1(run, direction, maps);
+        prepare_roughness(run, direction, maps);
     } else {
         prepare_canopy(run, direction);
     }
-    INIT(run, direction);
+    start_fields(run, direction);
     if (run.settings.nest.nest_mode != 0) {
         require_parent(direction);
         nest_bc_set(run, direction);
@@ -186,10 +218,9 @@ void prepare_from_maps(Run& run, Direction& direction) {
 }
 
 Prepared prepare(Run& run, Direction& direction) {
-    if (const auto info = read_restart_info(direction.restart_stem + "restart.info")) {
-        if (run.settings.RESTART_FLAG == 1) {
-            return resume(run, direction, *info);
-        }
+    const bool saved = read_restart_info(direction.restart_stem + "restart.info").has_value();
+    if (saved && run.settings.RESTART_FLAG == 1) {
+        return resume(run, direction);
     }
     if (run.settings.TORVEX_MODE != 0) {
         console("Start user defined calculation..");
@@ -202,9 +233,9 @@ Prepared prepare(Run& run, Direction& direction) {
 
 // One direction from its entry to its outcome; its fields are released on the way out.
 bool run_direction(Run& run, int iwd, const Solve& solve) {
-    Direction direction = begin_direction(run, iwd);
-    MonitorLogs logs;
-    open_monitor_logs(run.settings, direction.tag, logs);
+    Direction direction;
+    begin_direction(run, iwd, direction);
+    open_monitor_logs(run.settings, direction.tag, direction.logs);
     run.log.timed(" Input parameters were read.");
     enter_direction(direction, run.log, run.directions);
 
@@ -215,7 +246,7 @@ bool run_direction(Run& run, int iwd, const Solve& solve) {
             write_final_result(run, direction);
         }
     }
-    close_monitor_logs(logs);
+    close_monitor_logs(direction.logs);
     return direction.stop_requested;
 }
 
@@ -239,7 +270,7 @@ int run_case(const std::vector<std::string>& arguments, const Solve& solve, Run&
     if (run.settings.TORVEX_MODE == 0) {
         write_mesh_log(run.settings.run_prefix, run.lines);
     }
-    std::filesystem::remove(stop_message_file);
+    delete_stop_message();
 
     bool stopped = false;
     for (int iwd = 1; iwd <= run.settings.N_WIND_DIRECTION && !stopped; ++iwd) {
@@ -267,7 +298,8 @@ void save_log(RunLog& log) {
 }  // namespace
 
 int run_torvex(const std::vector<std::string>& arguments) {
-    return run_torvex(arguments, OUTER_ITERATION);
+    return run_torvex(arguments,
+                      [](Run& run, Direction& direction) { OUTER_ITERATION(run, direction); });
 }
 
 int run_torvex(const std::vector<std::string>& arguments, const Solve& solve) {

@@ -1,21 +1,33 @@
 #include "run/steps_to_come.hpp"
 
+#include <string>
+
+#include "base/stop.hpp"
+
 namespace torvex {
+
+namespace {
+
+[[noreturn]] void not_yet(const std::string& what, const std::string& way_out) {
+    stop(1, what + " cannot be computed by this version", {}, way_out);
+}
+
+}  // namespace
 
 void nest_fit_lines(Run& /*run*/) {}
 void nest_check_domain(Run& /*run*/) {}
-void nest_bc_set(Run& /*run*/, Direction& /*direction*/) {}
+void nest_bc_set(Run& /*run*/, Direction& /*direction*/) {
+    not_yet("a nested run", "set nest_mode = 0");
+}
 
-void read_restart_fields(Run& /*run*/, Direction& /*direction*/) {}
-void READ_MESH_ETC(Run& /*run*/, Direction& /*direction*/) {}
+void READ_MESH_ETC(Run& /*run*/, Direction& /*direction*/) {
+    not_yet("a user-defined domain", "set TORVEX_MODE = 0");
+}
 
-void calc_roughness1(Run& /*run*/, Direction& /*direction*/, const DirectionMaps& /*maps*/) {}
-void calc_sbz_roughness2(Run& /*run*/, Direction& /*direction*/) {}
-void read_canopy_file(Run& /*run*/, Direction& /*direction*/) {}
+void read_canopy_file(Run& /*run*/, Direction& /*direction*/) {
+    not_yet("a case with a canopy", "set canopy_mode = 0");
+}
 
-void INIT(Run& /*run*/, Direction& /*direction*/) {}
-
-void write_final_result(Run& /*run*/, Direction& /*direction*/) {}
 void write_sites(Run& /*run*/, Direction& /*direction*/) {}
 
 }  // namespace torvex

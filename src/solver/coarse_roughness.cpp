@@ -10,7 +10,7 @@
 #include <string>
 
 #include "base/edit.hpp"
-#include "solver/wall_face.hpp"
+#include "solver/wall.hpp"
 
 namespace torvex {
 
@@ -35,24 +35,22 @@ WorstCell worst_cell(const CaseSettings& settings, const GridGeometry& g, const 
     WorstCell worst;
     for (int j = 2; j <= g.ny; ++j) {
         for (int i = 2; i <= g.nx; ++i) {
-            worst.meet(wall_across_k(g, i, j, 2, 1).distance, z0(i, j), "ground", i, j, 2);
+            worst.meet(wall_cell<Wall::ground>(g, i, j).d, z0(i, j), "ground", i, j, 2);
         }
     }
     const float tunnel_z0 = settings.WIND_TUNNEL_Z0;
     if (settings.WIND_TUNNEL_MODE >= 1) {
         for (int j = 2; j <= g.ny; ++j) {
             for (int i = 2; i <= g.nx; ++i) {
-                worst.meet(wall_across_k(g, i, j, g.nz, g.nk).distance, tunnel_z0, "top", i, j,
-                           g.nz);
+                worst.meet(wall_cell<Wall::top>(g, i, j).d, tunnel_z0, "top", i, j, g.nz);
             }
         }
     }
     if (settings.WIND_TUNNEL_MODE >= 2) {
         for (int k = 2; k <= g.nz; ++k) {
             for (int i = 2; i <= g.nx; ++i) {
-                worst.meet(wall_across_j(g, i, k, 2, 1).distance, tunnel_z0, "south wall", i, 2, k);
-                worst.meet(wall_across_j(g, i, k, g.ny, g.nj).distance, tunnel_z0, "north wall", i,
-                           g.ny, k);
+                worst.meet(wall_cell<Wall::south>(g, i, k).d, tunnel_z0, "south wall", i, 2, k);
+                worst.meet(wall_cell<Wall::north>(g, i, k).d, tunnel_z0, "north wall", i, g.ny, k);
             }
         }
     }

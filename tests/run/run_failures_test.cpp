@@ -18,7 +18,7 @@ using ::testing::HasSubstr;
 using ::testing::StartsWith;
 namespace fs = std::filesystem;
 
-constexpr const char* table = "flat2-view-wind_direction.dat";
+constexpr const char* table = "view-wind_direction.dat";
 const CaseItems one_direction{{"NML_CASEFILE", "N_WIND_DIRECTION = 1"}};
 
 // Holds a file as a run at work does.
@@ -65,10 +65,10 @@ TEST_F(RunFailures, RunsOfDifferentPrefixShareADirectory) {
 TEST_F(RunFailures, MonitorFileHeldByAnotherRunIsTold) {
     write_case(one_direction);
     ASSERT_EQ(run().status, 0);
-    const HeldLock lock("flat2-view-monitor.dat");
+    const HeldLock lock("view-monitor.dat");
     const ProgramRun second = run();
     EXPECT_EQ(second.status, 1);
-    EXPECT_THAT(second.err, HasSubstr("flat2-view-monitor.dat"));
+    EXPECT_THAT(second.err, HasSubstr("view-monitor.dat"));
 }
 
 TEST_F(RunFailures, DirectoryThatMayNotBeWrittenIsTold) {
@@ -141,8 +141,8 @@ TEST_F(RunFailures, FullDiskNeverKillsTheProgram) {
 }
 
 TEST_F(RunFailures, FileThatCannotBeReplacedIsTold) {
-    for (const char* name : {"flat2-view-wind_direction.dat", "flat2-log-meshnumber",
-                             "flat2-view-convergence-000_0.dat", "flat2-view-monitor.dat"}) {
+    for (const char* name : {"view-wind_direction.dat", "log-meshnumber",
+                             "view-convergence-000_0.dat", "view-monitor.dat"}) {
         write_case(one_direction);
         fs::create_directory(name);
         const ProgramRun ran = run();

@@ -14,7 +14,7 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-constexpr const char* table = "flat2-view-wind_direction.dat";
+constexpr const char* table = "view-wind_direction.dat";
 
 const std::string below_outcome(30, ' ');
 
@@ -90,28 +90,27 @@ TEST_F(RunOutcomes, StemsFollowPrefixAndTag) {
         stems.push_back(direction.sites_stem);
         EXPECT_EQ(direction.angle, 90.0F * static_cast<float>(direction.iwd - 1));
     });
-    EXPECT_THAT(stems, ::testing::ElementsAre("flat2-restart-000_0-", "flat2-sites-000_0-",
-                                              "flat2-restart-090_0-", "flat2-sites-090_0-",
-                                              "flat2-restart-180_0-", "flat2-sites-180_0-",
-                                              "flat2-restart-270_0-", "flat2-sites-270_0-"));
+    EXPECT_THAT(stems, ::testing::ElementsAre("restart-000_0-", "sites-000_0-", "restart-090_0-",
+                                              "sites-090_0-", "restart-180_0-", "sites-180_0-",
+                                              "restart-270_0-", "sites-270_0-"));
 }
 
 TEST_F(RunOutcomes, StatusIsZeroWhileADirectionIsAtWork) {
     run_four([&](int iwd, Direction&) {
         EXPECT_EQ(std::stoi(slot(table, 1)), iwd + 1);
         EXPECT_TRUE(slot(table, iwd + 1).ends_with(" 0"));
-        EXPECT_TRUE(directory.has("flat2-view-monitor.dat"));
+        EXPECT_TRUE(directory.has("view-monitor.dat"));
         const ViewTable::Existing keep = ViewTable::Existing::keep;
         ViewTable other;
-        EXPECT_TRUE(stop_of([&] { other.open("flat2-view-monitor.dat", keep); }))
+        EXPECT_TRUE(stop_of([&] { other.open("view-monitor.dat", keep); }))
             << "other writers are denied";
     });
 }
 
 TEST_F(RunOutcomes, DivergedDirectionHasNoFinalResult) {
     run_four([](int iwd, Direction& direction) { direction.diverged = iwd == 2; });
-    EXPECT_FALSE(directory.has("flat2-restart-090_0-restart.info"));
-    EXPECT_FALSE(directory.has("flat2-restart-090_0-vpkeout_00000.tuf"));
+    EXPECT_FALSE(directory.has("restart-090_0-restart.info"));
+    EXPECT_FALSE(directory.has("restart-090_0-vpkeout_00000.tuf"));
     EXPECT_THAT(entered, ::testing::ElementsAre(1, 2, 3, 4));
 }
 
@@ -126,7 +125,7 @@ TEST_F(RunOutcomes, UserStopEndsTheRunWithTwoBehindItsDirection) {
     EXPECT_THAT(statuses(), ::testing::ElementsAre("  0.0 2", " 90.0 2"));
     EXPECT_THAT(log(), HasSubstr("<date> WD  90.0: Finished without converging.    50 it.\n"));
     EXPECT_THAT(log(), HasSubstr("<date> Computation Finished. \n"));
-    EXPECT_FALSE(directory.has("flat2-view-monitor-180_0.dat"));
+    EXPECT_FALSE(directory.has("view-monitor-180_0.dat"));
 }
 
 TEST_F(RunOutcomes, StopOfTheSolveEndsTheRunWithItsCode) {
@@ -151,9 +150,8 @@ TEST_F(RunOutcomes, OtherFailuresEndTheRunWithOne) {
 }
 
 TEST_F(RunOutcomes, MonitorFileThatCannotBeClosedEndsTheRun) {
-    const RunHere ran = run_four([this](int, Direction&) {
-        close_descriptor_of(directory.file("flat2-view-monitor-000_0.dat"));
-    });
+    const RunHere ran = run_four(
+        [this](int, Direction&) { close_descriptor_of(directory.file("view-monitor-000_0.dat")); });
     EXPECT_EQ(ran.status, 1);
     EXPECT_THAT(ran.out, HasSubstr("[main] ERROR: Can't delete logs.\n"));
     EXPECT_THAT(ran.err, HasSubstr("[main] ERROR: Can't delete logs.\n"));

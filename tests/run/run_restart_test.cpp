@@ -12,8 +12,8 @@ namespace {
 using ::testing::HasSubstr;
 using ::testing::Not;
 
-constexpr const char* table = "flat2-view-wind_direction.dat";
-constexpr const char* info_of_first = "flat2-restart-000_0-restart.info";
+constexpr const char* table = "view-wind_direction.dat";
+constexpr const char* info_of_first = "restart-000_0-restart.info";
 constexpr const char* resume_text = "Resume torvex default calculations..\n";
 constexpr const char* default_text = "Start torvex default calculations...\n";
 
@@ -33,7 +33,7 @@ class RunRestart : public RunTest {
         const ProgramRun first = run();
         EXPECT_EQ(first.status, 0) << first.err;
         old_log = log();
-        directory.write("flat2-view-convergence-000_0.dat", rows({"       2", "kept row"}));
+        directory.write("view-convergence-000_0.dat", rows({"       2", "kept row"}));
     }
     ProgramRun run_again(const std::string& restart_flag) {
         CaseItems items = two;
@@ -57,7 +57,7 @@ std::size_t count_of(const std::string& text, const std::string& what) {
 
 TEST_F(RunRestart, DirectionWithinTheCriteriaIsDone) {
     directory.write(info_of_first, "0\n 1.0E-05 2.0E-05 3.0E-05 4.0E-05\n");
-    directory.write("flat2-restart-180_0-restart.info", "0\n 1.0E-05 2.0E-02 3.0E-05 4.0E-05\n");
+    directory.write("restart-180_0-restart.info", "0\n 1.0E-05 2.0E-02 3.0E-05 4.0E-05\n");
     const ProgramRun ran = run_again("1");
     EXPECT_EQ(ran.status, 0) << ran.err;
     EXPECT_EQ(count_of(ran.out, resume_text), 2U);
@@ -109,7 +109,7 @@ TEST_F(RunRestart, MissingOrBadResidualsAreNeverDone) {
 TEST_F(RunRestart, UnreadableCountMeansTheDefaultPath) {
     for (const char* info : {"", "x\n 1e-5 1e-5 1e-5 1e-5\n", "1.5\n", ",\n", "/\n", "\n\n"}) {
         directory.write(info_of_first, info);
-        std::filesystem::remove("flat2-restart-180_0-restart.info");
+        std::filesystem::remove("restart-180_0-restart.info");
         const ProgramRun ran = run_again("1");
         EXPECT_EQ(ran.status, 0) << ran.err;
         EXPECT_EQ(count_of(ran.out, default_text), 2U) << info;
@@ -148,20 +148,20 @@ TEST_F(RunRestart, LongerTableOfAnEarlierRunIsBlanked) {
 TEST_F(RunRestart, DirectionThatIsDoneKeepsItsMonitorRows) {
     directory.write(info_of_first, "0\n 1e-5 1e-5 1e-5 1e-5\n");
     ASSERT_EQ(run_again("1").status, 0);
-    EXPECT_EQ(directory.read("flat2-view-convergence-000_0.dat"), rows({"       2", "kept row"}));
+    EXPECT_EQ(directory.read("view-convergence-000_0.dat"), rows({"       2", "kept row"}));
 }
 
 TEST_F(RunRestart, AllDirectionsTableShowsTheLastDirection) {
     write_case({{"NML_CASEFILE", "N_WIND_DIRECTION = 1"}, {"NML_RUN", "RESTART_FLAG = 1"}});
     directory.write(info_of_first, "0\n 1e-5 1e-5 1e-5 1e-5\n");
-    directory.write("flat2-view-convergence.dat", rows({"       3", "other", "other"}));
+    directory.write("view-convergence.dat", rows({"       3", "other", "other"}));
     ASSERT_EQ(run().status, 0);
-    EXPECT_EQ(directory.read("flat2-view-convergence.dat"), rows({"       2", "kept row"}));
+    EXPECT_EQ(directory.read("view-convergence.dat"), rows({"       2", "kept row"}));
 }
 
 TEST_F(RunRestart, FreshRunForgetsTheMonitorRows) {
     ASSERT_EQ(run_again("0").status, 0);
-    EXPECT_EQ(directory.read("flat2-view-convergence-000_0.dat"), rows({"       1"}));
+    EXPECT_EQ(directory.read("view-convergence-000_0.dat"), rows({"       1"}));
 }
 
 }  // namespace

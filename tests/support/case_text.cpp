@@ -59,7 +59,7 @@ std::string case_text(const CaseItems& items, const std::string& behind) {
 }
 
 std::string flat_case_text(const CaseItems& items, const std::string& behind) {
-    const CaseItems quick{{"NML_RUN", "TERRAIN_MODE = 'flat2'"},
+    const CaseItems quick{{"NML_RUN", "TERRAIN_MODE = 'flatX'"},
                           {"NML_CASEFILE", "BASIC_Z0_FILE = 'z0.map'"},
                           {"NML_NUMERICAL_SOLVER", "MAXIT = 0"}};
     return case_text(joined(quick, items), behind);

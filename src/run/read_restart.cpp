@@ -1,0 +1,39 @@
+#include "run/read_restart.hpp"
+
+#include <string>
+
+#include "results/restart_info.hpp"
+#include "results/result_files.hpp"
+
+namespace torvex {
+
+void read_restart(const Run& run, Direction& direction) {
+    const std::string& stem = direction.restart_stem;
+    const int model = run.settings.TURBULENCE_MODEL;
+    GridGeometry& grid = direction.grid;
+    FlowState& flow = direction.flow;
+    allocate_nodes(grid, run.lines.nx, run.lines.ny, run.lines.nz);
+    allocate_fields(flow, grid, model);
+    flow.z0.allocate(grid.ni, grid.nj);
+
+    read_xyz(stem + std::string(xyz_name), grid.xn, grid.yn, grid.zn);
+    read_z0(stem + std::string(z0_name), flow.z0);
+
+    direction.outer_count = 0;
+    direction.tested.k = 0.0F;
+    direction.tested.e = 0.0F;
+    if (const auto info = read_restart_info(stem + "restart.info")) {
+        direction.outer_count = info->outer_count;
+        direction.tested.m = info->resid_m;
+        direction.tested.u = info->resid_u;
+        direction.tested.v = info->resid_v;
+        direction.tested.w = info->resid_w;
+    }
+    // The count that the result file itself holds is the one that counts in the end.
+    const StoredResult stored =
+        read_vpkeout(newest_result_path(stem, direction.outer_count), model, result_targets(flow));
+    direction.outer_count = stored.outer_count;
+    direction.max_resid_m = stored.max_resid_m;
+}
+
+}  // namespace torvex
