@@ -25,13 +25,16 @@ RunHere run_here(const std::vector<std::string>& arguments, const Solve& solve);
 // Every file below a directory with its bytes.
 std::map<std::string, std::string> files_below(const std::filesystem::path& directory);
 
-// A directory of its own for each test, with the roughness map of the flat cases in it.
+// A directory of its own for each test, with the maps of the quick cases in it.
 class RunTest : public ::testing::Test {
  protected:
-    RunTest() { directory.write("z0.map", flat_roughness_map()); }
+    RunTest() {
+        directory.write("h.map", level_map("10"));
+        directory.write("z0.map", level_map("0.03"));
+    }
 
     void write_case(const CaseItems& items = {}, const std::string& behind = {}) const {
-        directory.write("torvex.tin", flat_case_text(items, behind));
+        directory.write("torvex.tin", quick_case_text(items, behind));
     }
     ProgramRun run(const std::vector<std::string>& arguments = {}) const {
         return run_torvex_program(arguments, directory.path());

@@ -100,7 +100,7 @@ TEST_F(RunSequence, LogOfSixteenDirectionsInFull) {
     EXPECT_EQ(ran.err, "");
 
     LogShape shape;
-    add_start(shape, directory.file("torvex.tin"), "flatX");
+    add_start(shape, directory.file("torvex.tin"), "normal");
     for (const std::string& angle : sixteen_angles) {
         add_idle_direction(shape, angle);
     }
@@ -171,7 +171,8 @@ TEST_F(RunSequence, ConsoleTellsTheSteps) {
 // Where the case file is
 
 TEST_F(RunSequence, EverythingLandsBesideTheCaseFile) {
-    directory.write("sub/case.tin", flat_case_text(one_direction));
+    directory.write("sub/case.tin", quick_case_text(one_direction));
+    std::filesystem::rename("h.map", "sub/h.map");
     std::filesystem::rename("z0.map", "sub/z0.map");
     const ProgramRun ran = run({"/f", "sub/case.tin"});
     EXPECT_EQ(ran.status, 0) << ran.err;
@@ -260,7 +261,7 @@ TEST_F(RunSequence, NoDirectionsIsAGoodRun) {
     const ProgramRun ran = run();
     EXPECT_EQ(ran.status, 0) << ran.err;
     LogShape shape;
-    add_start(shape, directory.file("torvex.tin"), "flatX");
+    add_start(shape, directory.file("torvex.tin"), "normal");
     shape << "<date> Computation Finished. ";
     EXPECT_EQ(shape.difference(without_mesh_numbers(log())), "");
     EXPECT_EQ(slot("view-wind_direction.dat", 1), "       1");
@@ -279,21 +280,18 @@ TEST_F(RunSequence, FlatRunHasOneDirectionAndItsPrefix) {
     add_idle_direction(shape, "  0.0");
     shape << "<date> Computation Finished. ";
     EXPECT_EQ(shape.difference(without_mesh_numbers(log())), "");
-    // The roughness table is for reading by eye and carries no prefix.
-    const std::set<std::string> without_prefix{"torvex.log", "torvex.tin", "z0.map",
-                                               "calc_roughness1-000_0.tdt"};
     for (const auto& [name, bytes] : files_below(directory.path())) {
-        if (!without_prefix.contains(name)) {
-            EXPECT_THAT(name, StartsWith("flat-"));
-        }
+        EXPECT_FALSE(name.starts_with("view-") || name.starts_with("log-") ||
+                     name.starts_with("restart-"))
+            << name;
     }
+    EXPECT_TRUE(directory.has("flat-log-meshnumber"));
+    EXPECT_TRUE(directory.has("flat-view-monitor-000_0.dat"));
     EXPECT_EQ(slot("flat-view-wind_direction.dat", 1), "       2");
 }
 
 TEST_F(RunSequence, AtlasRunBehindANormalOneHasItsPrefix) {
-    const CaseItems normal{{"NML_RUN", "TERRAIN_MODE = 'normal'"},
-                           {"NML_CASEFILE", "BASIC_H_FILE = 'z0.map', N_WIND_DIRECTION = 1"}};
-    write_case(normal);
+    write_case(one_direction);
     ProgramRun ran = run();
     ASSERT_EQ(ran.status, 0) << ran.err;
     const auto before = files_below(directory.path());
@@ -301,7 +299,7 @@ TEST_F(RunSequence, AtlasRunBehindANormalOneHasItsPrefix) {
     EXPECT_TRUE(before.contains("view-monitor-000_0.dat"));
     EXPECT_TRUE(before.contains("log-meshnumber"));
 
-    write_case(joined(normal, {{"NML_RUN", "ATLAS_FLAG = 1"}}));
+    write_case(joined(one_direction, {{"NML_RUN", "ATLAS_FLAG = 1"}}));
     ran = run();
     EXPECT_EQ(ran.status, 0) << ran.err;
     EXPECT_THAT(log(), HasSubstr("  atlas_mode    = T\n"));
@@ -312,6 +310,22 @@ TEST_F(RunSequence, AtlasRunBehindANormalOneHasItsPrefix) {
     }
     EXPECT_TRUE(directory.has("atlas-view-wind_direction.dat"));
     EXPECT_TRUE(directory.has("atlas-view-convergence-000_0.dat"));
+}
+
+TEST_F(RunSequence, SecondFlatModeBehindANormalRunKeepsTheDirections) {
+    write_case(two_directions);
+    ASSERT_EQ(run().status, 0);
+    const auto before = files_below(directory.path());
+    write_case(joined(two_directions, {{"NML_RUN", "TERRAIN_MODE = 'flat2'"}}));
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    for (const auto& [name, bytes] : files_below(directory.path())) {
+        if (!before.contains(name)) {
+            EXPECT_THAT(name, StartsWith("flat2-"));
+        }
+    }
+    EXPECT_EQ(slot("flat2-view-wind_direction.dat", 2), "  0.0 2");
+    EXPECT_EQ(slot("flat2-view-wind_direction.dat", 3), "180.0 2");
 }
 
 TEST_F(RunSequence, GivenAnglesAreWalkedInTheirOrder) {

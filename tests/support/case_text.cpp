@@ -58,14 +58,13 @@ std::string case_text(const CaseItems& items, const std::string& behind) {
     return text + behind;
 }
 
-std::string flat_case_text(const CaseItems& items, const std::string& behind) {
-    const CaseItems quick{{"NML_RUN", "TERRAIN_MODE = 'flatX'"},
-                          {"NML_CASEFILE", "BASIC_Z0_FILE = 'z0.map'"},
+std::string quick_case_text(const CaseItems& items, const std::string& behind) {
+    const CaseItems quick{{"NML_CASEFILE", "BASIC_H_FILE = 'h.map', BASIC_Z0_FILE = 'z0.map'"},
                           {"NML_NUMERICAL_SOLVER", "MAXIT = 0"}};
     return case_text(joined(quick, items), behind);
 }
 
-std::string flat_roughness_map() {
+std::string level_map(const std::string& value) {
     std::string text =
         "<TORVEX_MAP lon-lat>\n"
         "n_lon = 5, n_lat = 5\n"
@@ -74,7 +73,7 @@ std::string flat_roughness_map() {
         "base_latitude = 35 10\n"
         "--DATA--\n";
     for (int row = 0; row < 5; ++row) {
-        text += "5*0.03\n";
+        text += "5*" + value + "\n";
     }
     return text;
 }

@@ -14,12 +14,12 @@ using CaseItems = std::vector<std::pair<std::string, std::string>>;
 // groups: keyed blocks.
 std::string case_text(const CaseItems& items = {}, const std::string& behind = {});
 
-// A case that runs quickly from start to end beside flat_roughness_map(): flat ground, a small
-// mesh, no outer iterations.
-std::string flat_case_text(const CaseItems& items = {}, const std::string& behind = {});
+// A case that runs quickly from start to end beside the maps "h.map" and "z0.map": a small mesh, no
+// outer iterations.
+std::string quick_case_text(const CaseItems& items = {}, const std::string& behind = {});
 
-// Text of "z0.map", 0.03 m everywhere round the centre of the cases above.
-std::string flat_roughness_map();
+// Text of a map with one value everywhere round the centre of the cases above.
+std::string level_map(const std::string& value);
 
 // All eight groups, empty.
 std::string empty_groups();
