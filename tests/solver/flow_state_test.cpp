@@ -1,0 +1,162 @@
+// Room for the state of a direction, and the clearing pass.
+
+#include "solver/flow_state.hpp"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "mesh/test_meshes.hpp"
+#include "solver/clearing_pass.hpp"
+#include "solver/fields.hpp"
+
+namespace torvex {
+namespace {
+
+using test::all_equal;
+
+constexpr std::array fields{&FlowState::u,    &FlowState::v,    &FlowState::w,   &FlowState::p,
+                            &FlowState::pp,   &FlowState::tke,  &FlowState::ted, &FlowState::vis,
+                            &FlowState::flxU, &FlowState::flxV, &FlowState::flxW};
+constexpr std::array length_fields{&FlowState::lm, &FlowState::tkl, &FlowState::viskl};
+constexpr std::array work_fields{
+    &FlowState::gen,  &FlowState::genb,   &FlowState::dUxi,   &FlowState::dUet,  &FlowState::dUze,
+    &FlowState::dVxi, &FlowState::dVet,   &FlowState::dVze,   &FlowState::dWxi,  &FlowState::dWet,
+    &FlowState::dWze, &FlowState::coefXi, &FlowState::coefEt, &FlowState::coefZe};
+constexpr std::array system_fields{&LinearSystem::ae, &LinearSystem::aw, &LinearSystem::an,
+                                   &LinearSystem::as, &LinearSystem::at, &LinearSystem::ab,
+                                   &LinearSystem::ap, &LinearSystem::res};
+
+void expect_extents(const Field3& field, const GridGeometry& g) {
+    EXPECT_EQ(field.ni(), g.ni);
+    EXPECT_EQ(field.nj(), g.nj);
+    EXPECT_EQ(field.nk(), g.nk);
+}
+
+template <class Visit>
+void for_all_fields(FlowState& s, Visit visit) {
+    for (const auto field : fields) {
+        visit(s.*field);
+    }
+    for (const auto field : work_fields) {
+        visit(s.*field);
+    }
+    for (const auto field : system_fields) {
+        visit(s.eq.*field);
+    }
+    visit(s.den);
+    visit(s.cmuField);
+}
+
+TEST(AllocateFields, ZeroesEverythingOnTheCells) {
+    const GridGeometry g = uniform_mesh({5, 4, 6}, 1, 1, 1);
+    FlowState s;
+    for (int pass = 0; pass < 2; ++pass) {  // the second on what a direction left behind
+        allocate_fields(s, g, 1);
+        for_all_fields(s, [&g](Field3& field) {
+            expect_extents(field, g);
+            EXPECT_TRUE(all_equal(field, 0));
+            field.fill(7);
+        });
+        EXPECT_EQ(s.eq.su.size(), s.u.size());
+        EXPECT_EQ(s.eq.sp.size(), s.u.size());
+        EXPECT_EQ(s.eq.su(5, 4, 6), 0.0);
+        EXPECT_EQ(s.eq.sp(5, 4, 6), 0.0);
+        s.eq.su.fill(7);
+        s.eq.sp.fill(7);
+        EXPECT_EQ(s.wall_gen_factor.ni(), g.ni);
+        EXPECT_EQ(s.wall_gen_factor.nj(), g.nj);
+    }
+}
+
+TEST(AllocateFields, GivesTheLengthModelItsArraysInModels2And4Only) {
+    const GridGeometry g = uniform_mesh({5, 4, 6}, 1, 1, 1);
+    FlowState s;
+    for (const int model : {2, 1, 4, 3}) {
+        allocate_fields(s, g, model);
+        for (const auto field : length_fields) {
+            if (model == 2 || model == 4) {
+                expect_extents(s.*field, g);
+                EXPECT_TRUE(all_equal(s.*field, 0));
+            } else {
+                EXPECT_EQ((s.*field).size(), 0U) << model;
+            }
+        }
+    }
+}
+
+TEST(AllocateFields, LeavesRoughnessAndCanopyAlone) {
+    const GridGeometry g = uniform_mesh({5, 4, 6}, 1, 1, 1);
+    FlowState s;
+    s.z0.allocate(g.ni, g.nj, 0.03F);
+    s.gp_d.allocate(g.ni, g.nj, g.nk, 0.5F);
+    allocate_fields(s, g, 4);
+    EXPECT_EQ(s.z0(3, 2), 0.03F);
+    EXPECT_EQ(s.gp_d(3, 2, 2), 0.5F);
+}
+
+TEST(Release, GivesEverythingBack) {
+    const GridGeometry g = uniform_mesh({5, 4, 6}, 1, 1, 1);
+    FlowState s;
+    s.z0.allocate(g.ni, g.nj, 0.03F);
+    s.gp_k.allocate(g.ni, g.nj, g.nk, 0.5F);
+    allocate_fields(s, g, 4);
+    s.flow_in = 3;
+    s.scale_u = 3;
+    s.canopy_source_factor = 1;
+    release(s);
+    for_all_fields(s, [](const Field3& field) { EXPECT_EQ(field.size(), 0U); });
+    for (const auto field : length_fields) {
+        EXPECT_EQ((s.*field).size(), 0U);
+    }
+    EXPECT_EQ(s.z0.size(), 0U);
+    EXPECT_EQ(s.gp_k.size(), 0U);
+    EXPECT_EQ(s.eq.su.size(), 0U);
+    EXPECT_EQ(s.wall_gen_factor.size(), 0U);
+    EXPECT_EQ(s.flow_in, 0.0F);
+    EXPECT_EQ(s.scale_u, 0.0F);
+    EXPECT_EQ(s.canopy_source_factor, 0.0F);
+}
+
+TEST(ClearingPass, SetsTheArraysThatAreNoFields) {
+    const GridGeometry g = uniform_mesh({5, 4, 6}, 1, 1, 1);
+    CaseSettings settings;
+    settings.DENSIT = 1.25F;
+    FlowState s;
+    allocate_fields(s, g, 4);
+    for_all_fields(s, [](Field3& field) { field.fill(7); });
+    for (const auto field : length_fields) {
+        (s.*field).fill(7);
+    }
+    s.eq.su.fill(7);
+    s.eq.sp.fill(7);
+    clearing_pass(settings, s);
+
+    EXPECT_TRUE(all_equal(s.den, 1.25F));
+    EXPECT_TRUE(all_equal(s.cmuField, 0.09F));
+    for (int j = 1; j <= g.nj; ++j) {
+        for (int i = 1; i <= g.ni; ++i) {
+            EXPECT_EQ(s.wall_gen_factor(i, j), 1.0F);
+        }
+    }
+    for (const auto field : work_fields) {
+        EXPECT_TRUE(all_equal(s.*field, 0));
+    }
+    for (const auto field : system_fields) {
+        EXPECT_TRUE(all_equal(s.eq.*field, 0));
+    }
+    for (std::size_t n = 0; n < s.eq.su.size(); ++n) {
+        EXPECT_EQ(s.eq.su.data()[n], 0.0);
+        EXPECT_EQ(s.eq.sp.data()[n], 0.0);
+    }
+    // A resumed direction has these from its files.
+    for (const auto field : fields) {
+        EXPECT_TRUE(all_equal(s.*field, 7));
+    }
+    for (const auto field : length_fields) {
+        EXPECT_TRUE(all_equal(s.*field, 7));
+    }
+}
+
+}  // namespace
+}  // namespace torvex
