@@ -1,8 +1,12 @@
 #pragma once
 
+#include "solver/momentum_work.hpp"
+
 namespace torvex {
 
-// Scratch of the linear solvers, allocated once per direction and reused.
-struct SolverWork {};
+// Scratch of the linear solvers and the assembly, allocated once per direction and reused.
+struct SolverWork {
+    MomentumWork momentum;
+};
 
 }  // namespace torvex
