@@ -1,0 +1,65 @@
+// The corrections that follow from pp.
+//
+//   u, v, w += drop_xi dUxi + drop_et dUet + drop_ze dUze (dVxi.., dWxi..), unrelaxed
+//   flxU    += coefXi (pp(i) - pp(i+1)), flxV and flxW alike
+//   p       += URFP (pp - pp(2,2,2))
+//
+// with drop the difference of pp between the lower and the upper face of the cell. All three
+// directions act on the velocities; on a face the direction across it alone does, see
+// second_corrector for the rest. Cell (2,2,2) keeps its pressure and so holds the level of p.
+//
+// reads   fx, fy, fz, pp with its boundary values, dUxi..dWze, coefXi, coefEt, coefZe
+// writes  u, v, w, p in the interior; flxU, flxV, flxW in 2..nx-1, 2..ny-1, 2..nz-1: boundary
+//         fluxes stand, and so do those among the last cells of each direction
+
+#include "solver/pressure_correction.hpp"
+
+#include "solver/interpolation.hpp"
+
+namespace torvex {
+
+namespace {
+
+void correct_cells(const GridGeometry& g, FlowState& s, float URFP, float pp_ref, int j, int k) {
+    const Field3& pp = s.pp;
+#pragma omp simd
+    for (int i = 2; i <= g.nx; ++i) {
+        const float drop_xi = west(pp, g, i, j, k) - east(pp, g, i, j, k);
+        const float drop_et = south(pp, g, i, j, k) - north(pp, g, i, j, k);
+        const float drop_ze = bottom(pp, g, i, j, k) - top(pp, g, i, j, k);
+        s.u(i, j, k) +=
+            drop_xi * s.dUxi(i, j, k) + drop_et * s.dUet(i, j, k) + drop_ze * s.dUze(i, j, k);
+        s.v(i, j, k) +=
+            drop_xi * s.dVxi(i, j, k) + drop_et * s.dVet(i, j, k) + drop_ze * s.dVze(i, j, k);
+        s.w(i, j, k) +=
+            drop_xi * s.dWxi(i, j, k) + drop_et * s.dWet(i, j, k) + drop_ze * s.dWze(i, j, k);
+        s.p(i, j, k) += URFP * (pp(i, j, k) - pp_ref);
+    }
+}
+
+void correct_faces(const GridGeometry& g, FlowState& s, int j, int k) {
+    const Field3& pp = s.pp;
+#pragma omp simd
+    for (int i = 2; i <= g.nx - 1; ++i) {
+        s.flxW(i, j, k) += s.coefZe(i, j, k) * (pp(i, j, k) - pp(i, j, k + 1));
+        s.flxU(i, j, k) += s.coefXi(i, j, k) * (pp(i, j, k) - pp(i + 1, j, k));
+        s.flxV(i, j, k) += s.coefEt(i, j, k) * (pp(i, j, k) - pp(i, j + 1, k));
+    }
+}
+
+}  // namespace
+
+void correct_flow(const GridGeometry& g, FlowState& s, float URFP) {
+    const float pp_ref = s.pp(2, 2, 2);
+#pragma omp parallel for schedule(static)
+    for (int k = 2; k <= g.nz; ++k) {
+        for (int j = 2; j <= g.ny; ++j) {
+            correct_cells(g, s, URFP, pp_ref, j, k);
+            if (j < g.ny && k < g.nz) {
+                correct_faces(g, s, j, k);
+            }
+        }
+    }
+}
+
+}  // namespace torvex

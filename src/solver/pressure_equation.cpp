@@ -1,0 +1,101 @@
+// The equation of the pressure correction: its mass source and its coefficients.
+//
+//   m  = Fe - Fw + Fn - Fs + Ft - Fb     F = density of the face * volume flux
+//   su = -m, sp = 0                      resid_m = sum |m|
+//   ae = den_e coefXi(i,j,k), aw = den_w coefXi(i-1,j,k), an, as with coefEt, at, ab with coefZe
+//   ap = ae + aw + an + as + at + ab - sp
+//
+// reads   fx, fy, fz, den, the fluxes; coefXi, coefEt, coefZe, 0 on the boundary faces: no
+//         correction passes the boundary, the inflow included, and the boundary coefficients are 0
+// writes  eq in 2..nx, 2..ny, 2..nz; all of pp
+//
+// The sum is in single precision: a plane k adds its cells in the order j, i, the planes are added
+// in the order k. So it is the same for any number of threads.
+
+#include "solver/pressure_equation.hpp"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+
+#include "base/assertion.hpp"
+#include "solver/interpolation.hpp"
+
+namespace torvex {
+
+namespace {
+
+void source_row(const GridGeometry& g, const FaceFlows& flow, FlowState& s, int j, int k) {
+    const Field3& den = s.den;
+#pragma omp simd
+    for (int i = 2; i <= g.nx; ++i) {
+        const float Fe = east(den, g, i, j, k) * flow.east(i, j, k);
+        const float Fw = west(den, g, i, j, k) * flow.east(i - 1, j, k);
+        const float Fn = north(den, g, i, j, k) * flow.north(i, j, k);
+        const float Fs = south(den, g, i, j, k) * flow.north(i, j - 1, k);
+        const float Ft = top(den, g, i, j, k) * flow.top(i, j, k);
+        const float Fb = bottom(den, g, i, j, k) * flow.top(i, j, k - 1);
+        const float m = Fe - Fw + Fn - Fs + Ft - Fb;
+        s.eq.su(i, j, k) = -static_cast<double>(m);
+        s.eq.sp(i, j, k) = 0.0;
+    }
+}
+
+void coefficient_row(const GridGeometry& g, FlowState& s, int j, int k) {
+    const Field3& den = s.den;
+    LinearSystem& eq = s.eq;
+#pragma omp simd
+    for (int i = 2; i <= g.nx; ++i) {
+        const float ae = east(den, g, i, j, k) * s.coefXi(i, j, k);
+        const float aw = west(den, g, i, j, k) * s.coefXi(i - 1, j, k);
+        const float an = north(den, g, i, j, k) * s.coefEt(i, j, k);
+        const float as = south(den, g, i, j, k) * s.coefEt(i, j - 1, k);
+        const float at = top(den, g, i, j, k) * s.coefZe(i, j, k);
+        const float ab = bottom(den, g, i, j, k) * s.coefZe(i, j, k - 1);
+        eq.ae(i, j, k) = ae;
+        eq.aw(i, j, k) = aw;
+        eq.an(i, j, k) = an;
+        eq.as(i, j, k) = as;
+        eq.at(i, j, k) = at;
+        eq.ab(i, j, k) = ab;
+        eq.ap(i, j, k) = ae + aw + an + as + at + ab;  // sp is 0
+    }
+}
+
+}  // namespace
+
+float mass_source(const GridGeometry& g, const FaceFlows& flow, FlowState& s,
+                  std::span<float> plane_sums) {
+    require(plane_sums.size() >= static_cast<std::size_t>(g.nk), "scratch of the plane sums");
+#pragma omp parallel for schedule(static)
+    for (int k = 2; k <= g.nz; ++k) {
+        float sum = 0.0F;
+        for (int j = 2; j <= g.ny; ++j) {
+            source_row(g, flow, s, j, k);
+            for (int i = 2; i <= g.nx; ++i) {
+                sum += std::abs(static_cast<float>(s.eq.su(i, j, k)));
+            }
+        }
+        plane_sums[static_cast<std::size_t>(k - 1)] = sum;
+    }
+    float total = 0.0F;
+    for (int k = 2; k <= g.nz; ++k) {
+        total += plane_sums[static_cast<std::size_t>(k - 1)];
+    }
+    return total;
+}
+
+void pressure_equation(const GridGeometry& g, FlowState& s) {
+#pragma omp parallel for schedule(static)
+    for (int k = 1; k <= g.nk; ++k) {
+        const std::ptrdiff_t plane = static_cast<std::ptrdiff_t>(g.ni) * g.nj;
+        std::fill_n(s.pp.data() + plane * (k - 1), plane, 0.0F);
+        if (k > 1 && k <= g.nz) {
+            for (int j = 2; j <= g.ny; ++j) {
+                coefficient_row(g, s, j, k);
+            }
+        }
+    }
+}
+
+}  // namespace torvex
