@@ -19,9 +19,9 @@
 //         coefXi in 1..nx, 2..ny, 2..nz, coefEt and coefZe alike, 0 on the boundary faces
 // ref     Rhie and Chow (1983)
 //
-// One pass over the cells does all three directions and both results: the areas, d and weights of a
-// face are then read or formed once. Areas come from the nodes, three arrays for all directions,
-// where stored areas would be nine to read.
+// Each k plane does all three directions and both results, one direction after the other: a row
+// then has some twenty streams, and the plane's data stay in cache for the next direction. Areas
+// come from the nodes, three arrays for all directions, where stored areas would be nine to read.
 
 #include "solver/pressure_faces.hpp"
 
@@ -85,48 +85,51 @@ struct Faces<Axis::k> {
     }
 };
 
+// The face of cell P = (i,j,k) towards the next cell N. It stands outside the loop below because
+// vectors declared in a simd loop are kept in memory, lane by lane, and the loop is then not
+// vectorised.
+template <Axis A, bool with_flux>
+[[gnu::always_inline]] inline void fill_face(const GridGeometry& g, const FlowState& s,
+                                             const Faces<A>& face, int i, int j, int k) {
+    constexpr int di = Faces<A>::di;
+    constexpr int dj = Faces<A>::dj;
+    constexpr int dk = Faces<A>::dk;
+    const int in = i + di;
+    const int jn = j + dj;
+    const int kn = k + dk;
+    const float f = face.f(i, j, k);
+    const Vec3 area = Faces<A>::diagonals(g, i, j, k);
+    const Vec3 d_P{face.dU(i, j, k), face.dV(i, j, k), face.dW(i, j, k)};
+    const Vec3 d_N{face.dU(in, jn, kn), face.dV(in, jn, kn), face.dW(in, jn, kn)};
+    const Vec3 d{between(d_P.x, d_N.x, f), between(d_P.y, d_N.y, f), between(d_P.z, d_N.z, f)};
+    face.coef(i, j, k) = 0.5F * dot(area, d);
+    if constexpr (with_flux) {
+        const Field3& p = s.p;
+        const float p_P = p(i, j, k);
+        const float p_N = p(in, jn, kn);
+        const float p_low = between(p(i - di, j - dj, k - dk), p_P, face.f(i - di, j - dj, k - dk));
+        const float p_face = between(p_P, p_N, f);
+        const float p_high = between(p_N, p(in + di, jn + dj, kn + dk), face.f(in, jn, kn));
+        const float drop_P = p_low - p_face;
+        const float drop_N = p_face - p_high;
+        const float drop = p_P - p_N;
+        const auto component = [&](const Field3& q, float dq_P, float dq_N, float dq) {
+            return between(q(i, j, k) - dq_P * drop_P, q(in, jn, kn) - dq_N * drop_N, f) +
+                   dq * drop;
+        };
+        const Vec3 velocity{component(s.u, d_P.x, d_N.x, d.x), component(s.v, d_P.y, d_N.y, d.y),
+                            component(s.w, d_P.z, d_N.z, d.z)};
+        face.flux(i, j, k) = 0.5F * dot(area, velocity);
+    }
+}
+
 // Faces i = 2..last of row (j, k), each between two cells.
 template <Axis A, bool with_flux>
 void face_row(const GridGeometry& g, FlowState& s, int last, int j, int k) {
-    using F = Faces<A>;
-    constexpr int di = F::di;
-    constexpr int dj = F::dj;
-    constexpr int dk = F::dk;
-    const F face(g, s);
+    const Faces<A> face(g, s);
 #pragma omp simd
     for (int i = 2; i <= last; ++i) {
-        const int in = i + di;
-        const int jn = j + dj;
-        const int kn = k + dk;
-        const float f = face.f(i, j, k);
-        const Vec3 area = F::diagonals(g, i, j, k);
-        const float dU_P = face.dU(i, j, k);
-        const float dV_P = face.dV(i, j, k);
-        const float dW_P = face.dW(i, j, k);
-        const float dU_N = face.dU(in, jn, kn);
-        const float dV_N = face.dV(in, jn, kn);
-        const float dW_N = face.dW(in, jn, kn);
-        const Vec3 d{between(dU_P, dU_N, f), between(dV_P, dV_N, f), between(dW_P, dW_N, f)};
-        face.coef(i, j, k) = 0.5F * dot(area, d);
-        if constexpr (with_flux) {
-            const Field3& p = s.p;
-            const float p_P = p(i, j, k);
-            const float p_N = p(in, jn, kn);
-            const float p_low =
-                between(p(i - di, j - dj, k - dk), p_P, face.f(i - di, j - dj, k - dk));
-            const float p_face = between(p_P, p_N, f);
-            const float p_high = between(p_N, p(in + di, jn + dj, kn + dk), face.f(in, jn, kn));
-            const float drop_P = p_low - p_face;
-            const float drop_N = p_face - p_high;
-            const float drop = p_P - p_N;
-            const Vec3 q{between(s.u(i, j, k) - dU_P * drop_P, s.u(in, jn, kn) - dU_N * drop_N, f) +
-                             d.x * drop,
-                         between(s.v(i, j, k) - dV_P * drop_P, s.v(in, jn, kn) - dV_N * drop_N, f) +
-                             d.y * drop,
-                         between(s.w(i, j, k) - dW_P * drop_P, s.w(in, jn, kn) - dW_N * drop_N, f) +
-                             d.z * drop};
-            face.flux(i, j, k) = 0.5F * dot(area, q);
-        }
+        fill_face<A, with_flux>(g, s, face, i, j, k);
     }
 }
 
@@ -140,20 +143,22 @@ template <bool with_flux>
 void all_faces(const GridGeometry& g, FlowState& s) {
 #pragma omp parallel for schedule(static)
     for (int k = 1; k <= g.nz; ++k) {
-        for (int j = 1; j <= g.ny; ++j) {
-            if (j > 1 && k > 1) {
+        if (k > 1) {
+            for (int j = 2; j <= g.ny; ++j) {
                 s.coefXi(1, j, k) = 0.0F;
                 face_row<Axis::i, with_flux>(g, s, g.nx - 1, j, k);
                 s.coefXi(g.nx, j, k) = 0.0F;
             }
-            if (k > 1 && (j == 1 || j == g.ny)) {
-                clear_row(s.coefEt, g, j, k);
-            } else if (k > 1) {
+            clear_row(s.coefEt, g, 1, k);
+            for (int j = 2; j < g.ny; ++j) {
                 face_row<Axis::j, with_flux>(g, s, g.nx, j, k);
             }
-            if (j > 1 && (k == 1 || k == g.nz)) {
+            clear_row(s.coefEt, g, g.ny, k);
+        }
+        for (int j = 2; j <= g.ny; ++j) {
+            if (k == 1 || k == g.nz) {
                 clear_row(s.coefZe, g, j, k);
-            } else if (j > 1) {
+            } else {
                 face_row<Axis::k, with_flux>(g, s, g.nx, j, k);
             }
         }

@@ -59,22 +59,29 @@ template <Axis A>
     }
 }
 
-// Turns the coefficients of the faces i = 2..last of row (j, k) into X.
+// The extra flux of the face of cell (i,j,k) towards the next cell, per unit of the coefficient.
 template <Axis A>
-void extra_row(const GridGeometry& g, const Field3& pp, Field3& coef, int last, int j, int k) {
+[[gnu::always_inline]] inline float extra_drop(const GridGeometry& g, const Field3& pp, int i,
+                                               int j, int k) {
     constexpr int di = A == Axis::i ? 1 : 0;
     constexpr int dj = A == Axis::j ? 1 : 0;
     constexpr int dk = A == Axis::k ? 1 : 0;
+    const CellNodes nodes{i, j, k, {i - 1, i}, {j - 1, j}, {k - 1, k}};
+    const Vec3 r_f = face_centre<A>(g, A == Axis::i ? i : (A == Axis::j ? j : k), nodes);
+    const Vec3 area = diagonals<A>(g, i, j, k);
+    // A face without area has no normal, and a coefficient of 0.
+    const float size = std::max(length(area), std::numeric_limits<float>::min());
+    const Vec3 e{area.x / size, area.y / size, area.z / size};
+    return rise_to_foot(g, pp, r_f, e, i, j, k) -
+           rise_to_foot(g, pp, r_f, e, i + di, j + dj, k + dk);
+}
+
+// Turns the coefficients of the faces i = 2..last of row (j, k) into X.
+template <Axis A>
+void extra_row(const GridGeometry& g, const Field3& pp, Field3& coef, int last, int j, int k) {
 #pragma omp simd
     for (int i = 2; i <= last; ++i) {
-        const CellNodes nodes{i, j, k, {i - 1, i}, {j - 1, j}, {k - 1, k}};
-        const Vec3 r_f = face_centre<A>(g, A == Axis::i ? i : (A == Axis::j ? j : k), nodes);
-        const Vec3 area = diagonals<A>(g, i, j, k);
-        // A face without area has no normal, and a coefficient of 0.
-        const float size = std::max(length(area), std::numeric_limits<float>::min());
-        const Vec3 e{area.x / size, area.y / size, area.z / size};
-        coef(i, j, k) *= rise_to_foot(g, pp, r_f, e, i, j, k) -
-                         rise_to_foot(g, pp, r_f, e, i + di, j + dj, k + dk);
+        coef(i, j, k) *= extra_drop<A>(g, pp, i, j, k);
     }
 }
 
