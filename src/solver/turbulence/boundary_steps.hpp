@@ -1,0 +1,68 @@
+#pragma once
+
+#include "solver/solver_context.hpp"
+#include "solver/wall.hpp"
+
+namespace torvex {
+
+enum class OpenTop {
+    zero_gradient,
+    as_assembled  // the value on the top plane keeps acting on the cells below it
+};
+
+// The order of boundary steps that the turbulence equations share. formula.apply<wall>(a, b) is the
+// wall formula of one cell, (i,j) on the ground or the top, (i,k) on a side; it must not read cells
+// other than its own.
+//
+//   top       wall with WIND_TUNNEL_MODE above 0, else open
+//   ground    wall
+//   sides     wall with WIND_TUNNEL_MODE above 1, else zero gradient   not with skip_sides
+//   outflow   zero gradient, ae stays as assembled                     not with skip_sides
+template <class Formula>
+void boundary_steps(SolverContext& ctx, Field3& phi, OpenTop open_top, const Formula& formula) {
+    const GridGeometry& g = ctx.grid;
+    LinearSystem& eq = ctx.flow.eq;
+    const int mode = ctx.settings.WIND_TUNNEL_MODE;
+    const bool wall_on_top = mode > 0;
+    const bool wall_on_sides = mode > 1;
+
+#pragma omp parallel for schedule(static)
+    for (int j = 2; j <= g.ny; ++j) {
+        for (int i = 2; i <= g.nx; ++i) {
+            if (wall_on_top) {
+                formula.template apply<Wall::top>(i, j);
+            } else if (open_top == OpenTop::zero_gradient) {
+                eq.at(i, j, g.nz) = 0.0F;
+                phi(i, j, g.nk) = phi(i, j, g.nz);
+            }
+            formula.template apply<Wall::ground>(i, j);
+        }
+    }
+    if (ctx.skip_sides != 0) {
+        return;
+    }
+
+#pragma omp parallel for schedule(static)
+    for (int k = 2; k <= g.nz; ++k) {
+        if (wall_on_sides) {
+            for (int i = 2; i <= g.nx; ++i) {
+                formula.template apply<Wall::north>(i, k);
+                formula.template apply<Wall::south>(i, k);
+            }
+        } else {
+            for (int i = 2; i <= g.ni; ++i) {
+                eq.an(i, g.ny, k) = 0.0F;
+                phi(i, g.nj, k) = phi(i, g.ny, k);
+                eq.as(i, 2, k) = 0.0F;
+                phi(i, 1, k) = phi(i, 2, k);
+            }
+        }
+        for (int j = 2; j <= g.ny; ++j) {
+            phi(g.ni, j, k) = phi(g.nx, j, k);
+        }
+        phi(g.ni, 1, k) = phi(g.ni, 2, k);
+        phi(g.ni, g.nj, k) = phi(g.ni, g.ny, k);
+    }
+}
+
+}  // namespace torvex

@@ -1,0 +1,42 @@
+// CALCED: transport of the dissipation, models 1, 3 and 4.
+//
+//   div(den U e) - div((vis/SIGE) grad e) = CE1 CMU den^2 gen tke/mu_t - CE2 CMU den^2 tke e/mu_t
+//                                           + S_canopy,   e = ted
+//
+// First-order upwind convection; cross diffusion explicit and without SIGE. e/k is written as
+// CMU den tke/mu_t. Cells beside walls are pinned, see bc_ted. ted is not clipped: CALCVIS guards
+// its division.
+//
+// reads   vol, xix..zez, fx..fz, nodes and centres at walls; tke, gen, vis, den, flxU..flxW, z0
+// writes  ted in the interior and on the boundary but the inflow and an open top; genb; the
+//         equation; resid_e, scale_e
+// ref     Launder and Spalding (1974)
+
+#include "canopy/canopy_sources_turbulence.hpp"
+#include "solver/solver_work.hpp"
+#include "solver/turbulence/transport_assembly.hpp"
+#include "solver/turbulence/transport_solution.hpp"
+#include "solver/turbulence/turbulence.hpp"
+#include "solver/turbulence/turbulence_boundary.hpp"
+#include "solver/turbulence/turbulence_sources.hpp"
+
+namespace torvex {
+
+void CALCED(SolverContext& ctx, int iter, int interval) {
+    const CaseSettings& set = ctx.settings;
+    const GridGeometry& g = ctx.grid;
+    FlowState& s = ctx.flow;
+    const DissipationConstants constants{set.CE1 * set.CMU, set.CMU * set.CE2};
+    const auto source = [&, viscos = set.VISCOS](int j, int k, Row<const float> cross) {
+        dissipation_source_row(g, s, constants, viscos, j, k, cross);
+    };
+    assemble_transport(g, s, s.ted, set.SIGE, ctx.work.transport, source);
+    if (set.canopy.canopy_mode > 0) {
+        canopy_sources_ted(ctx);
+    }
+    bc_ted(ctx);
+    solve_transport(ctx, iter, interval, {set.URFE, set.NSWPE, 1.0F, "   e: n=", "e"}, s.ted,
+                    s.resid_e, s.scale_e);
+}
+
+}  // namespace torvex

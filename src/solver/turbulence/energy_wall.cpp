@@ -1,0 +1,47 @@
+// The planes of cells beside walls before the wall formulas of an energy.
+
+#include "solver/turbulence/energy_wall.hpp"
+
+namespace torvex {
+
+namespace {
+
+void clear_cell(const GridGeometry& g, FlowState& s, int i, int j, int k) {
+    const float production = s.den(i, j, k) * s.gen(i, j, k) * g.vol(i, j, k);
+    s.eq.su(i, j, k) -= static_cast<double>(production);
+    s.eq.sp(i, j, k) = 0.0;
+}
+
+}  // namespace
+
+void clear_wall_planes(SolverContext& ctx) {
+    const GridGeometry& g = ctx.grid;
+    FlowState& s = ctx.flow;
+    const int mode = ctx.settings.WIND_TUNNEL_MODE;
+    const auto clear_level = [&](int k) {
+#pragma omp parallel for schedule(static)
+        for (int j = 2; j <= g.ny; ++j) {
+            for (int i = 2; i <= g.nx; ++i) {
+                clear_cell(g, s, i, j, k);
+            }
+        }
+    };
+    clear_level(2);
+    // Each cell once: a mesh of one layer or one row has its walls on the same cells.
+    if (mode >= 1 && g.nz > 2) {
+        clear_level(g.nz);
+    }
+    if (mode >= 2) {
+#pragma omp parallel for schedule(static)
+        for (int k = 3; k <= g.nz - 1; ++k) {
+            for (int i = 2; i <= g.nx; ++i) {
+                clear_cell(g, s, i, 2, k);
+                if (g.ny > 2) {
+                    clear_cell(g, s, i, g.ny, k);
+                }
+            }
+        }
+    }
+}
+
+}  // namespace torvex

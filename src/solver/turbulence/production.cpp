@@ -1,0 +1,114 @@
+// Production of turbulence energy along a row of cells.
+//
+//   strain        gen = mu_t/den S^2
+//   Launder-Kato  gen = mu_t/den S W
+//
+//   S^2 = 2 (du/dx)^2 + 2 (dv/dy)^2 + 2 (dw/dz)^2
+//         + (du/dy + dv/dx)^2 + (dv/dz + dw/dy)^2 + (dw/dx + du/dz)^2
+//   W^2 = (du/dy - dv/dx)^2 + (dv/dz - dw/dy)^2 + (dw/dx - du/dz)^2
+//
+// The gradients are Gauss sums over the cell: differences between opposite faces times the area
+// vectors, over the volume. mu_t = vis - viscos.
+//
+// reads   xix..zez, vol, fx, fy, fz, u, v, w, vis, den
+// writes  gen
+// ref     Launder and Spalding (1974); Kato and Launder (1993)
+
+#include "solver/turbulence/production.hpp"
+
+#include <cmath>
+
+#include "solver/interpolation.hpp"
+#include "solver/turbulence/row.hpp"
+
+namespace torvex {
+
+namespace {
+
+// A velocity component in the cells of a row and in those beside them.
+struct Neighbours {
+    Row<const float> here, north, south, top, bottom;
+};
+
+Neighbours neighbours(const Field3& x, int j, int k) {
+    return {row(x, j, k), row(x, j + 1, k), row(x, j - 1, k), row(x, j, k + 1), row(x, j, k - 1)};
+}
+
+struct Factors {
+    Row<const float> east, north, south, top, bottom;
+};
+
+// Differences between opposite faces.
+struct Differences {
+    float xi, et, ze;
+};
+
+[[gnu::always_inline]] inline Differences differences(const Neighbours& q, const Factors& f,
+                                                      int i) {
+    const float here = q.here[i];
+    const float east = between(here, q.here[i + 1], f.east[i]);
+    const float west = between(q.here[i - 1], here, f.east[i - 1]);
+    const float north = between(here, q.north[i], f.north[i]);
+    const float south = between(q.south[i], here, f.south[i]);
+    const float top = between(here, q.top[i], f.top[i]);
+    const float bottom = between(q.bottom[i], here, f.bottom[i]);
+    return {east - west, north - south, top - bottom};
+}
+
+[[gnu::always_inline]] inline float square(float x) {
+    return x * x;
+}
+
+}  // namespace
+
+template <Production production>
+void production_row(const GridGeometry& g, FlowState& s, float viscos, int j, int k) {
+    const Neighbours u = neighbours(s.u, j, k);
+    const Neighbours v = neighbours(s.v, j, k);
+    const Neighbours w = neighbours(s.w, j, k);
+    const Factors f{row(g.fx, j, k), row(g.fy, j, k), row(g.fy, j - 1, k), row(g.fz, j, k),
+                    row(g.fz, j, k - 1)};
+    const auto xix = row(g.xix, j, k);
+    const auto xiy = row(g.xiy, j, k);
+    const auto xiz = row(g.xiz, j, k);
+    const auto etx = row(g.etx, j, k);
+    const auto ety = row(g.ety, j, k);
+    const auto etz = row(g.etz, j, k);
+    const auto zex = row(g.zex, j, k);
+    const auto zey = row(g.zey, j, k);
+    const auto zez = row(g.zez, j, k);
+    const auto vol = row(g.vol, j, k);
+    const auto vis = row(s.vis, j, k);
+    const auto den = row(s.den, j, k);
+    const auto gen = row(s.gen, j, k);
+#pragma omp simd
+    for (int i = 2; i <= g.nx; ++i) {
+        const Differences du = differences(u, f, i);
+        const Differences dv = differences(v, f, i);
+        const Differences dw = differences(w, f, i);
+        const float ux = xix[i] * du.xi + etx[i] * du.et + zex[i] * du.ze;
+        const float uy = xiy[i] * du.xi + ety[i] * du.et + zey[i] * du.ze;
+        const float uz = xiz[i] * du.xi + etz[i] * du.et + zez[i] * du.ze;
+        const float vx = xix[i] * dv.xi + etx[i] * dv.et + zex[i] * dv.ze;
+        const float vy = xiy[i] * dv.xi + ety[i] * dv.et + zey[i] * dv.ze;
+        const float vz = xiz[i] * dv.xi + etz[i] * dv.et + zez[i] * dv.ze;
+        const float wx = xix[i] * dw.xi + etx[i] * dw.et + zex[i] * dw.ze;
+        const float wy = xiy[i] * dw.xi + ety[i] * dw.et + zey[i] * dw.ze;
+        const float wz = xiz[i] * dw.xi + etz[i] * dw.et + zez[i] * dw.ze;
+        const float strain = 2.0F * ux * ux + 2.0F * vy * vy + 2.0F * wz * wz + square(uy + vx) +
+                             square(vz + wy) + square(wx + uz);
+        const float c = ((vis[i] - viscos) / (vol[i] * vol[i])) / den[i];
+        if constexpr (production == Production::launder_kato) {
+            const float vorticity = square(uy - vx) + square(vz - wy) + square(wx - uz);
+            gen[i] = std::sqrt(vorticity) * (std::sqrt(strain) * c);
+        } else {
+            gen[i] = strain * c;
+        }
+    }
+}
+
+template void production_row<Production::strain>(const GridGeometry&, FlowState&, float, int, int);
+template void production_row<Production::launder_kato>(const GridGeometry&, FlowState&, float, int,
+                                                       int);
+
+}  // namespace torvex

@@ -1,0 +1,97 @@
+// Kernels of the turbulence transport equations along a row of cells.
+//
+// A face with the area vector A of its own direction and those B, C of the two others passes
+//
+//   diffusion     vis/vol ( A.A dphi_A / sigma + A.B dphi_B + A.C dphi_C )
+//   convection    den flux phi of the cell upwind
+//
+// where dphi are differences over one cell along the three directions. The first term and
+// convection go into the coefficients, the two cross terms into the source. The turbulent Prandtl
+// number sigma divides the first term only; that the cross terms go without it is deliberate.
+//
+// Products of area vectors are formed at the centres and then interpolated to the faces.
+
+#include "solver/turbulence/transport_rows.hpp"
+
+#include "base/field.hpp"
+#include "solver/interpolation.hpp"
+
+namespace torvex {
+
+namespace {
+
+// Zero where x is negative. A value that is not a number stays what it is.
+[[gnu::always_inline]] inline float positive_part(float x) {
+    return x < 0.0F ? 0.0F : x;
+}
+
+}  // namespace
+
+void transport_faces(const FaceRows& face, float over_sigma, int first, int last) {
+    const auto& [factor, low, high, flux, a, b, c, d, to_high, to_low, cross] = face;
+#pragma omp simd
+    for (int i = first; i <= last; ++i) {
+        const float f = factor[i];
+        const float vis = between(low.vis[i], high.vis[i], f);
+        const float vol = between(low.vol[i], high.vol[i], f);
+        const float diffusivity = vis / vol;
+        const float own = between(low.own[i], high.own[i], f);
+        const float orthogonal = diffusivity * over_sigma * own;
+        const float mass = between(low.den[i], high.den[i], f) * flux[i];
+        to_high[i] = orthogonal + positive_part(-mass);
+        to_low[i] = orthogonal + positive_part(mass);
+        const float along_first = between(low.first[i], high.first[i], f) * (a[i] - b[i]);
+        const float along_second = between(low.second[i], high.second[i], f) * (c[i] + d[i]);
+        cross[i] = 0.5F * diffusivity * (along_first + along_second);
+    }
+}
+
+void metric_products(const GridGeometry& g, int j, int k, const ProductRows& out) {
+    const auto xix = row(g.xix, j, k);
+    const auto xiy = row(g.xiy, j, k);
+    const auto xiz = row(g.xiz, j, k);
+    const auto etx = row(g.etx, j, k);
+    const auto ety = row(g.ety, j, k);
+    const auto etz = row(g.etz, j, k);
+    const auto zex = row(g.zex, j, k);
+    const auto zey = row(g.zey, j, k);
+    const auto zez = row(g.zez, j, k);
+#pragma omp simd
+    for (int i = 1; i <= g.ni; ++i) {
+        out.xi_xi[i] = xix[i] * xix[i] + xiy[i] * xiy[i] + xiz[i] * xiz[i];
+        out.et_et[i] = etx[i] * etx[i] + ety[i] * ety[i] + etz[i] * etz[i];
+        out.ze_ze[i] = zex[i] * zex[i] + zey[i] * zey[i] + zez[i] * zez[i];
+        out.xi_et[i] = xix[i] * etx[i] + xiy[i] * ety[i] + xiz[i] * etz[i];
+        out.xi_ze[i] = xix[i] * zex[i] + xiy[i] * zey[i] + xiz[i] * zez[i];
+        out.et_ze[i] = etx[i] * zex[i] + ety[i] * zey[i] + etz[i] * zez[i];
+    }
+}
+
+void zeta_products(const GridGeometry& g, int j, int k, const ProductRows& out) {
+    const auto xix = row(g.xix, j, k);
+    const auto xiy = row(g.xiy, j, k);
+    const auto xiz = row(g.xiz, j, k);
+    const auto etx = row(g.etx, j, k);
+    const auto ety = row(g.ety, j, k);
+    const auto etz = row(g.etz, j, k);
+    const auto zex = row(g.zex, j, k);
+    const auto zey = row(g.zey, j, k);
+    const auto zez = row(g.zez, j, k);
+#pragma omp simd
+    for (int i = 1; i <= g.ni; ++i) {
+        out.ze_ze[i] = zex[i] * zex[i] + zey[i] * zey[i] + zez[i] * zez[i];
+        out.xi_ze[i] = xix[i] * zex[i] + xiy[i] * zey[i] + xiz[i] * zez[i];
+        out.et_ze[i] = etx[i] * zex[i] + ety[i] * zey[i] + etz[i] * zez[i];
+    }
+}
+
+void to_i_faces(const GridGeometry& g, const Field3& phi, int j, int k, Row<float> out) {
+    const auto fx = row(g.fx, j, k);
+    const auto x = row(phi, j, k);
+#pragma omp simd
+    for (int i = 1; i <= g.nx; ++i) {
+        out[i] = between(x[i], x[i + 1], fx[i]);
+    }
+}
+
+}  // namespace torvex

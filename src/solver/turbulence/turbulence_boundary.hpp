@@ -1,0 +1,17 @@
+#pragma once
+
+#include "solver/solver_context.hpp"
+
+namespace torvex {
+
+// Boundary steps of the turbulence equations, after the sources and before the relaxation: wall
+// formulas in the cells beside walls, values beyond the boundary, coefficients towards it. The
+// inflow plane is never written.
+void bc_tke(SolverContext& ctx);
+void bc_ted(SolverContext& ctx);
+void bc_tkl(SolverContext& ctx);
+
+// Values of vis, with model 4 of viskl too, on the boundary.
+void bc_vis(SolverContext& ctx);
+
+}  // namespace torvex
