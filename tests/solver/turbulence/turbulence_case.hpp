@@ -1,0 +1,43 @@
+#pragma once
+
+#include "base/case_settings.hpp"
+#include "base/iteration_report.hpp"
+#include "base/text_log.hpp"
+#include "mesh/grid_geometry.hpp"
+#include "solver/flow_state.hpp"
+#include "solver/solver_context.hpp"
+#include "solver/solver_work.hpp"
+
+namespace torvex::test {
+
+// A mesh, a flow and settings on which the turbulence routines run without a case.
+class TurbulenceCase {
+ public:
+    // All fields at 0 but den and wall_gen_factor at 1 and z0 at 0.03; all constants at their
+    // defaults; one sweep of each equation without under-relaxation.
+    TurbulenceCase(GridGeometry mesh, int model);
+
+    SolverContext context(int skip_sides = 0) {
+        return {settings, grid, flow, work, report_, skip_sides};
+    }
+    // The report goes to this file instead of nowhere.
+    void report_to(const std::string& path) { log_.open(path, TextLog::Existing::discard); }
+
+    CaseSettings settings;
+    GridGeometry grid;
+    FlowState flow;
+    SolverWork work;
+
+ private:
+    TextLog log_;
+    IterationReport report_{log_};
+};
+
+// Every field random: velocities of both signs, fluxes of both signs, positive energies, a density
+// that varies, roughness far below the first cell centre, drag everywhere.
+void make_random(TurbulenceCase& c, unsigned seed);
+
+// A mesh of unequal counts with shaken nodes, and cells about 3 m wide and 2 m high.
+GridGeometry shaken_block();
+
+}  // namespace torvex::test
