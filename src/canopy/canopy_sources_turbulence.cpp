@@ -56,7 +56,7 @@ void for_rows_above_ground(const GridGeometry& g, RowSources sources) {
 
 }  // namespace
 
-void canopy_sources_tke(SolverContext& ctx) {
+void canopy_sources_tke(const SolverContext& ctx) {
     if (!acts(ctx)) {
         return;
     }
@@ -77,7 +77,7 @@ void canopy_sources_tke(SolverContext& ctx) {
     });
 }
 
-void canopy_sources_ted(SolverContext& ctx) {
+void canopy_sources_ted(const SolverContext& ctx) {
     if (!acts(ctx)) {
         return;
     }

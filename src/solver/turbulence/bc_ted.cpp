@@ -24,7 +24,7 @@ namespace {
 
 class DissipationWall {
  public:
-    explicit DissipationWall(SolverContext& ctx)
+    explicit DissipationWall(const SolverContext& ctx)
         : ctx_(ctx), cmu34_(std::pow(ctx.settings.CMU, 0.75F)) {}
 
     template <Wall wall>
@@ -44,13 +44,13 @@ class DissipationWall {
     }
 
  private:
-    SolverContext& ctx_;
+    const SolverContext& ctx_;
     float cmu34_;
 };
 
 }  // namespace
 
-void bc_ted(SolverContext& ctx) {
+void bc_ted(const SolverContext& ctx) {
     boundary_steps(ctx, ctx.flow.ted, OpenTop::as_assembled, DissipationWall(ctx));
 }
 

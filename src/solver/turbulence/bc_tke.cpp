@@ -11,7 +11,7 @@
 
 namespace torvex {
 
-void bc_tke(SolverContext& ctx) {
+void bc_tke(const SolverContext& ctx) {
     boundary_steps(ctx, ctx.flow.tke, OpenTop::zero_gradient,
                    EnergyWall(ctx, ctx.flow.tke, ctx.settings.CMU));
 }

@@ -10,7 +10,7 @@
 
 namespace torvex {
 
-void bc_tkl(SolverContext& ctx) {
+void bc_tkl(const SolverContext& ctx) {
     boundary_steps(ctx, ctx.flow.tkl, OpenTop::zero_gradient,
                    EnergyWall(ctx, ctx.flow.tkl, ctx.settings.KL_CMU));
 }

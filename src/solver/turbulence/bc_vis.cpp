@@ -32,7 +32,7 @@ void boundary_values(const GridGeometry& g, float viscos, Field3& vis) {
 
 }  // namespace
 
-void bc_vis(SolverContext& ctx) {
+void bc_vis(const SolverContext& ctx) {
     boundary_values(ctx.grid, ctx.settings.VISCOS, ctx.flow.vis);
     if (ctx.settings.TURBULENCE_MODEL == 4) {
         boundary_values(ctx.grid, ctx.settings.VISCOS, ctx.flow.viskl);

@@ -22,7 +22,7 @@
 
 namespace torvex {
 
-void CALCED(SolverContext& ctx, int iter, int interval) {
+void CALCED(const SolverContext& ctx, int iter, int interval) {
     const CaseSettings& set = ctx.settings;
     const GridGeometry& g = ctx.grid;
     FlowState& s = ctx.flow;

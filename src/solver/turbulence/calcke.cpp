@@ -27,7 +27,7 @@ namespace torvex {
 namespace {
 
 template <Production production>
-void assemble(SolverContext& ctx) {
+void assemble(const SolverContext& ctx) {
     const CaseSettings& set = ctx.settings;
     const GridGeometry& g = ctx.grid;
     FlowState& s = ctx.flow;
@@ -41,7 +41,7 @@ void assemble(SolverContext& ctx) {
 
 }  // namespace
 
-void CALCKE(SolverContext& ctx, int iter, int interval) {
+void CALCKE(const SolverContext& ctx, int iter, int interval) {
     const CaseSettings& set = ctx.settings;
     FlowState& s = ctx.flow;
     if (set.TURBULENCE_MODEL == 3) {

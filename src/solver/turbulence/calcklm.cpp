@@ -19,7 +19,7 @@
 
 namespace torvex {
 
-void CALCKLM(SolverContext& ctx, int iter, int interval) {
+void CALCKLM(const SolverContext& ctx, int iter, int interval) {
     const CaseSettings& set = ctx.settings;
     const GridGeometry& g = ctx.grid;
     FlowState& s = ctx.flow;

@@ -58,7 +58,7 @@ void length_row(const GridGeometry& g, Field3& lm, int j, int k, Row<const float
     }
 }
 
-void mixing_length(SolverContext& ctx, const Field3& energy) {
+void mixing_length(const SolverContext& ctx, const Field3& energy) {
     const GridGeometry& g = ctx.grid;
     const float alpha = ctx.settings.KL_ALPHA;
     Field3& lm = ctx.flow.lm;
@@ -88,11 +88,11 @@ void mixing_length(SolverContext& ctx, const Field3& energy) {
 
 }  // namespace
 
-void CALCLM(SolverContext& ctx) {
+void CALCLM(const SolverContext& ctx) {
     mixing_length(ctx, ctx.flow.tke);
 }
 
-void CALCLM_(SolverContext& ctx) {
+void CALCLM_(const SolverContext& ctx) {
     mixing_length(ctx, ctx.flow.tkl);
 }
 

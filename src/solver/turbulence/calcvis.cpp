@@ -93,7 +93,7 @@ void inner_cells(const CaseSettings& set, const GridGeometry& g, FlowState& s) {
 
 }  // namespace
 
-void CALCVIS(SolverContext& ctx) {
+void CALCVIS(const SolverContext& ctx) {
     switch (ctx.settings.TURBULENCE_MODEL) {
         case 2:
             inner_cells<2>(ctx.settings, ctx.grid, ctx.flow);

@@ -14,7 +14,7 @@ void clear_cell(const GridGeometry& g, FlowState& s, int i, int j, int k) {
 
 }  // namespace
 
-void clear_wall_planes(SolverContext& ctx) {
+void clear_wall_planes(const SolverContext& ctx) {
     const GridGeometry& g = ctx.grid;
     FlowState& s = ctx.flow;
     const int mode = ctx.settings.WIND_TUNNEL_MODE;

@@ -18,7 +18,7 @@ namespace torvex {
 // ref  Launder and Spalding (1974)
 class EnergyWall {
  public:
-    EnergyWall(SolverContext& ctx, Field3& energy, float c_mu)
+    EnergyWall(const SolverContext& ctx, Field3& energy, float c_mu)
         : ctx_(ctx),
           energy_(energy),
           cmu4_(std::sqrt(std::sqrt(c_mu))),
@@ -53,7 +53,7 @@ class EnergyWall {
     }
 
  private:
-    SolverContext& ctx_;
+    const SolverContext& ctx_;
     Field3& energy_;
     float cmu4_;
     float cmu34_;
@@ -61,6 +61,6 @@ class EnergyWall {
 
 // What an energy equation changes beside walls before its boundary steps: the production by the
 // resolved shear goes out again and the sink is cleared, for the wall formula takes their place.
-void clear_wall_planes(SolverContext& ctx);
+void clear_wall_planes(const SolverContext& ctx);
 
 }  // namespace torvex

@@ -52,7 +52,7 @@ void under_relax(const GridGeometry& g, LinearSystem& eq, const Field3& phi, flo
 
 }  // namespace
 
-void solve_transport(SolverContext& ctx, int iter, int interval, const TransportSolution& how,
+void solve_transport(const SolverContext& ctx, int iter, int interval, const TransportSolution& how,
                      Field3& phi, float& resid, float& scale) {
     const GridGeometry& g = ctx.grid;
     LinearSystem& eq = ctx.flow.eq;

@@ -18,7 +18,7 @@ struct TransportSolution {
 // From the assembled system to the new phi: under-relaxation, residual and scale in iterations
 // that are a multiple of `interval`, sweeps until the residual sum falls below a tenth of `resid`,
 // one line of report. Between those iterations the sums compare with a stale `resid`, on purpose.
-void solve_transport(SolverContext& ctx, int iter, int interval, const TransportSolution& how,
+void solve_transport(const SolverContext& ctx, int iter, int interval, const TransportSolution& how,
                      Field3& phi, float& resid, float& scale);
 
 // tke and tkl stay at TINY or above, on the inflow and south planes too. A value that is not a

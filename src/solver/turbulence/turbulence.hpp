@@ -12,15 +12,15 @@ namespace torvex {
 //   4 hybrid                                          CALCKE, CALCED, CALCKLM, CALCLM_, CALCVIS
 //
 // Residuals and their references are taken in iterations that are a multiple of `interval`.
-void CALCKE(SolverContext& ctx, int iter, int interval);
-void CALCED(SolverContext& ctx, int iter, int interval);
-void CALCKLM(SolverContext& ctx, int iter, int interval);
+void CALCKE(const SolverContext& ctx, int iter, int interval);
+void CALCED(const SolverContext& ctx, int iter, int interval);
+void CALCKLM(const SolverContext& ctx, int iter, int interval);
 
 // Mixing length from tke, and from tkl.
-void CALCLM(SolverContext& ctx);
-void CALCLM_(SolverContext& ctx);
+void CALCLM(const SolverContext& ctx);
+void CALCLM_(const SolverContext& ctx);
 
 // Effective viscosity.
-void CALCVIS(SolverContext& ctx);
+void CALCVIS(const SolverContext& ctx);
 
 }  // namespace torvex

@@ -7,11 +7,11 @@ namespace torvex {
 // Boundary steps of the turbulence equations, after the sources and before the relaxation: wall
 // formulas in the cells beside walls, values beyond the boundary, coefficients towards it. The
 // inflow plane is never written.
-void bc_tke(SolverContext& ctx);
-void bc_ted(SolverContext& ctx);
-void bc_tkl(SolverContext& ctx);
+void bc_tke(const SolverContext& ctx);
+void bc_ted(const SolverContext& ctx);
+void bc_tkl(const SolverContext& ctx);
 
 // Values of vis, with model 4 of viskl too, on the boundary.
-void bc_vis(SolverContext& ctx);
+void bc_vis(const SolverContext& ctx);
 
 }  // namespace torvex
