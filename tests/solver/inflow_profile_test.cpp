@@ -5,6 +5,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+#include <random>
 #include <string>
 
 #include "support/failures.hpp"
@@ -124,6 +127,29 @@ TEST_F(InflowProfileFile, RefusesTheOtherForm) {
     expect_refused("2\ntitles\n0 0 0 0 0 1 0 0\n5 1 0 0 0 1 0 0\n", true, 1, "fewer than 3");
     expect_refused("h u tke\n10 5 1\n", false, 1, "number of levels");
     expect_refused("10 5 1\n20 6 1\n30 7 1\n", false, 3, "fewer than 8");
+}
+
+// Whatever the bytes: a profile that rises and is finite, or a stop with code 1.
+TEST_F(InflowProfileFile, SurvivesRandomTexts) {
+    std::mt19937 random(7);
+    const std::string_view alphabet = "0123456789012345 \n\n  +-.,/*eE'x\"\t\r!";
+    int read_well = 0;
+    for (int n = 0; n < 200; ++n) {
+        std::string text = n % 2 == 0 ? "3\n\n" : "";
+        for (auto left = random() % 60; left > 0; --left) {
+            text += alphabet[random() % alphabet.size()];
+        }
+        try {
+            const InflowProfile profile = read(text, n % 4 < 2);
+            ASSERT_FALSE(profile.height.empty());
+            EXPECT_TRUE(std::is_sorted(profile.height.begin(), profile.height.end()));
+            EXPECT_TRUE(std::isfinite(value_at(profile.u, place_in(profile, 10))));
+            ++read_well;
+        } catch (const Stop& stop) {
+            EXPECT_EQ(stop.code(), 1);
+        }
+    }
+    EXPECT_GT(read_well, 0);
 }
 
 TEST_F(InflowProfileFile, RefusesWhatIsNoReadableFile) {
