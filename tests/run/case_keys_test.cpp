@@ -14,7 +14,6 @@
 namespace torvex {
 namespace {
 
-using test::ReadCase;
 using test::ReadGroup;
 using test::stop_of;
 using ::testing::HasSubstr;

@@ -58,6 +58,7 @@ std::vector<std::string> read_corpus(const std::string& directory) {
     }
     std::sort(paths.begin(), paths.end());
     std::vector<std::string> texts;
+    texts.reserve(paths.size());
     for (const auto& path : paths) {
         texts.push_back(read_text_file(path.string()).value_or(""));
     }

@@ -13,7 +13,6 @@ namespace torvex {
 namespace {
 
 using test::stop_of;
-using ::testing::HasSubstr;
 
 CaseText text(const std::string& body) {
     return {"case.tin", body};

@@ -12,7 +12,6 @@
 namespace torvex {
 namespace {
 
-using test::group_named;
 using test::ReadGroup;
 using test::stop_of;
 using ::testing::HasSubstr;
