@@ -106,7 +106,7 @@ constexpr std::array table{
     StopCode{162, "monitor", "MONITOR_HEIGHT is above CONSTANT_DZ_HEIGHT",
              "lower MONITOR_HEIGHT (30 m when MONITOR_POSITION is 0) or raise CONSTANT_DZ_HEIGHT"},
     StopCode{163, "monitor", "MONITOR_HEIGHT is not above 0", "give a height above ground"},
-    StopCode{185, "nesting", "a required key of the block nest_points is missing or unreadable",
+    StopCode{185, "nesting", "a required key of the block nest_points is missing",
              "give all keys of the block; only nest_bc_distr and nest_bc_ofix may be left out"},
     StopCode{186, "upwind roughness",
              "the log-upwind_roughness file of an earlier run cannot be read",

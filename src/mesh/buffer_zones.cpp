@@ -22,7 +22,7 @@ struct ZoneWidths {
 [[noreturn]] void refuse(RunLog& log, int code, const std::string& text, const char* keys) {
     log.timed(" [Stop " + std::to_string(code) + "]: " + text);
     stop(code, text, keys,
-         "widen the buffer zone, use finer cells, or set BOUNDARY_HEIGHT_MODE to 0 or 1");
+         "widen the buffer zone or use finer cells; BOUNDARY_HEIGHT_MODE above 1 needs XYCONF");
 }
 
 float mix(float r, float from, float to) {

@@ -121,7 +121,7 @@ void ViewTable::write_last(std::string_view row) {
 }
 
 void clear_view_log(ViewTable& table) {
-    for (int n = 2; n <= table.count(); ++n) {
+    for (int n = 2; n <= table.slots(); ++n) {
         table.write_slot(n, "");
     }
     table.write_count(1);

@@ -46,7 +46,7 @@ class ViewTable {
     std::string path_;
 };
 
-// Blanks all used slots but the first and sets the count to 1.
+// Blanks all slots but the first and sets the count to 1.
 void clear_view_log(ViewTable& table);
 
 // Copies a table over another one that may be open elsewhere for reading; the copy keeps its place

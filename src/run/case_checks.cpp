@@ -26,14 +26,14 @@ class Checks {
     }
     void above_zero(const char* key, float value) const {
         if (!(value > 0.0F)) {
-            fail(key, edit::F(value, 12, 4), "a value above 0");
+            fail(key, edit::list(value), "a value above 0");
         }
     }
     [[noreturn]] void fail(const std::string& key, const std::string& value,
                            const std::string& expected) const {
         const std::string name = key.substr(0, key.find('('));
         stop(1,
-             "key " + key + " is " + std::string(left_adjusted(value)) + ", expected " + expected,
+             "key " + key + " is " + std::string(trimmed(value)) + ", expected " + expected,
              lines_.where(file_, name));
     }
 
@@ -48,10 +48,10 @@ void check_angles(const Checks& check, const CaseSettings& settings) {
         const float angle = angle_of(settings, iwd);
         const std::string key = "WIND_DIRECTION_ANGLE(" + std::to_string(iwd) + ")";
         if (!(angle >= 0.0F && angle <= 360.0F)) {
-            check.fail(key, edit::F(angle, 14, 4), "0 to 360 degrees");
+            check.fail(key, edit::list(angle), "0 to 360 degrees");
         }
         if (!tags.insert(wd_tag_of(angle)).second) {
-            check.fail(key, edit::F(angle, 14, 4),
+            check.fail(key, edit::list(angle),
                        "an angle of its own: another direction has the tag " + wd_tag_of(angle) +
                            " too, and their files would overwrite each other");
         }

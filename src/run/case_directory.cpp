@@ -1,5 +1,6 @@
 #include "run/case_directory.hpp"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 
@@ -9,7 +10,13 @@ std::string full_path(const std::string& name) {
     if (name.empty()) {
         return name;
     }
-    return std::filesystem::absolute(name).lexically_normal().string();
+    const std::filesystem::path path = std::filesystem::absolute(name);
+    // Behind a link ".." is the directory above the link's target, which only the disk can tell.
+    const bool climbs = std::ranges::find(path, "..") != path.end();
+    std::error_code error;
+    const std::filesystem::path resolved =
+        climbs ? std::filesystem::weakly_canonical(path, error) : path.lexically_normal();
+    return error ? path.string() : resolved.string();
 }
 
 bool enter_directory_of(const std::string& path) {

@@ -10,7 +10,8 @@
 
 #include "mesh/test_meshes.hpp"
 #include "solver/fields.hpp"
-#include "solver/wall_face.hpp"
+#include "mesh/vec3.hpp"
+#include "solver/wall.hpp"
 
 namespace torvex {
 namespace {
@@ -61,7 +62,7 @@ TEST(CoarseRoughness, MeasuresAlongTheNormalOfTheGround) {
     const GridGeometry g = with_metrics(mapped_mesh({5, 5, 5}, [](double s, double t, double q) {
         return Position{40 * s, 40 * t, 40 * s + 16 * q};
     }));
-    EXPECT_NEAR(wall_across_k(g, 3, 3, 2, 1).distance, std::sqrt(2.0F), 1e-5F);
+    EXPECT_NEAR(wall_cell<Wall::ground>(g, 3, 3).d, std::sqrt(2.0F), 1e-5F);
     EXPECT_EQ(warning({}, g, roughness_of(g, 0.7F)), "");
     EXPECT_THAT(warning({}, g, roughness_of(g, 0.72F)), HasSubstr("d= 0.1414E+01"));
 }
@@ -82,18 +83,18 @@ TEST(CoarseRoughness, LooksAtTheWallsOfATunnel) {
     EXPECT_THAT(warning(settings, high, s), HasSubstr("d= 0.2000E+01"));
 }
 
-TEST(WallFace, HasTheUnitNormalTowardsRisingIndexAtAllFourWalls) {
+TEST(WallCell, HasTheUnitNormalTowardsRisingIndexAtAllFourWalls) {
     const GridGeometry g = box();
-    const auto expect_wall = [](const WallFace& wall, const Vec3& normal, float distance) {
-        EXPECT_EQ(wall.normal.x, normal.x);
-        EXPECT_EQ(wall.normal.y, normal.y);
-        EXPECT_EQ(wall.normal.z, normal.z);
-        EXPECT_EQ(wall.distance, distance);
+    const auto expect_wall = [](const WallCell& wall, const Vec3& normal, float distance) {
+        EXPECT_EQ(wall.n_x, normal.x);
+        EXPECT_EQ(wall.n_y, normal.y);
+        EXPECT_EQ(wall.n_z, normal.z);
+        EXPECT_EQ(wall.d, distance);
     };
-    expect_wall(wall_across_k(g, 3, 3, 2, 1), {0, 0, 1}, 2);
-    expect_wall(wall_across_k(g, 3, 3, g.nz, g.nk), {0, 0, 1}, 2);
-    expect_wall(wall_across_j(g, 3, 3, 2, 1), {0, 1, 0}, 4);
-    expect_wall(wall_across_j(g, 3, 3, g.ny, g.nj), {0, 1, 0}, 4);
+    expect_wall(wall_cell<Wall::ground>(g, 3, 3), {0, 0, 1}, 2);
+    expect_wall(wall_cell<Wall::top>(g, 3, 3), {0, 0, 1}, 2);
+    expect_wall(wall_cell<Wall::south>(g, 3, 3), {0, 1, 0}, 4);
+    expect_wall(wall_cell<Wall::north>(g, 3, 3), {0, 1, 0}, 4);
 }
 
 }  // namespace
