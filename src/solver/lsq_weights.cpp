@@ -1,38 +1,44 @@
+// lsq_weights: Gauss-Seidel with over-relaxation on the small system gram*beta = rhsL, from beta =
+// 0, until the sum of |residual| is below 0.0001, for at most 100 rounds.
+//
+// The sum is tested before each round: where nothing is left to correct, beta stays 0. A beta whose
+// diagonal is not above 0, that of a correction without an image, is left alone. Whatever is
+// reached after the last round stands.
+
 #include "solver/lsq_weights.hpp"
 
 #include <cmath>
-#include <cstddef>
 
 namespace torvex {
 
 namespace {
 
-float row_residual(const LeastSquares& system, std::size_t rows, std::size_t a) {
-    float r = system.rhsL[a];
-    for (std::size_t b = 0; b < rows; ++b) {
-        r -= system.gram[a][b] * system.beta[b];
+float residual(const LeastSquares& s, int L, int a) {
+    float r = s.rhsL(a);
+    for (int b = 1; b <= L; ++b) {
+        r -= s.gram(a, b) * s.beta(b);
     }
     return r;
 }
 
+float residual_sum(const LeastSquares& s, int L) {
+    float sum = 0;
+    for (int a = 1; a <= L; ++a) {
+        sum += std::abs(residual(s, L, a));
+    }
+    return sum;
+}
+
 }  // namespace
 
-void lsq_weights(LeastSquares& system, int m, float omega) {
-    constexpr int most_rounds = 100;
-    constexpr float small_enough = 0.0001F;
-    const auto rows = static_cast<std::size_t>(m);
-    system.beta.fill(0.0F);
-    for (int round = 0; round < most_rounds; ++round) {
-        float sum = 0.0F;
-        for (std::size_t a = 0; a < rows; ++a) {
-            sum += std::abs(row_residual(system, rows, a));
-        }
-        if (sum < small_enough) {
-            return;
-        }
-        for (std::size_t a = 0; a < rows; ++a) {
-            if (system.gram[a][a] > 0.0F) {
-                system.beta[a] += omega * row_residual(system, rows, a) / system.gram[a][a];
+void lsq_weights(int L, float omega, LeastSquares& system) {
+    constexpr int rounds = 100;
+    constexpr float enough = 0.0001F;
+    system.beta.fill(0);
+    for (int round = 0; round < rounds && !(residual_sum(system, L) < enough); ++round) {
+        for (int a = 1; a <= L; ++a) {
+            if (const float diagonal = system.gram(a, a); diagonal > 0) {
+                system.beta(a) += omega * residual(system, L, a) / diagonal;
             }
         }
     }

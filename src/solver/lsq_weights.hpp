@@ -1,21 +1,19 @@
 #pragma once
 
-#include <array>
+#include "base/field.hpp"
+#include "base/fixed_array.hpp"
+#include "solver/solver_work.hpp"
 
 namespace torvex {
 
-inline constexpr int stored_corrections = 4;
-
-// The normal equations of the residual cutting method: gram beta = rhsL, of which the first m rows
-// and columns are in use.
+// The least-squares system of the stored corrections, 1 the newest.
 struct LeastSquares {
-    std::array<std::array<float, stored_corrections>, stored_corrections> gram{};
-    std::array<float, stored_corrections> rhsL{};
-    std::array<float, stored_corrections> beta{};
+    Field2 gram{stored_corrections, stored_corrections};
+    FixedArray<float, stored_corrections> rhsL;
+    FixedArray<float, stored_corrections> beta;
 };
 
-// Gauss-Seidel with over-relaxation from beta = 0, at most 100 rounds, until the sum of |residual|
-// is below 0.0001. The sum is tested before each round; a beta whose diagonal is not above 0 stays.
-void lsq_weights(LeastSquares& system, int m, float omega);
+// Solves gram*beta = rhsL for the leading L unknowns.
+void lsq_weights(int L, float omega, LeastSquares& system);
 
 }  // namespace torvex

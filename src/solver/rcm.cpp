@@ -1,142 +1,182 @@
-// RCM: the residual cutting method. Each cycle finds a correction by SIP and then takes the best
-// combination of the last four by least squares:
+// RCM: the residual cutting method. Each cycle n, with r the residual of phi:
 //
-//   phi = phi + sum beta_a d_a,   beta minimises | r - sum beta_a A d_a |
+//   1  d_1 = an approximate solution of A d = r by seven sweeps of SIP; the corrections of the last
+//      cycles are d_2..d_m, m = min(L, n)
+//   2  image_a = A d_a, with A d = ap d - (ae d(i+1) + aw d(i-1) + ... + ab d(k-1))
+//   3  gram(a,b) = sum image_a image_b, rhsL(a) = sum image_a r; beta from lsq_weights
+//   4  phi = phi + sum beta_a d_a
+//   5  r1 = sum |r|, a = r1 / r0; done when 0.1 > a
 //
-// reads   ae..ab, ap, su; phi beside the range
-// writes  phi in the range
-// order   every sum runs over the cells of a plane k in the order j, i, then over the planes; in
-//         single precision, the same for any number of threads
-// ref     Tamura, Kikuchi and Takahashi (1997); Stone (1968)
+// reads   ae..ab, ap, su, phi beside the range
+// writes  phi in the range; work
+//
+// All sums are in single precision, by planes. Sums that have not changed are kept: the images of
+// the older corrections, their products, the factors of SIP and the residual, which is the right
+// side of the next cycle. With r0 = 0, a is not a number and every cycle runs.
 
 #include "solver/rcm.hpp"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstddef>
-#include <vector>
+#include <utility>
 
-#include "solver/residual_sum.hpp"
-#include "solver/seven_point.hpp"
+#include "base/assertion.hpp"
+#include "solver/lsq_weights.hpp"
+#include "solver/plane_sums.hpp"
+#include "solver/sip.hpp"
+#include "solver/system_rows.hpp"
 
 namespace torvex {
 
 namespace {
 
-constexpr int sip_sweeps = 7;
-constexpr float sip_alpha = 0.9F;
-constexpr float stop_ratio = 0.1F;
-
-void residual_field(const CellRange& range, const LinearSystem& eq, const Field3& phi, Field3& r) {
-#pragma omp parallel for schedule(static)
-    for (int k = range.k1; k <= range.k2; ++k) {
-        for (int j = range.j1; j <= range.j2; ++j) {
+// work.rhs = r; the sum of |r|.
+float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq, Field3& rhs) {
+    const int n = cells_i(cells);
+    return plane_sums<1>(cells, [&](int k) {
+        float sum = 0;
+        for (int j = cells.j1; j <= cells.j2; ++j) {
+            const CoefficientRow c = coefficient_row(eq, cells.i1, j, k);
+            const FieldRows x = field_rows(phi, cells.i1, j, k);
+            const double* su = &eq.su(cells.i1, j, k);
+            float* r = &rhs(cells.i1, j, k);
 #pragma omp simd
-            for (int i = range.i1; i <= range.i2; ++i) {
-                r(i, j, k) = cell_residual(eq, phi, i, j, k);
+            for (int m = 0; m < n; ++m) {
+                r[m] = static_cast<float>(static_cast<double>(c.products(x, m)) + su[m]);
+            }
+            for (int m = 0; m < n; ++m) {
+                sum += std::abs(r[m]);
             }
         }
-    }
+        return std::array<float, 1>{sum};
+    })[0];
 }
 
-void image_of(const CellRange& range, const LinearSystem& eq, const Field3& d, Field3& image) {
-#pragma omp parallel for schedule(static)
-    for (int k = range.k1; k <= range.k2; ++k) {
-        for (int j = range.j1; j <= range.j2; ++j) {
-#pragma omp simd
-            for (int i = range.i1; i <= range.i2; ++i) {
-                image(i, j, k) = -seven_point(eq, d, i, j, k);
+// The image of the newest correction, and its products with the M images and with the residual:
+// gram(1,a), then rhsL(a), for a = 1..M.
+template <std::size_t M>
+std::array<float, 2 * M> image_and_products(const CellRange& cells, const LinearSystem& eq,
+                                            SolverWork& work) {
+    const int n = cells_i(cells);
+    return plane_sums<2 * M>(cells, [&](int k) {
+        std::array<float, 2 * M> sum{};
+        for (int j = cells.j1; j <= cells.j2; ++j) {
+            const CoefficientRow c = coefficient_row(eq, cells.i1, j, k);
+            const FieldRows d = field_rows(work.correction[0], cells.i1, j, k);
+            const float* r = &work.rhs(cells.i1, j, k);
+            float* newest = &work.image[0](cells.i1, j, k);
+            std::array<const float*, M> image;
+            for (std::size_t a = 0; a < M; ++a) {
+                image[a] = &work.image[a](cells.i1, j, k);
             }
-        }
-    }
-}
-
-float scalar_product(const CellRange& range, const Field3& a, const Field3& b) {
-    std::vector<float> planes(static_cast<std::size_t>(std::max(0, range.k2 - range.k1 + 1)));
-#pragma omp parallel for schedule(static)
-    for (int k = range.k1; k <= range.k2; ++k) {
-        float sum = 0.0F;
-        for (int j = range.j1; j <= range.j2; ++j) {
-            for (int i = range.i1; i <= range.i2; ++i) {
-                sum += a(i, j, k) * b(i, j, k);
-            }
-        }
-        planes[static_cast<std::size_t>(k - range.k1)] = sum;
-    }
-    float total = 0.0F;
-    for (const float plane : planes) {
-        total += plane;
-    }
-    return total;
-}
-
-void add_corrections(const CellRange& range, const LeastSquares& weights, int m,
-                     const RcmWork& work, Field3& phi) {
-#pragma omp parallel for schedule(static)
-    for (int k = range.k1; k <= range.k2; ++k) {
-        for (int a = 0; a < m; ++a) {
-            const auto n = static_cast<std::size_t>(a);
-            const float beta = weights.beta[n];
-            const Field3& d = work.correction[n];
-            for (int j = range.j1; j <= range.j2; ++j) {
 #pragma omp simd
-                for (int i = range.i1; i <= range.i2; ++i) {
-                    phi(i, j, k) += beta * d(i, j, k);
+            for (int m = 0; m < n; ++m) {
+                newest[m] = c.ap[m] * d.c[m] - c.neighbours(d, m);
+            }
+            for (int m = 0; m < n; ++m) {
+                for (std::size_t a = 0; a < M; ++a) {
+                    sum[a] += image[a][m] * newest[m];
+                    sum[M + a] += image[a][m] * r[m];
                 }
             }
         }
+        return sum;
+    });
+}
+
+template <std::size_t M>
+void least_squares(const CellRange& cells, const LinearSystem& eq, SolverWork& work,
+                   LeastSquares& system) {
+    const std::array<float, 2 * M> products = image_and_products<M>(cells, eq, work);
+    constexpr int m = M;
+    for (int a = m; a > 1; --a) {
+        for (int b = m; b > 1; --b) {
+            system.gram(a, b) = system.gram(a - 1, b - 1);
+        }
+    }
+    for (int a = 1; a <= m; ++a) {
+        const auto at = static_cast<std::size_t>(a - 1);
+        system.gram(1, a) = products[at];
+        system.gram(a, 1) = products[at];
+        system.rhsL(a) = products[M + at];
     }
 }
 
-// The newest correction comes first; the oldest gives its place.
-void shift(RcmWork& work) {
-    std::ranges::rotate(work.correction, work.correction.end() - 1);
-    std::ranges::rotate(work.image, work.image.end() - 1);
+void least_squares(int m, const CellRange& cells, const LinearSystem& eq, SolverWork& work,
+                   LeastSquares& system) {
+    switch (m) {
+        case 1:
+            return least_squares<1>(cells, eq, work, system);
+        case 2:
+            return least_squares<2>(cells, eq, work, system);
+        case 3:
+            return least_squares<3>(cells, eq, work, system);
+        default:
+            return least_squares<4>(cells, eq, work, system);
+    }
+}
+
+void add_corrections(int m, const CellRange& cells, const LeastSquares& system,
+                     const SolverWork& work, Field3& phi) {
+    const int n = cells_i(cells);
+    // A weight of 0 for the corrections that are not there yet, whose fields are read all the same.
+    std::array<float, stored_corrections> beta{};
+    std::array<const Field3*, stored_corrections> d{};
+    for (int a = 1; a <= stored_corrections; ++a) {
+        const auto at = static_cast<std::size_t>(a - 1);
+        beta[at] = a <= m ? system.beta(a) : 0.0F;
+        d[at] = &work.correction[a <= m ? at : 0];
+    }
+#pragma omp parallel for schedule(static)
+    for (int k = cells.k1; k <= cells.k2; ++k) {
+        for (int j = cells.j1; j <= cells.j2; ++j) {
+            float* x = &phi(cells.i1, j, k);
+            const float* d1 = &(*d[0])(cells.i1, j, k);
+            const float* d2 = &(*d[1])(cells.i1, j, k);
+            const float* d3 = &(*d[2])(cells.i1, j, k);
+            const float* d4 = &(*d[3])(cells.i1, j, k);
+#pragma omp simd
+            for (int c = 0; c < n; ++c) {
+                x[c] += beta[0] * d1[c] + beta[1] * d2[c] + beta[2] * d3[c] + beta[3] * d4[c];
+            }
+        }
+    }
+}
+
+// The oldest of L corrections makes room at the front for the next.
+void shift(int L, std::array<Field3, stored_corrections>& fields) {
+    for (auto a = static_cast<std::size_t>(L - 1); a > 0; --a) {
+        std::swap(fields[a], fields[a - 1]);
+    }
 }
 
 }  // namespace
 
-void RcmWork::fit(int ni, int nj, int nk) {
-    if (rhs.ni() == ni && rhs.nj() == nj && rhs.nk() == nk) {
-        return;
-    }
-    rhs.allocate(ni, nj, nk);
-    for (int n = 0; n < stored_corrections; ++n) {
-        correction[static_cast<std::size_t>(n)].allocate(ni, nj, nk);
-        image[static_cast<std::size_t>(n)].allocate(ni, nj, nk);
-    }
-}
-
-RcmResult RCM(const CellRange& range, const LinearSystem& eq, Field3& phi, int ncycle, float r0,
-              RcmWork& work) {
+RcmResult RCM(const CellRange& cells, Field3& phi, int L, int ncycle, float r0, SolverWork& work,
+              const LinearSystem& eq) {
+    static_assert(stored_corrections == 4, "the loops over the corrections are written for four");
+    require(L >= 1 && L <= stored_corrections, "RCM: wrong number of stored corrections");
+    constexpr float alpha = 0.9F;
     constexpr float omega = 1.0F;
-    RcmResult result;
+    constexpr float stop_ratio = 0.1F;
+    constexpr int nsweep = 7;
+    LeastSquares system;
+    RcmResult result{0, 1, 0};
     if (ncycle < 1) {
         return result;
     }
-    work.fit(phi.ni(), phi.nj(), phi.nk());
-    sip_factors(range, eq, sip_alpha, work.sip);
-    LeastSquares least_squares;
-    for (result.n = 1; result.n <= ncycle; ++result.n) {
-        const int m = std::min(stored_corrections, result.n);
-        shift(work);
-        Field3& d = work.correction.front();
-        d.fill(0.0F);
-        residual_field(range, eq, phi, work.rhs);
-        SIP(range, eq, work.rhs, d, sip_sweeps, work.sip);
-        image_of(range, eq, d, work.image.front());
-        for (int a = 0; a < m; ++a) {
-            const auto row = static_cast<std::size_t>(a);
-            least_squares.rhsL[row] = scalar_product(range, work.image[row], work.rhs);
-            for (int b = 0; b <= a; ++b) {
-                const auto column = static_cast<std::size_t>(b);
-                const float product = scalar_product(range, work.image[row], work.image[column]);
-                least_squares.gram[row][column] = product;
-                least_squares.gram[column][row] = product;
-            }
-        }
-        lsq_weights(least_squares, m, omega);
-        add_corrections(range, least_squares, m, work, phi);
-        result.r1 = residual_sum(range, eq, phi);
+    residual(cells, phi, eq, work.rhs);
+    for (; result.n <= ncycle; ++result.n) {
+        const int m = std::min(L, result.n);
+        shift(L, work.correction);
+        shift(L, work.image);
+        SIP(cells, work.correction[0], nsweep, alpha, result.n, work, eq);
+        least_squares(m, cells, eq, work, system);
+        lsq_weights(m, omega, system);
+        add_corrections(m, cells, system, work, phi);
+        result.r1 = residual(cells, phi, eq, work.rhs);
         result.a = result.r1 / r0;
         if (stop_ratio > result.a) {
             break;

@@ -5,14 +5,19 @@
 
 namespace torvex {
 
-struct ResidualSums {
-    float residual = 0;  // sum of |r|, without pinned cells
-    float scale = 0;     // sum of |ap phi|, with them
+// Whether a pinned cell, sp = -BIG in single precision, counts in a residual sum.
+enum class Pinned { count, skip };
+
+// The sum of |r| over the cells of a range.
+float residual_sum(const CellRange& cells, const LinearSystem& eq, const Field3& phi,
+                   Pinned pinned);
+
+struct EquationSums {
+    float residual;  // sum of |r|, pinned cells left out
+    float scale;     // sum of |ap phi| over all cells
 };
 
-// Sums over the range, in single precision: the cells of a plane k in the order j, i, then the
-// planes in the order k; the same for any number of threads. A cell with sp = -BIG is pinned.
-ResidualSums residual_sums(const CellRange& range, const LinearSystem& eq, const Field3& phi);
-float residual_sum(const CellRange& range, const LinearSystem& eq, const Field3& phi);
+// Both sums in one pass.
+EquationSums equation_sums(const CellRange& cells, const LinearSystem& eq, const Field3& phi);
 
 }  // namespace torvex

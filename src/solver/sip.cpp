@@ -1,90 +1,209 @@
-// SIP: Stone's strongly implicit procedure for the seven-point system, here the inner solver of the
-// pressure correction.
+// SIP: Stone's strongly implicit procedure (Stone 1968) for a seven-point system with the right
+// side work.rhs.
 //
-// reads   ae..ab, ap, rhs; phi beside the range
-// writes  phi in the range
-// order   factors and forward pass for k, j, i rising, backward pass for k, j, i falling
-// ref     Stone (1968)
+// Each sweep, with r the residual of the current phi in single precision:
+//
+//   for k, j, i rising:   w = (r - lb w(k-1) - lw w(i-1) - ls w(j-1)) lpr
+//   for k, j, i falling:  w = w - un w(j+1) - ue w(i+1) - ut w(k+1),   phi = phi + w
+//
+// reads   ae..ab, ap, work.rhs
+// writes  phi in the range, its neighbours outside the range are zero; work.w, the factors
+//
+// phi starts from zero, so that the first residual is the right side itself.
+//
+// Threads take bands of rows j and follow each other plane by plane: rising, a thread starts a
+// plane when the thread south of it has finished that plane; falling, when the one north of it has.
+// This is the only waiting. It also keeps the sweeps apart: a thread that rises again is behind its
+// southern neighbour, which has fallen through everything, and it fell itself behind the northern
+// one. The order of the arithmetic of a cell is that of the serial loops for any number of threads.
 
 #include "solver/sip.hpp"
 
-#include "solver/seven_point.hpp"
+#include <omp.h>
+
+#include <algorithm>
+
+#include "solver/plane_progress.hpp"
+#include "solver/row_recurrence.hpp"
+#include "solver/sip_factors.hpp"
+#include "solver/system_rows.hpp"
 
 namespace torvex {
 
-void SipWork::fit(int ni, int nj, int nk) {
-    if (w.ni() == ni && w.nj() == nj && w.nk() == nk) {
+namespace {
+
+constexpr int stretch = 512;  // cells of a row at a time: their residuals stay in the first cache
+
+struct Sip {
+    const CellRange& cells;
+    const LinearSystem& eq;
+    Field3& phi;
+    SolverWork& work;
+    float alpha;
+};
+
+void residual(const Sip& s, int i, int j, int k, int n, float* r) {
+    const CoefficientRow c = coefficient_row(s.eq, i, j, k);
+    const FieldRows x = field_rows(s.phi, i, j, k);
+    const float* rhs = &s.work.rhs(i, j, k);
+#pragma omp simd
+    for (int m = 0; m < n; ++m) {
+        r[m] = c.products(x, m) + rhs[m];
+    }
+}
+
+void substitute_forward(const Sip& s, int i, int j, int k, int n, const float* r) {
+    const float* lb = &s.work.lb(i, j, k);
+    const float* lw = &s.work.lw(i, j, k);
+    const float* ls = &s.work.ls(i, j, k);
+    const float* lpr = &s.work.lpr(i, j, k);
+    const float* south = &s.work.w(i, j - 1, k);
+    const float* bottom = &s.work.w(i, j, k - 1);
+    float* w = &s.work.w(i, j, k);
+    Block before = filled_block(w[-1]);
+    rising_cells(n, [&]<class V>(V, int m) {
+        const V pivot = load<V>(lpr + m);
+        const V known = load<V>(r + m) - load<V>(lb + m) * load<V>(bottom + m) -
+                        load<V>(ls + m) * load<V>(south + m);
+        store(w + m, solve_rising(known * pivot, -(load<V>(lw + m) * pivot), before).x);
+    });
+}
+
+void forward_row(const Sip& s, bool first_sweep, int j, int k) {
+    alignas(64) float r[stretch];
+    for (int i = s.cells.i1; i <= s.cells.i2; i += stretch) {
+        const int n = std::min(stretch, s.cells.i2 - i + 1);
+        if (first_sweep) {
+            substitute_forward(s, i, j, k, n, &s.work.rhs(i, j, k));
+        } else {
+            residual(s, i, j, k, n, r);
+            substitute_forward(s, i, j, k, n, r);
+        }
+    }
+}
+
+void backward_row(const Sip& s, bool first_sweep, int j, int k) {
+    const int i = s.cells.i1;
+    const int n = cells_i(s.cells);
+    const float* un = &s.work.un(i, j, k);
+    const float* ue = &s.work.ue(i, j, k);
+    const float* ut = &s.work.ut(i, j, k);
+    const float* north = &s.work.w(i, j + 1, k);
+    const float* top = &s.work.w(i, j, k + 1);
+    float* w = &s.work.w(i, j, k);
+    float* phi = &s.phi(i, j, k);
+    Block before = filled_block(w[n]);
+    falling_cells(n, [&]<class V>(V, int m) {
+        const V known = load<V>(w + m) - load<V>(un + m) * load<V>(north + m) -
+                        load<V>(ut + m) * load<V>(top + m);
+        const V x = solve_falling(known, -load<V>(ue + m), before);
+        store(w + m, x);
+        store(phi + m, first_sweep ? x : load<V>(phi + m) + x);
+    });
+}
+
+// One value in every cell that touches a face of the range from outside.
+void clear_shell(const CellRange& c, Field3& field) {
+    const auto clear = [&](const CellRange& box) {
+        for (int k = box.k1; k <= box.k2; ++k) {
+            for (int j = box.j1; j <= box.j2; ++j) {
+                std::fill_n(&field(box.i1, j, k), cells_i(box), 0.0F);
+            }
+        }
+    };
+    clear({c.i1 - 1, c.j1, c.k1, c.i1 - 1, c.j2, c.k2});
+    clear({c.i2 + 1, c.j1, c.k1, c.i2 + 1, c.j2, c.k2});
+    clear({c.i1, c.j1 - 1, c.k1, c.i2, c.j1 - 1, c.k2});
+    clear({c.i1, c.j2 + 1, c.k1, c.i2, c.j2 + 1, c.k2});
+    clear({c.i1, c.j1, c.k1 - 1, c.i2, c.j2, c.k1 - 1});
+    clear({c.i1, c.j1, c.k2 + 1, c.i2, c.j2, c.k2 + 1});
+}
+
+// The band of one thread.
+class Band {
+ public:
+    Band(const Sip& sip, PlaneProgress& progress, int thread, int threads)
+        : sip_(sip),
+          progress_(progress),
+          thread_(thread),
+          threads_(threads),
+          j1_(sip.cells.j1 + cells_j(sip.cells) * thread / threads),
+          j2_(sip.cells.j1 + cells_j(sip.cells) * (thread + 1) / threads - 1) {}
+
+    void factor() {
+        rise([&](int k) {
+            sip_factor_rows(sip_.cells, j1_, j2_ - j1_ + 1, k, sip_.alpha, sip_.work, sip_.eq);
+        });
+    }
+    void sweep(bool first_sweep) {
+        rise([&](int k) {
+            for (int j = j1_; j <= j2_; ++j) {
+                forward_row(sip_, first_sweep, j, k);
+            }
+        });
+        fall([&](int k) {
+            for (int j = j2_; j >= j1_; --j) {
+                backward_row(sip_, first_sweep, j, k);
+            }
+        });
+    }
+
+ private:
+    template <class Plane>
+    void rise(const Plane& plane) {
+        for (int k = sip_.cells.k1; k <= sip_.cells.k2; ++k) {
+            follow(thread_ - 1, [&] { plane(k); });
+        }
+    }
+    template <class Plane>
+    void fall(const Plane& plane) {
+        for (int k = sip_.cells.k2; k >= sip_.cells.k1; --k) {
+            follow(thread_ + 1, [&] { plane(k); });
+        }
+    }
+    template <class Work>
+    void follow(int leader, const Work& work) {
+        ++planes_;
+        if (leader >= 0 && leader < threads_) {
+            progress_.wait_for(leader, planes_);
+        }
+        work();
+        progress_.publish(thread_, planes_);
+    }
+
+    const Sip& sip_;
+    PlaneProgress& progress_;
+    int thread_, threads_;
+    int j1_, j2_;
+    int planes_ = 0;
+};
+
+}  // namespace
+
+void SIP(const CellRange& cells, Field3& phi, int nsweep, float alpha, int cycle, SolverWork& work,
+         const LinearSystem& eq) {
+    if (is_empty(cells)) {
         return;
     }
-    for (Field3* field : {&lb, &lw, &ls, &lpr, &un, &ue, &ut, &w}) {
-        field->allocate(ni, nj, nk);
+    clear_shell(cells, phi);
+    clear_shell(cells, work.w);
+    if (cycle == 1) {
+        clear_shell(cells, work.un);
+        clear_shell(cells, work.ue);
+        clear_shell(cells, work.ut);
     }
-}
-
-void sip_factors(const CellRange& range, const LinearSystem& eq, float alpha, SipWork& work) {
-    work.fit(eq.ap.ni(), eq.ap.nj(), eq.ap.nk());
-    auto& [lb, lw, ls, lpr, un, ue, ut, w] = work;
-    for (int k = range.k1; k <= range.k2; ++k) {
-        for (int j = range.j1; j <= range.j2; ++j) {
-            for (int i = range.i1; i <= range.i2; ++i) {
-                const bool west = i > range.i1;
-                const bool south = j > range.j1;
-                const bool below = k > range.k1;
-                const float un_b = below ? un(i, j, k - 1) : 0.0F;
-                const float ue_b = below ? ue(i, j, k - 1) : 0.0F;
-                const float ut_b = below ? ut(i, j, k - 1) : 0.0F;
-                const float un_w = west ? un(i - 1, j, k) : 0.0F;
-                const float ue_w = west ? ue(i - 1, j, k) : 0.0F;
-                const float ut_w = west ? ut(i - 1, j, k) : 0.0F;
-                const float un_s = south ? un(i, j - 1, k) : 0.0F;
-                const float ue_s = south ? ue(i, j - 1, k) : 0.0F;
-                const float ut_s = south ? ut(i, j - 1, k) : 0.0F;
-                const float b = -eq.ab(i, j, k) / (1.0F + alpha * (un_b + ue_b));
-                const float a = -eq.aw(i, j, k) / (1.0F + alpha * (un_w + ut_w));
-                const float s = -eq.as(i, j, k) / (1.0F + alpha * (ue_s + ut_s));
-                const float P1 = b * un_b + a * un_w;
-                const float P2 = b * ue_b + s * ue_s;
-                const float P3 = a * ut_w + s * ut_s;
-                const float pivot = 1.0F / (eq.ap(i, j, k) + alpha * (P1 + P2 + P3) - b * ut_b -
-                                            a * ue_w - s * un_s);
-                lb(i, j, k) = b;
-                lw(i, j, k) = a;
-                ls(i, j, k) = s;
-                lpr(i, j, k) = pivot;
-                un(i, j, k) = (-eq.an(i, j, k) - alpha * P1) * pivot;
-                ue(i, j, k) = (-eq.ae(i, j, k) - alpha * P2) * pivot;
-                ut(i, j, k) = (-eq.at(i, j, k) - alpha * P3) * pivot;
+    const Sip sip{cells, eq, phi, work, alpha};
+    PlaneProgress progress(omp_get_max_threads());
+#pragma omp parallel
+    {
+        const int threads = std::min(omp_get_num_threads(), cells_j(cells));
+        if (const int thread = omp_get_thread_num(); thread < threads) {
+            Band band(sip, progress, thread, threads);
+            if (cycle == 1) {
+                band.factor();
             }
-        }
-    }
-}
-
-void SIP(const CellRange& range, const LinearSystem& eq, const Field3& rhs, Field3& phi, int nsweep,
-         SipWork& work) {
-    const auto& [lb, lw, ls, lpr, un, ue, ut, unused] = work;
-    Field3& w = work.w;
-    for (int sweep = 0; sweep < nsweep; ++sweep) {
-        for (int k = range.k1; k <= range.k2; ++k) {
-            for (int j = range.j1; j <= range.j2; ++j) {
-                for (int i = range.i1; i <= range.i2; ++i) {
-                    const float w_b = k > range.k1 ? w(i, j, k - 1) : 0.0F;
-                    const float w_s = j > range.j1 ? w(i, j - 1, k) : 0.0F;
-                    const float w_w = i > range.i1 ? w(i - 1, j, k) : 0.0F;
-                    const float r = seven_point(eq, phi, i, j, k) + rhs(i, j, k);
-                    w(i, j, k) = (r - lb(i, j, k) * w_b - lw(i, j, k) * w_w - ls(i, j, k) * w_s) *
-                                 lpr(i, j, k);
-                }
-            }
-        }
-        for (int k = range.k2; k >= range.k1; --k) {
-            for (int j = range.j2; j >= range.j1; --j) {
-                for (int i = range.i2; i >= range.i1; --i) {
-                    const float w_n = j < range.j2 ? w(i, j + 1, k) : 0.0F;
-                    const float w_e = i < range.i2 ? w(i + 1, j, k) : 0.0F;
-                    const float w_t = k < range.k2 ? w(i, j, k + 1) : 0.0F;
-                    w(i, j, k) += -un(i, j, k) * w_n - ue(i, j, k) * w_e - ut(i, j, k) * w_t;
-                    phi(i, j, k) += w(i, j, k);
-                }
+            for (int sweep = 0; sweep < nsweep; ++sweep) {
+                band.sweep(sweep == 0);
             }
         }
     }

@@ -1,20 +1,34 @@
 #pragma once
 
+#include <array>
 #include <vector>
 
-#include "solver/momentum_work.hpp"
-#include "solver/rcm.hpp"
-#include "solver/turbulence/transport_scratch.hpp"
+#include "base/field.hpp"
 
 namespace torvex {
 
-// Scratch of the linear solvers and the assembly, allocated at its first use in a direction and
-// kept.
+// Stored corrections that RCM combines.
+inline constexpr int stored_corrections = 4;
+
+// Work arrays of RCM and SIP, cell-sized, allocated once per wind direction.
 struct SolverWork {
-    MomentumWork momentum;
-    TransportScratch transport;
-    RcmWork rcm;
-    std::vector<float> plane_sums;  // one sum a plane of k
+    Field3 rhs;                                         // right side of SIP, residual of RCM
+    Field3 lb, lw, ls, lpr, un, ue, ut;                 // factors of SIP
+    Field3 w;                                           // SIP's residual, then its correction
+    std::array<Field3, stored_corrections> correction;  // of RCM, the newest first
+    std::array<Field3, stored_corrections> image;       // the matrix times each correction
+
+    void allocate(int ni, int nj, int nk) {
+        for (Field3* field : {&rhs, &lb, &lw, &ls, &lpr, &un, &ue, &ut, &w}) {
+            field->allocate(ni, nj, nk);
+        }
+        for (Field3& field : correction) {
+            field.allocate(ni, nj, nk);
+        }
+        for (Field3& field : image) {
+            field.allocate(ni, nj, nk);
+        }
+    }
 };
 
 }  // namespace torvex

@@ -5,8 +5,8 @@
 
 namespace torvex {
 
-// One Gauss-Seidel sweep over the cells of the range, in place; eq.res takes the residuals of the
+// One Gauss-Seidel sweep over the cells of `cells`, in place; eq.res takes the residuals of the
 // sweep. relax multiplies the change of every cell.
-void sweep_phi(const CellRange& range, LinearSystem& eq, Field3& phi, float relax);
+void sweep_phi(const CellRange& cells, LinearSystem& eq, Field3& phi, float relax);
 
 }  // namespace torvex

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "base/field.hpp"
+#include "solver/linear_system.hpp"
+
+namespace torvex {
+
+// A stretch of one row of a field from cell (i,j,k) on, and the rows beside it. c[n] is phi(i+n),
+// so c[-1] and c[n+1] are the west and east neighbours.
+struct FieldRows {
+    const float* c;
+    const float* north;
+    const float* south;
+    const float* top;
+    const float* bottom;
+};
+
+inline FieldRows field_rows(const Field3& phi, int i, int j, int k) {
+    return {&phi(i, j, k), &phi(i, j + 1, k), &phi(i, j - 1, k), &phi(i, j, k + 1),
+            &phi(i, j, k - 1)};
+}
+
+// The same stretch of the coefficients.
+struct CoefficientRow {
+    const float* ae;
+    const float* aw;
+    const float* an;
+    const float* as;
+    const float* at;
+    const float* ab;
+    const float* ap;
+
+    // The products with the six neighbours, summed left to right.
+    float neighbours(const FieldRows& x, int n) const {
+        return ae[n] * x.c[n + 1] + aw[n] * x.c[n - 1] + an[n] * x.north[n] + as[n] * x.south[n] +
+               at[n] * x.top[n] + ab[n] * x.bottom[n];
+    }
+    // All seven products.
+    float products(const FieldRows& x, int n) const { return neighbours(x, n) - ap[n] * x.c[n]; }
+};
+
+inline CoefficientRow coefficient_row(const LinearSystem& eq, int i, int j, int k) {
+    return {&eq.ae(i, j, k), &eq.aw(i, j, k), &eq.an(i, j, k), &eq.as(i, j, k),
+            &eq.at(i, j, k), &eq.ab(i, j, k), &eq.ap(i, j, k)};
+}
+
+// Cells, rows and planes of a range; a range whose upper bound lies below the lower one is empty.
+inline int cells_i(const CellRange& c) {
+    return c.i2 - c.i1 + 1;
+}
+inline int cells_j(const CellRange& c) {
+    return c.j2 - c.j1 + 1;
+}
+inline int cells_k(const CellRange& c) {
+    return c.k2 - c.k1 + 1;
+}
+inline bool is_empty(const CellRange& c) {
+    return cells_i(c) < 1 || cells_j(c) < 1 || cells_k(c) < 1;
+}
+
+}  // namespace torvex

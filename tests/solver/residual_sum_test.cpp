@@ -1,0 +1,115 @@
+// The residual sums of an equation.
+
+#include "solver/residual_sum.hpp"
+
+#include <gtest/gtest.h>
+#include <omp.h>
+
+#include <cmath>
+#include <limits>
+
+#include "solver/constants.hpp"
+#include "solver/plain_solvers.hpp"
+#include "solver/test_systems.hpp"
+
+namespace torvex {
+namespace {
+
+TEST(ResidualSum, EqualsTheSumInDoublePrecision) {
+    const LinearSystem eq = random_system(600, 9, 7, 1.1F, 41);
+    const Field3 phi = random_field(600, 9, 7, 42);
+    for (const CellRange& cells : {interior(600, 9, 7), CellRange{5, 3, 4, 9, 8, 4}}) {
+        double residual = 0;
+        double scale = 0;
+        for_cells(cells, [&](int i, int j, int k) {
+            residual += std::abs(exact_residual(eq, phi, i, j, k));
+            scale += std::abs(double(eq.ap(i, j, k)) * double(phi(i, j, k)));
+        });
+        EXPECT_NEAR(residual_sum(cells, eq, phi, Pinned::skip), residual, 2e-5 * residual);
+        EXPECT_NEAR(residual_sum(cells, eq, phi, Pinned::count), residual, 2e-5 * residual);
+        const EquationSums sums = equation_sums(cells, eq, phi);
+        EXPECT_EQ(sums.residual, residual_sum(cells, eq, phi, Pinned::skip));
+        EXPECT_NEAR(sums.scale, scale, 2e-5 * scale);
+    }
+}
+
+TEST(ResidualSum, IsZeroWithoutCells) {
+    const LinearSystem eq = random_system(6, 6, 6, 1.1F, 43);
+    const Field3 phi = random_field(6, 6, 6, 44);
+    EXPECT_EQ(residual_sum({2, 2, 2, 5, 5, 1}, eq, phi, Pinned::skip), 0.0F);
+    EXPECT_EQ(equation_sums({2, 2, 2, 1, 5, 5}, eq, phi).scale, 0.0F);
+}
+
+// A pinned cell carries r near 1e25; it counts where it is asked for, and always in the scale. BIG
+// in double precision and BIG rounded to single both pin, their neighbours do not.
+TEST(ResidualSum, LeavesPinnedCellsOut) {
+    for (const double sp : {-BIG, -double(float(BIG))}) {
+        LinearSystem eq = empty_system(5, 5, 5);
+        Field3 phi(5, 5, 5);
+        eq.su.fill(0.5);
+        eq.sp(3, 3, 3) = sp;
+        eq.su(3, 3, 3) = 2.0 * BIG;
+        eq.ap(3, 3, 3) = float(BIG);
+        phi(3, 3, 3) = 1;
+        const CellRange cells = interior(5, 5, 5);
+        EXPECT_EQ(residual_sum(cells, eq, phi, Pinned::skip), 26 * 0.5F);
+        EXPECT_FLOAT_EQ(residual_sum(cells, eq, phi, Pinned::count), float(BIG));
+        EXPECT_EQ(equation_sums(cells, eq, phi).residual, 26 * 0.5F);
+        EXPECT_FLOAT_EQ(equation_sums(cells, eq, phi).scale, float(BIG));
+        eq.sp(3, 3, 3) = double(std::nextafter(-float(BIG), 0.0F));
+        EXPECT_FLOAT_EQ(residual_sum(cells, eq, phi, Pinned::skip), float(BIG));
+    }
+}
+
+// su and ap phi meet in double precision: 2^30 + 1 - 2^30.
+TEST(ResidualSum, FormsTheResidualInDoublePrecision) {
+    LinearSystem eq = empty_system(3, 3, 3);
+    Field3 phi(3, 3, 3, 1.0F);
+    eq.ap(2, 2, 2) = std::ldexp(1.0F, 30);
+    eq.su(2, 2, 2) = std::ldexp(1.0, 30) + 1;
+    EXPECT_EQ(residual_sum(interior(3, 3, 3), eq, phi, Pinned::skip), 1.0F);
+}
+
+// In single precision 2^24 + 1 is 2^24: ones that follow it in its plane are lost one by one, those
+// of the next plane arrive together.
+TEST(ResidualSum, SumsCellsInOrderAndPlaneByPlane) {
+    LinearSystem eq = empty_system(6, 6, 4);
+    const Field3 phi(6, 6, 4);
+    eq.su.fill(1);
+    eq.su(2, 2, 2) = -std::ldexp(1.0, 24);
+    EXPECT_EQ(residual_sum(interior(6, 6, 4), eq, phi, Pinned::skip), std::ldexp(1.0F, 24) + 16);
+    eq.su(2, 2, 2) = 1;
+    eq.su(5, 5, 2) = -std::ldexp(1.0, 24);  // the last of its plane: 15 ones stand before it, and
+                                            // 2^24 + 15 rounds to even, 2^24 + 16
+    EXPECT_EQ(residual_sum(interior(6, 6, 4), eq, phi, Pinned::skip), std::ldexp(1.0F, 24) + 32);
+}
+
+TEST(ResidualSum, GivesTheSameBitsForAnyNumberOfThreads) {
+    const int processors = omp_get_max_threads();
+    const LinearSystem eq = random_system(45, 23, 18, 1.02F, 45);
+    const Field3 phi = random_field(45, 23, 18, 46);
+    omp_set_num_threads(1);
+    const EquationSums first = equation_sums(interior(45, 23, 18), eq, phi);
+    for (const int threads : {2, 3, 5, 8}) {
+        omp_set_num_threads(threads);
+        const EquationSums sums = equation_sums(interior(45, 23, 18), eq, phi);
+        EXPECT_EQ(sums.residual, first.residual) << threads;
+        EXPECT_EQ(sums.scale, first.scale) << threads;
+    }
+    omp_set_num_threads(processors);
+}
+
+TEST(ResidualSum, NotANumberTravels) {
+    for (Field3 LinearSystem::*coefficient :
+         {&LinearSystem::ae, &LinearSystem::aw, &LinearSystem::an, &LinearSystem::as,
+          &LinearSystem::at, &LinearSystem::ab, &LinearSystem::ap}) {
+        LinearSystem eq = random_system(9, 8, 8, 1.1F, 47);
+        const Field3 phi = random_field(9, 8, 8, 48);
+        (eq.*coefficient)(4, 4, 4) = std::numeric_limits<float>::quiet_NaN();
+        EXPECT_TRUE(std::isnan(residual_sum(interior(9, 8, 8), eq, phi, Pinned::skip)));
+        EXPECT_TRUE(std::isnan(equation_sums(interior(9, 8, 8), eq, phi).residual));
+    }
+}
+
+}  // namespace
+}  // namespace torvex
