@@ -28,21 +28,26 @@ namespace {
 }  // namespace
 
 void transport_faces(const FaceRows& face, float over_sigma, int first, int last) {
-    const auto& [factor, low, high, flux, a, b, c, d, to_high, to_low, cross] = face;
+    const FaceSide low = face.low;
+    const FaceSide high = face.high;
+    const auto a = face.a;
+    const auto b = face.b;
+    const auto c = face.c;
+    const auto d = face.d;
 #pragma omp simd
     for (int i = first; i <= last; ++i) {
-        const float f = factor[i];
+        const float f = face.factor[i];
         const float vis = between(low.vis[i], high.vis[i], f);
         const float vol = between(low.vol[i], high.vol[i], f);
         const float diffusivity = vis / vol;
         const float own = between(low.own[i], high.own[i], f);
         const float orthogonal = diffusivity * over_sigma * own;
-        const float mass = between(low.den[i], high.den[i], f) * flux[i];
-        to_high[i] = orthogonal + positive_part(-mass);
-        to_low[i] = orthogonal + positive_part(mass);
+        const float mass = between(low.den[i], high.den[i], f) * face.flux[i];
+        face.to_high[i] = orthogonal + positive_part(-mass);
+        face.to_low[i] = orthogonal + positive_part(mass);
         const float along_first = between(low.first[i], high.first[i], f) * (a[i] - b[i]);
         const float along_second = between(low.second[i], high.second[i], f) * (c[i] + d[i]);
-        cross[i] = 0.5F * diffusivity * (along_first + along_second);
+        face.cross[i] = 0.5F * diffusivity * (along_first + along_second);
     }
 }
 

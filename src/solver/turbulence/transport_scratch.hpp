@@ -24,7 +24,7 @@ struct PlaneScratch {
         cross_south,
         cross_north,
         cross_top,
-        cross,                             // and its balance in the cells
+        cross_balance,                     // and its balance in the cells
         products_low,                      // metric products of row j, six rows from here on
         products_high = products_low + 6,  // of row j + 1
         products_top = products_high + 6,  // of the plane above

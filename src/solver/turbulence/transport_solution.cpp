@@ -59,7 +59,7 @@ void solve_transport(const SolverContext& ctx, int iter, int interval, const Tra
     const CellRange inner{2, 2, 2, g.nx, g.ny, g.nz};
     under_relax(g, eq, phi, how.urf);
     if (iter % interval == 0) {
-        const ResidualSums sums = residual_sums(inner, eq, phi);
+        const EquationSums sums = equation_sums(inner, eq, phi);
         resid = sums.residual;
         scale = sums.scale;
     }
@@ -68,7 +68,7 @@ void solve_transport(const SolverContext& ctx, int iter, int interval, const Tra
     float a = 0.0F;
     for (int sweep = 0; sweep < how.sweeps_allowed; ++sweep) {
         sweep_phi(inner, eq, phi, how.sweep_factor);
-        r1 = residual_sum(inner, eq, phi);
+        r1 = residual_sum(inner, eq, phi, Pinned::skip);
         a = r1 / resid;
         if (a < stop_ratio) {
             break;

@@ -201,7 +201,7 @@ Row<const float> TransportWalk::next_row(int j, int k, bool with_plane_above) {
     const auto south = cross_south_;
     const auto top = named(PlaneScratch::cross_top);
     const auto bottom = row(scratch_.cross_bottom, j);
-    const auto cross = named(PlaneScratch::cross);
+    const auto cross = named(PlaneScratch::cross_balance);
 #pragma omp simd
     for (int i = 2; i <= g_.nx; ++i) {
         cross[i] = east[i] - east[i - 1] + north[i] - south[i] + top[i] - bottom[i];

@@ -53,17 +53,17 @@ struct Equation {
     // Interpolation to the east, north and top face of (i,j,k).
     template <class Q>
     double east(Q q, int i, int j, int k) const {
-        const double f = static_cast<double>(g.fx(i, j, k));
+        const auto f = static_cast<double>(g.fx(i, j, k));
         return (1 - f) * q(i, j, k) + f * q(i + 1, j, k);
     }
     template <class Q>
     double north(Q q, int i, int j, int k) const {
-        const double f = static_cast<double>(g.fy(i, j, k));
+        const auto f = static_cast<double>(g.fy(i, j, k));
         return (1 - f) * q(i, j, k) + f * q(i, j + 1, k);
     }
     template <class Q>
     double top(Q q, int i, int j, int k) const {
-        const double f = static_cast<double>(g.fz(i, j, k));
+        const auto f = static_cast<double>(g.fz(i, j, k));
         return (1 - f) * q(i, j, k) + f * q(i, j, k + 1);
     }
 
@@ -81,14 +81,14 @@ struct Equation {
         const int b = sj > 0 ? j : j - 1;
         const int c = sk > 0 ? k : k - 1;
         const auto in_row = [&](int jj, int kk) {
-            const double f = static_cast<double>(g.fx(a, jj, kk));
+            const auto f = static_cast<double>(g.fx(a, jj, kk));
             return (1 - f) * phi(a, jj, kk) + f * phi(a + 1, jj, kk);
         };
         const auto in_level = [&](int kk) {
-            const double f = static_cast<double>(g.fy(a, b, kk));
+            const auto f = static_cast<double>(g.fy(a, b, kk));
             return (1 - f) * in_row(b, kk) + f * in_row(b + 1, kk);
         };
-        const double f = static_cast<double>(g.fz(a, b, c));
+        const auto f = static_cast<double>(g.fz(a, b, c));
         return (1 - f) * in_level(c) + f * in_level(c + 1);
     }
 };

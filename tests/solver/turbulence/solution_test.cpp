@@ -115,7 +115,7 @@ TEST(Sweeps, OverrelaxTkeAndTklAndNotTed) {
 
     // The last cell of the last row is swept last: it sees all others as they stay.
     CALCKE(ctx, 1, 1);
-    const double before = double(c.flow.tke(3, 3, 3));
+    const auto before = double(c.flow.tke(3, 3, 3));
     c.settings.NSWPK = c.settings.NSWPE = 1;
     CALCKE(ctx, 1, 1);
     double exact = c.right_side(c.flow.tke, 3, 3, 3) / double(c.flow.eq.ap(3, 3, 3));
