@@ -180,6 +180,19 @@ TEST(TurbulenceEquations, AreTheSameBitsForAnyNumberOfThreads) {
     }
 }
 
+TEST(TurbulenceEquations, KlEnergySeesTheTotalViscosityOnly) {
+    const Kind kind{Variable::tkl, 4, 0, 0, 0};
+    RandomCase one(kind);
+    RandomCase other(kind);
+    other.flow.viskl = random_field(other.grid, 20, 30, 5);
+    run(one, kind, 1, 1);
+    run(other, kind, 1, 1);
+    EXPECT_TRUE(same_bits(one.flow.tkl, other.flow.tkl));
+    other.flow.vis = random_field(other.grid, 20, 30, 5);
+    run(other, kind, 1, 1);
+    EXPECT_FALSE(same_bits(one.flow.tkl, other.flow.tkl));
+}
+
 // The scratch of one mesh must not leak into the equations on the next.
 TEST(TurbulenceEquations, ScratchFollowsTheMesh) {
     const Kind kind{Variable::tke, 1, 0, 0, 0};
