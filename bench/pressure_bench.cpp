@@ -2,17 +2,20 @@
 
 #include <benchmark/benchmark.h>
 
-#include <cstddef>
 #include <cstdint>
-#include <vector>
 
+#include "base/case_settings.hpp"
+#include "base/iteration_report.hpp"
+#include "base/text_log.hpp"
 #include "mesh/test_meshes.hpp"
+#include "solver/calcp.hpp"
 #include "solver/pressure_boundary.hpp"
 #include "solver/pressure_cases.hpp"
 #include "solver/pressure_correction.hpp"
 #include "solver/pressure_equation.hpp"
 #include "solver/pressure_faces.hpp"
 #include "solver/second_corrector.hpp"
+#include "solver/solver_work.hpp"
 
 namespace {
 
@@ -44,10 +47,8 @@ void faces(benchmark::State& state) {
 
 void source(benchmark::State& state) {
     PressureCase c = flow(state);
-    std::vector<float> planes(static_cast<std::size_t>(c.g.nk));
     run(state, c, [&] {
-        benchmark::DoNotOptimize(
-            torvex::mass_source(c.g, {c.s.flxU, c.s.flxV, c.s.flxW}, c.s, planes));
+        benchmark::DoNotOptimize(torvex::mass_source(c.g, {c.s.flxU, c.s.flxV, c.s.flxW}, c.s));
     });
 }
 
@@ -85,6 +86,31 @@ void second(benchmark::State& state) {
     });
 }
 
+// Ten cycles at most; the start is the same each time.
+void calcp(benchmark::State& state) {
+    PressureCase c = flow(state);
+    torvex::CaseSettings settings;
+    settings.URFP = 0.2F;
+    settings.NSWPP = 10;
+    torvex::SolverWork work;
+    work.allocate(c.g.ni, c.g.nj, c.g.nk);
+    torvex::TextLog log;
+    log.open("/dev/null", torvex::TextLog::Existing::append);
+    const torvex::IterationReport report(log);
+    torvex::SolverContext context{settings, c.g, c.s, work, report, 0};
+    const torvex::FlowState start = c.s;
+    for (auto _ : state) {
+        state.PauseTiming();
+        c.s.u = start.u;
+        c.s.v = start.v;
+        c.s.w = start.w;
+        c.s.p = start.p;
+        state.ResumeTiming();
+        torvex::CALCP(context, 1, 50);
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
 void sizes(benchmark::internal::Benchmark* b) {
     b->Arg(100000)->Arg(1000000)->UseRealTime();
 }
@@ -94,6 +120,7 @@ BENCHMARK(boundaries)->Name("pressure_boundaries")->Apply(sizes);
 BENCHMARK(source)->Name("mass_source")->Apply(sizes);
 BENCHMARK(equation)->Name("pressure_equation")->Apply(sizes);
 BENCHMARK(correction)->Name("correct_flow")->Apply(sizes);
+BENCHMARK(calcp)->Name("CALCP")->Apply(sizes);
 BENCHMARK(second)->Name("non_orthogonal_fluxes")->Apply(sizes);
 
 }  // namespace

@@ -34,19 +34,20 @@ namespace torvex {
 
 namespace {
 
-void solve(const SolverContext& c, std::string_view name) {
+void solve(SolverContext& c, std::string_view name) {
     const GridGeometry& g = c.grid;
     FlowState& s = c.flow;
     const CellRange interior{2, 2, 2, g.nx, g.ny, g.nz};
     sweep_phi(interior, s.eq, s.pp, 1.0F);
-    const float rp0 = residual_sum(interior, s.eq, s.pp);
-    const RcmResult done = RCM(interior, s.eq, s.pp, c.settings.NSWPP, rp0, c.work.rcm);
+    const float rp0 = residual_sum(interior, s.eq, s.pp, Pinned::count);
+    const RcmResult done =
+        RCM(interior, s.pp, stored_corrections, c.settings.NSWPP, rp0, c.work, s.eq);
     c.report.line(std::string(name) + ": n=" + edit::I(done.n, 3) + ", rp0=" + edit::E(rp0, 14, 7) +
                   ", rp1=" + edit::E(done.r1, 14, 7) + ", a=" + edit::E(done.a, 14, 7));
     bc_pp(g, s.pp);
 }
 
-void correct(const SolverContext& c) {
+void correct(SolverContext& c) {
     correct_flow(c.grid, c.flow, c.settings.URFP);
     bc_p(c.grid, c.flow.p);
 }
@@ -54,12 +55,12 @@ void correct(const SolverContext& c) {
 // The mass that the extra fluxes of the second corrector bring into each cell is a source of its
 // own: formed from the whole fluxes it would hold the cells that correct_flow leaves uncorrected,
 // and the solution would diverge.
-void correct_again(const SolverContext& c) {
+void correct_again(SolverContext& c) {
     const GridGeometry& g = c.grid;
     FlowState& s = c.flow;
     non_orthogonal_fluxes(g, s);
     add_non_orthogonal_fluxes(g, s);
-    mass_source(g, {s.coefXi, s.coefEt, s.coefZe}, s, c.work.plane_sums);
+    mass_source(g, {s.coefXi, s.coefEt, s.coefZe}, s);
     face_coefficients(g, s);
     s.pp.fill(0.0F);  // the coefficients of the equation stand
     solve(c, "  pp");
@@ -68,14 +69,13 @@ void correct_again(const SolverContext& c) {
 
 }  // namespace
 
-void CALCP(const SolverContext& c, int /*iter*/, int /*interval*/) {
+void CALCP(SolverContext& c, int /*iter*/, int /*interval*/) {
     const GridGeometry& g = c.grid;
     FlowState& s = c.flow;
-    c.work.plane_sums.resize(static_cast<std::size_t>(g.nk));
     face_fluxes(g, s);
     boundary_fluxes(g, s);
     bc_flux(g, s);
-    s.resid_m = mass_source(g, {s.flxU, s.flxV, s.flxW}, s, c.work.plane_sums);
+    s.resid_m = mass_source(g, {s.flxU, s.flxV, s.flxW}, s);
     pressure_equation(g, s);
     solve(c, "   p");
     correct(c);

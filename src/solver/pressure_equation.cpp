@@ -15,11 +15,12 @@
 #include "solver/pressure_equation.hpp"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 
-#include "base/assertion.hpp"
 #include "solver/interpolation.hpp"
+#include "solver/plane_sums.hpp"
 
 namespace torvex {
 
@@ -64,11 +65,8 @@ void coefficient_row(const GridGeometry& g, FlowState& s, int j, int k) {
 
 }  // namespace
 
-float mass_source(const GridGeometry& g, const FaceFlows& flow, FlowState& s,
-                  std::span<float> plane_sums) {
-    require(plane_sums.size() >= static_cast<std::size_t>(g.nk), "scratch of the plane sums");
-#pragma omp parallel for schedule(static)
-    for (int k = 2; k <= g.nz; ++k) {
+float mass_source(const GridGeometry& g, const FaceFlows& flow, FlowState& s) {
+    return plane_sums<1>({2, 2, 2, g.nx, g.ny, g.nz}, [&](int k) {
         float sum = 0.0F;
         for (int j = 2; j <= g.ny; ++j) {
             source_row(g, flow, s, j, k);
@@ -76,13 +74,8 @@ float mass_source(const GridGeometry& g, const FaceFlows& flow, FlowState& s,
                 sum += std::abs(static_cast<float>(s.eq.su(i, j, k)));
             }
         }
-        plane_sums[static_cast<std::size_t>(k - 1)] = sum;
-    }
-    float total = 0.0F;
-    for (int k = 2; k <= g.nz; ++k) {
-        total += plane_sums[static_cast<std::size_t>(k - 1)];
-    }
-    return total;
+        return std::array<float, 1>{sum};
+    })[0];
 }
 
 void pressure_equation(const GridGeometry& g, FlowState& s) {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <span>
-
 #include "mesh/grid_geometry.hpp"
 #include "solver/flow_state.hpp"
 
@@ -14,10 +12,8 @@ struct FaceFlows {
     const Field3& top;
 };
 
-// su = minus the mass that leaves each cell, sp = 0. Returns the sum of |su|; plane_sums holds nk
-// floats of scratch.
-float mass_source(const GridGeometry& g, const FaceFlows& flow, FlowState& s,
-                  std::span<float> plane_sums);
+// su = minus the mass that leaves each cell, sp = 0. Returns the sum of |su|.
+float mass_source(const GridGeometry& g, const FaceFlows& flow, FlowState& s);
 
 // ae..ab and ap of the pressure correction from coefXi, coefEt, coefZe; clears pp.
 void pressure_equation(const GridGeometry& g, FlowState& s);

@@ -41,9 +41,9 @@ TEST(PressureCorrection, velocities_follow_all_three_directions_unrelaxed) {
             }
             const plain::Vector change =
                 plain::velocity_change(before.g, before.s, before.s.pp, {i, j, k});
-            EXPECT_NEAR(c.s.u(i, j, k), double{before.s.u(i, j, k)} + change.x, 3e-6);
-            EXPECT_NEAR(c.s.v(i, j, k), double{before.s.v(i, j, k)} + change.y, 3e-6);
-            EXPECT_NEAR(c.s.w(i, j, k), double{before.s.w(i, j, k)} + change.z, 3e-6);
+            EXPECT_NEAR(c.s.u(i, j, k), double(before.s.u(i, j, k)) + change.x, 3e-6);
+            EXPECT_NEAR(c.s.v(i, j, k), double(before.s.v(i, j, k)) + change.y, 3e-6);
+            EXPECT_NEAR(c.s.w(i, j, k), double(before.s.w(i, j, k)) + change.z, 3e-6);
         });
     }
 }
@@ -58,7 +58,7 @@ TEST(PressureCorrection, fluxes_between_cells_are_corrected_but_not_among_the_la
                 if (inside(i, j, k, {c.g.nx - 1, c.g.ny - 1, c.g.nz - 1})) {
                     EXPECT_NEAR(
                         flux(i, j, k),
-                        double{old(i, j, k)} +
+                        double(old(i, j, k)) +
                             plain::flux_change(before.g, before.s, before.s.pp, {i, j, k}, face),
                         3e-6);
                     EXPECT_NE(flux(i, j, k), old(i, j, k));
@@ -78,12 +78,12 @@ TEST(PressureCorrection, pressure_moves_under_relaxed_about_the_reference_cell) 
         PressureCase c = with_correction({9, 7, 6}, 3U);
         const PressureCase before = c;
         correct_flow(c.g, c.s, URFP);
-        const double reference = before.s.pp(2, 2, 2);
+        const auto reference = double(before.s.pp(2, 2, 2));
         for_all(c.g, [&](int i, int j, int k) {
             if (inside(i, j, k, {c.g.nx, c.g.ny, c.g.nz})) {
                 EXPECT_NEAR(c.s.p(i, j, k),
-                            double{before.s.p(i, j, k)} +
-                                double{URFP} * (double{before.s.pp(i, j, k)} - reference),
+                            double(before.s.p(i, j, k)) +
+                                double(URFP) * (double(before.s.pp(i, j, k)) - reference),
                             1e-6);
             } else {
                 EXPECT_EQ(c.s.p(i, j, k), before.s.p(i, j, k));

@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <limits>
-#include <vector>
 
 #include "solver/constants.hpp"
 #include "solver/pressure_boundary.hpp"
@@ -18,8 +17,7 @@ namespace {
 using plain::Face;
 
 float source_of_fluxes(PressureCase& c) {
-    std::vector<float> planes(static_cast<std::size_t>(c.g.nk));
-    return mass_source(c.g, {c.s.flxU, c.s.flxV, c.s.flxW}, c.s, planes);
+    return mass_source(c.g, {c.s.flxU, c.s.flxV, c.s.flxW}, c.s);
 }
 
 PressureCase random_fluxes(Planes n, unsigned seed) {

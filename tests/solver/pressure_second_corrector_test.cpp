@@ -67,8 +67,8 @@ TEST(SecondCorrector, completes_the_flux_of_a_linear_correction_on_a_sheared_mes
     const plain::Vector a{0.7, -0.4, 1.1};
     for_all(c.g, [&](int i, int j, int k) {
         c.s.pp(i, j, k) =
-            static_cast<float>(a.x * double{c.g.xc(i, j, k)} + a.y * double{c.g.yc(i, j, k)} +
-                               a.z * double{c.g.zc(i, j, k)});
+            static_cast<float>(a.x * double(c.g.xc(i, j, k)) + a.y * double(c.g.yc(i, j, k)) +
+                               a.z * double(c.g.zc(i, j, k)));
     });
     const PressureCase before = c;
     non_orthogonal_fluxes(c.g, c.s);
@@ -81,9 +81,9 @@ TEST(SecondCorrector, completes_the_flux_of_a_linear_correction_on_a_sheared_mes
             const double drop = -(a.x * s.x + a.y * s.y + a.z * s.z) * along;
             const plain::Cell next = plain::next({i, j, k}, face);
             const double direct =
-                double{before.s.pp(i, j, k)} - double{before.s.pp(next.i, next.j, next.k)};
-            EXPECT_NEAR(double{X(i, j, k)} + double{coef(i, j, k)} * direct,
-                        double{coef(i, j, k)} * drop, 2e-5);
+                double(before.s.pp(i, j, k)) - double(before.s.pp(next.i, next.j, next.k));
+            EXPECT_NEAR(double(X(i, j, k)) + double(coef(i, j, k)) * direct,
+                        double(coef(i, j, k)) * drop, 2e-5);
             EXPECT_GT(std::abs(X(i, j, k)), 1e-3F);  // the mesh is oblique indeed
         });
     };

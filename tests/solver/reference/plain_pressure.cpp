@@ -28,11 +28,11 @@ Vector vector_product(Vector a, Vector b) {
 }
 
 double at(const Field3& X, Cell c) {
-    return X(c.i, c.j, c.k);
+    return double(X(c.i, c.j, c.k));
 }
 
 Vector node(const GridGeometry& g, int i, int j, int k) {
-    return {g.xn(i, j, k), g.yn(i, j, k), g.zn(i, j, k)};
+    return {double(g.xn(i, j, k)), double(g.yn(i, j, k)), double(g.zn(i, j, k))};
 }
 
 Vector centre(const GridGeometry& g, Cell c) {

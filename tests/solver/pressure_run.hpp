@@ -1,0 +1,96 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+
+#include "base/case_settings.hpp"
+#include "base/iteration_report.hpp"
+#include "base/text_log.hpp"
+#include "solver/calcp.hpp"
+#include "solver/pressure_cases.hpp"
+#include "solver/reference/plain_pressure.hpp"
+#include "solver/solver_context.hpp"
+#include "solver/solver_work.hpp"
+#include "support/temporary_directory.hpp"
+
+namespace torvex {
+
+// Everything CALCP needs. The report goes to a file of the test's own and to `console`.
+struct PressureRun {
+    explicit PressureRun(PressureCase start) : c(std::move(start)) {
+        settings.URFP = 0.2F;
+        settings.NSWPP = 10;
+        work.allocate(c.g.ni, c.g.nj, c.g.nk);
+        log.open(directory.file("log"), TextLog::Existing::discard);
+    }
+
+    void step(int iter = 1) {
+        SolverContext context{settings, c.g, c.s, work, report, 0};
+        testing::internal::CaptureStdout();
+        CALCP(context, iter, 50);
+        console += testing::internal::GetCapturedStdout();
+    }
+    std::string log_text() const { return directory.read("log"); }
+
+    PressureCase c;
+    CaseSettings settings;
+    SolverWork work;
+    test::TemporaryDirectory directory;
+    TextLog log;
+    IterationReport report{log};
+    std::string console;
+};
+
+inline plain::Fluxes fluxes(const FlowState& s) {
+    return {s.flxU, s.flxV, s.flxW};
+}
+
+// Adds one increment to u on the outflow so that as much leaves through the boundary as enters, the
+// top being closed: otherwise no correction can bring the imbalances to 0.
+inline void balance_outflow(PressureCase& c) {
+    const GridGeometry& g = c.g;
+    const FlowState& s = c.s;
+    const auto flow = [&](plain::Cell face_of, plain::Face face, plain::Cell from) {
+        return plain::at_face(g, s.den, face_of, face) *
+               plain::boundary_flux(g, s, face_of, face, from);
+    };
+    using plain::Face;
+    double net = 0;
+    double area = 0;
+    for (int k = 2; k <= g.nz; ++k) {
+        for (int j = 2; j <= g.ny; ++j) {
+            net += flow({g.nx, j, k}, Face::east, {g.ni, j, k}) -
+                   flow({1, j, k}, Face::east, {1, j, k});
+            area += plain::at_face(g, s.den, {g.nx, j, k}, Face::east) * 0.5 *
+                    plain::twice_area(g, {g.nx, j, k}, Face::east).x;
+        }
+        for (int i = 2; i <= g.nx; ++i) {
+            net += flow({i, g.ny, k}, Face::north, {i, g.nj, k}) -
+                   flow({i, 1, k}, Face::north, {i, 1, k});
+        }
+    }
+    for (int j = 2; j <= g.ny; ++j) {
+        for (int i = 2; i <= g.nx; ++i) {
+            net -= flow({i, j, 1}, Face::top, {i, j, 1});
+        }
+    }
+    for (int k = 2; k <= g.nz; ++k) {
+        for (int j = 2; j <= g.ny; ++j) {
+            c.s.u(g.ni, j, k) -= static_cast<float>(net / area);
+        }
+    }
+}
+
+// Levels the top, so that a flow along it does not pass through.
+inline GridGeometry with_flat_top(GridGeometry g) {
+    for (int j = 1; j <= g.ny; ++j) {
+        for (int i = 1; i <= g.nx; ++i) {
+            g.zn(i, j, g.nz) = 2.0F;
+        }
+    }
+    return g;
+}
+
+}  // namespace torvex
