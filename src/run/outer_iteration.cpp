@@ -298,6 +298,7 @@ void OUTER_ITERATION(Run& run, Direction& direction, const Equations& equations)
     }
 
     SolverWork work;
+    work.allocate(direction.grid.ni, direction.grid.nj, direction.grid.nk);
     const SolverContext context{settings, direction.grid, direction.flow,
                                 work,     report,         settings.nest.nest_mode != 0 ? 1 : 0};
     constexpr std::int64_t most = std::numeric_limits<int>::max() - 1;

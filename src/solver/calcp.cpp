@@ -34,7 +34,7 @@ namespace torvex {
 
 namespace {
 
-void solve(SolverContext& c, std::string_view name) {
+void solve(const SolverContext& c, std::string_view name) {
     const GridGeometry& g = c.grid;
     FlowState& s = c.flow;
     const CellRange interior{2, 2, 2, g.nx, g.ny, g.nz};
@@ -47,7 +47,7 @@ void solve(SolverContext& c, std::string_view name) {
     bc_pp(g, s.pp);
 }
 
-void correct(SolverContext& c) {
+void correct(const SolverContext& c) {
     correct_flow(c.grid, c.flow, c.settings.URFP);
     bc_p(c.grid, c.flow.p);
 }
@@ -55,7 +55,7 @@ void correct(SolverContext& c) {
 // The mass that the extra fluxes of the second corrector bring into each cell is a source of its
 // own: formed from the whole fluxes it would hold the cells that correct_flow leaves uncorrected,
 // and the solution would diverge.
-void correct_again(SolverContext& c) {
+void correct_again(const SolverContext& c) {
     const GridGeometry& g = c.grid;
     FlowState& s = c.flow;
     non_orthogonal_fluxes(g, s);
@@ -69,7 +69,7 @@ void correct_again(SolverContext& c) {
 
 }  // namespace
 
-void CALCP(SolverContext& c, int /*iter*/, int /*interval*/) {
+void CALCP(const SolverContext& c, int /*iter*/, int /*interval*/) {
     const GridGeometry& g = c.grid;
     FlowState& s = c.flow;
     face_fluxes(g, s);

@@ -92,7 +92,7 @@ void reference_sums(const SolverContext& c, Component component) {
         e.scale = 0;
         return;
     }
-    e.resid = residual_sum(interior(c.grid), c.flow.eq, e.phi);
+    e.resid = residual_sum(interior(c.grid), c.flow.eq, e.phi, Pinned::skip);
     e.scale = speed_sum(c, e.scale_start);
 }
 
@@ -105,7 +105,7 @@ void solve_momentum(const SolverContext& c, Component component) {
     int n = 1;
     for (; n <= e.sweeps; ++n) {
         sweep_phi(cells, c.flow.eq, e.phi, 1.0F);
-        r1 = residual_sum(cells, c.flow.eq, e.phi);
+        r1 = residual_sum(cells, c.flow.eq, e.phi, Pinned::skip);
         a = r1 / r0;  // not a number or infinite for r0 = 0: the sweeps are then used up
         if (stop_ratio > a) {
             break;

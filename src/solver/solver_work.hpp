@@ -1,9 +1,9 @@
 #pragma once
 
 #include <array>
-#include <vector>
 
 #include "base/field.hpp"
+#include "solver/momentum_work.hpp"
 #include "solver/turbulence/transport_scratch.hpp"
 
 namespace torvex {
@@ -12,13 +12,14 @@ namespace torvex {
 inline constexpr int stored_corrections = 4;
 
 // Work arrays of RCM and SIP, cell-sized, allocated once per wind direction, and the scratch of the
-// turbulence equations, which they make themselves.
+// momentum and turbulence equations, which they make themselves.
 struct SolverWork {
     Field3 rhs;                                         // right side of SIP, residual of RCM
     Field3 lb, lw, ls, lpr, un, ue, ut;                 // factors of SIP
     Field3 w;                                           // SIP's residual, then its correction
     std::array<Field3, stored_corrections> correction;  // of RCM, the newest first
     std::array<Field3, stored_corrections> image;       // the matrix times each correction
+    MomentumWork momentum;
     TransportScratch transport;
 
     void allocate(int ni, int nj, int nk) {
