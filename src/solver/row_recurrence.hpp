@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 namespace torvex {
 
@@ -44,11 +46,13 @@ void store(T* p, V v) {
 }
 
 // sum + su, added in double precision and narrowed.
-inline float add_wide(float sum, double su) {
-    return static_cast<float>(static_cast<double>(sum) + su);
-}
-inline Block add_wide(Block sum, WideBlock su) {
-    return __builtin_convertvector(__builtin_convertvector(sum, WideBlock) + su, Block);
+template <class V>
+V add_wide(V sum, Wide<V> su) {
+    if constexpr (std::is_same_v<V, float>) {
+        return static_cast<float>(static_cast<double>(sum) + su);
+    } else {
+        return __builtin_convertvector(__builtin_convertvector(sum, Wide<V>) + su, V);
+    }
 }
 
 // A block with x in every cell.
@@ -106,6 +110,14 @@ inline float solve_falling(float a, float b, Block& before) {
     return x;
 }
 
+// Where the first of N values of cell m stands in a row that keeps its values block by block, those
+// of a block side by side; the others follow block_cells apart.
+template <int N>
+std::size_t block_offset(std::ptrdiff_t m) {
+    const auto cell = static_cast<std::size_t>(m);
+    return cell / block_cells * block_cells * N + cell % block_cells;
+}
+
 // kernel(V{}, m) for the cells m = 0..n-1: whole blocks first, then the cells that are left.
 template <class Kernel>
 void rising_cells(int n, Kernel&& kernel) {
@@ -118,17 +130,17 @@ void rising_cells(int n, Kernel&& kernel) {
     }
 }
 
-// The same from n-1 down to 0.
+// The same from n-1 down to 0, over the same blocks.
 template <class Kernel>
 void falling_cells(int n, Kernel&& kernel) {
     int m = n;
-    while (m >= block_cells) {
-        m -= block_cells;
-        kernel(Block{}, m);
-    }
-    while (m > 0) {
+    while (m % block_cells != 0) {
         --m;
         kernel(float{}, m);
+    }
+    while (m > 0) {
+        m -= block_cells;
+        kernel(Block{}, m);
     }
 }
 

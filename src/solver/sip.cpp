@@ -32,8 +32,6 @@ namespace torvex {
 
 namespace {
 
-constexpr int stretch = 512;  // cells of a row at a time: their residuals stay in the first cache
-
 struct Sip {
     const CellRange& cells;
     const LinearSystem& eq;
@@ -42,17 +40,11 @@ struct Sip {
     float alpha;
 };
 
-void residual(const Sip& s, int i, int j, int k, int n, float* r) {
+void forward_row(const Sip& s, bool first_sweep, int j, int k) {
+    const int i = s.cells.i1;
     const CoefficientRow c = coefficient_row(s.eq, i, j, k);
     const FieldRows x = field_rows(s.phi, i, j, k);
     const float* rhs = &s.work.rhs(i, j, k);
-#pragma omp simd
-    for (int m = 0; m < n; ++m) {
-        r[m] = c.products(x, m) + rhs[m];
-    }
-}
-
-void substitute_forward(const Sip& s, int i, int j, int k, int n, const float* r) {
     const float* lb = &s.work.lb(i, j, k);
     const float* lw = &s.work.lw(i, j, k);
     const float* ls = &s.work.ls(i, j, k);
@@ -61,24 +53,18 @@ void substitute_forward(const Sip& s, int i, int j, int k, int n, const float* r
     const float* bottom = &s.work.w(i, j, k - 1);
     float* w = &s.work.w(i, j, k);
     Block before = filled_block(w[-1]);
-    rising_cells(n, [&]<class V>(V, int m) {
+    const auto substitute = [&]<class V>(V r, int m) {
         const V pivot = load<V>(lpr + m);
-        const V known = load<V>(r + m) - load<V>(lb + m) * load<V>(bottom + m) -
-                        load<V>(ls + m) * load<V>(south + m);
+        const V known =
+            r - load<V>(lb + m) * load<V>(bottom + m) - load<V>(ls + m) * load<V>(south + m);
         store(w + m, solve_rising(known * pivot, -(load<V>(lw + m) * pivot), before).x);
-    });
-}
-
-void forward_row(const Sip& s, bool first_sweep, int j, int k) {
-    alignas(64) float r[stretch];
-    for (int i = s.cells.i1; i <= s.cells.i2; i += stretch) {
-        const int n = std::min(stretch, s.cells.i2 - i + 1);
-        if (first_sweep) {
-            substitute_forward(s, i, j, k, n, &s.work.rhs(i, j, k));
-        } else {
-            residual(s, i, j, k, n, r);
-            substitute_forward(s, i, j, k, n, r);
-        }
+    };
+    if (first_sweep) {
+        rising_cells(cells_i(s.cells), [&]<class V>(V, int m) { substitute(load<V>(rhs + m), m); });
+    } else {
+        rising_cells(cells_i(s.cells), [&]<class V>(V, int m) {
+            substitute(c.products<V>(x, m) + load<V>(rhs + m), m);
+        });
     }
 }
 

@@ -25,7 +25,9 @@
 #include <omp.h>
 
 #include <algorithm>
+#include <cstddef>
 
+#include "solver/plane_progress.hpp"
 #include "solver/row_recurrence.hpp"
 #include "solver/system_rows.hpp"
 
@@ -44,29 +46,38 @@ struct Terms {
     Wide<V> su;
 };
 
-// The terms of a row of the second colour, kept until the row north of it is done.
-struct KeptRow {
-    alignas(64) float sum[stretch];
-    alignas(64) float an[stretch];
-    alignas(64) float as[stretch];
-    alignas(64) float aw[stretch];
-    alignas(64) float step[stretch];
-    alignas(64) double su[stretch];
-
+// The terms of a row of the second colour, kept until the row north of it is done: block by block,
+// the terms of a block side by side.
+class KeptRow {
+ public:
     template <class V>
     void put(int m, const Terms<V>& t) {
-        store(sum + m, t.sum);
-        store(an + m, t.an);
-        store(as + m, t.as);
-        store(aw + m, t.aw);
-        store(step + m, t.step);
-        store(su + m, t.su);
+        float* p = at(m);
+        store(p, t.sum);
+        store(p + block_cells, t.an);
+        store(p + 2 * block_cells, t.as);
+        store(p + 3 * block_cells, t.aw);
+        store(p + 4 * block_cells, t.step);
+        store(su_ + m, t.su);
     }
     template <class V>
     Terms<V> get(int m) const {
-        return {load<V>(sum + m), load<V>(an + m),   load<V>(as + m),
-                load<V>(aw + m),  load<V>(step + m), load_wide<V>(su + m)};
+        const float* p = at(m);
+        return {load<V>(p),
+                load<V>(p + block_cells),
+                load<V>(p + 2 * block_cells),
+                load<V>(p + 3 * block_cells),
+                load<V>(p + 4 * block_cells),
+                load_wide<V>(su_ + m)};
     }
+
+ private:
+    static constexpr int terms = 5;
+    float* at(int m) { return terms_ + block_offset<terms>(m); }
+    const float* at(int m) const { return terms_ + block_offset<terms>(m); }
+
+    alignas(64) float terms_[terms * stretch];
+    alignas(64) double su_[stretch];
 };
 
 // A stretch of n cells from i on, in the row in hand.
@@ -195,6 +206,7 @@ void sweep_phi(const CellRange& cells, LinearSystem& eq, Field3& phi, float rela
     }
     const Sweep sweep{cells, eq, phi, relax};
     const int pairs = (cells_k(cells) + 1) / 2;
+    PlaneProgress progress(omp_get_max_threads());
 #pragma omp parallel
     {
         KeptRow kept[2];
@@ -210,14 +222,15 @@ void sweep_phi(const CellRange& cells, LinearSystem& eq, Field3& phi, float rela
         };
         if (begin < end) {
             first_colour(begin);
-        }
-        // The last plane of a thread lies below the first plane of the next thread.
-#pragma omp barrier
-        for (int pair = begin + 1; pair < end; ++pair) {
-            first_colour(pair);
-            second_colour(pair - 1);
-        }
-        if (begin < end) {
+            progress.publish(thread, 1);
+            for (int pair = begin + 1; pair < end; ++pair) {
+                first_colour(pair);
+                second_colour(pair - 1);
+            }
+            // The last plane of a thread lies below the first plane of the next thread.
+            if (end < pairs) {
+                progress.wait_for(thread + 1, 1);
+            }
             second_colour(end - 1);
         }
     }

@@ -2,6 +2,7 @@
 
 #include "base/field.hpp"
 #include "solver/linear_system.hpp"
+#include "solver/row_recurrence.hpp"
 
 namespace torvex {
 
@@ -31,12 +32,17 @@ struct CoefficientRow {
     const float* ap;
 
     // The products with the six neighbours, summed left to right.
-    float neighbours(const FieldRows& x, int n) const {
-        return ae[n] * x.c[n + 1] + aw[n] * x.c[n - 1] + an[n] * x.north[n] + as[n] * x.south[n] +
-               at[n] * x.top[n] + ab[n] * x.bottom[n];
+    template <class V = float>
+    V neighbours(const FieldRows& x, int n) const {
+        return load<V>(ae + n) * load<V>(x.c + n + 1) + load<V>(aw + n) * load<V>(x.c + n - 1) +
+               load<V>(an + n) * load<V>(x.north + n) + load<V>(as + n) * load<V>(x.south + n) +
+               load<V>(at + n) * load<V>(x.top + n) + load<V>(ab + n) * load<V>(x.bottom + n);
     }
     // All seven products.
-    float products(const FieldRows& x, int n) const { return neighbours(x, n) - ap[n] * x.c[n]; }
+    template <class V = float>
+    V products(const FieldRows& x, int n) const {
+        return neighbours<V>(x, n) - load<V>(ap + n) * load<V>(x.c + n);
+    }
 };
 
 inline CoefficientRow coefficient_row(const LinearSystem& eq, int i, int j, int k) {
