@@ -32,8 +32,7 @@ class Checks {
     [[noreturn]] void fail(const std::string& key, const std::string& value,
                            const std::string& expected) const {
         const std::string name = key.substr(0, key.find('('));
-        stop(1,
-             "key " + key + " is " + std::string(trimmed(value)) + ", expected " + expected,
+        stop(1, "key " + key + " is " + std::string(trimmed(value)) + ", expected " + expected,
              lines_.where(file_, name));
     }
 

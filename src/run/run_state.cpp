@@ -24,6 +24,11 @@ Arrays arrays_of(Flow& flow) {
 
 }  // namespace
 
+void release_fields(Direction& direction) {
+    release(direction.flow);
+    direction.grid = {};
+}
+
 ResultFields result_fields(const FlowState& flow) {
     return arrays_of<ResultFields>(flow);
 }

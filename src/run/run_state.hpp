@@ -60,6 +60,9 @@ struct Direction {
     FlowState flow;
 };
 
+// Frees all arrays of a direction: mesh, flow and canopy.
+void release_fields(Direction& direction);
+
 // The arrays of a flow as the result files take them and fill them.
 ResultFields result_fields(const FlowState& flow);
 ResultTargets result_targets(FlowState& flow);

@@ -231,7 +231,7 @@ Prepared prepare(Run& run, Direction& direction) {
     return Prepared::to_solve;
 }
 
-// One direction from its entry to its outcome; its fields are released on the way out.
+// One direction from its entry to its outcome.
 bool run_direction(Run& run, int iwd, const Solve& solve) {
     Direction direction;
     begin_direction(run, iwd, direction);
@@ -246,6 +246,7 @@ bool run_direction(Run& run, int iwd, const Solve& solve) {
             write_final_result(run, direction);
         }
     }
+    release_fields(direction);
     close_monitor_logs(direction.logs);
     return direction.stop_requested;
 }
