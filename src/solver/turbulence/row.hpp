@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+
 #include "base/assertion.hpp"
 #include "base/field.hpp"
 
@@ -42,6 +44,29 @@ Row<const T> row(const Array2<T>& x, int j) {
 template <class T>
 Row<T> row(Array2<T>& x, int j) {
     return {&x(1, j), x.ni()};
+}
+
+// cell(i) for i = first..last in blocks of full vectors. The last block is drawn back to end at
+// last, so that some cells are done twice: cell() must not read what it writes. Short rows gain
+// most, for no cell is done alone.
+template <class Cell>
+[[gnu::always_inline]] inline void along_row(int first, int last, Cell cell) {
+    constexpr int width = 16;
+    if (last - first + 1 < width) {
+        for (int i = first; i <= last; ++i) {
+            cell(i);
+        }
+        return;
+    }
+    for (int block = first;; block = std::min(block + width, last - width + 1)) {
+#pragma omp simd
+        for (int i = block; i < block + width; ++i) {
+            cell(i);
+        }
+        if (block == last - width + 1) {
+            return;
+        }
+    }
 }
 
 }  // namespace torvex

@@ -34,8 +34,7 @@ void transport_faces(const FaceRows& face, float over_sigma, int first, int last
     const auto b = face.b;
     const auto c = face.c;
     const auto d = face.d;
-#pragma omp simd
-    for (int i = first; i <= last; ++i) {
+    along_row(first, last, [=](int i) {
         const float f = face.factor[i];
         const float vis = between(low.vis[i], high.vis[i], f);
         const float vol = between(low.vol[i], high.vol[i], f);
@@ -48,7 +47,7 @@ void transport_faces(const FaceRows& face, float over_sigma, int first, int last
         const float along_first = between(low.first[i], high.first[i], f) * (a[i] - b[i]);
         const float along_second = between(low.second[i], high.second[i], f) * (c[i] + d[i]);
         face.cross[i] = 0.5F * diffusivity * (along_first + along_second);
-    }
+    });
 }
 
 void metric_products(const GridGeometry& g, int j, int k, const ProductRows& out) {
@@ -61,15 +60,14 @@ void metric_products(const GridGeometry& g, int j, int k, const ProductRows& out
     const auto zex = row(g.zex, j, k);
     const auto zey = row(g.zey, j, k);
     const auto zez = row(g.zez, j, k);
-#pragma omp simd
-    for (int i = 1; i <= g.ni; ++i) {
+    along_row(1, g.ni, [=](int i) {
         out.xi_xi[i] = xix[i] * xix[i] + xiy[i] * xiy[i] + xiz[i] * xiz[i];
         out.et_et[i] = etx[i] * etx[i] + ety[i] * ety[i] + etz[i] * etz[i];
         out.ze_ze[i] = zex[i] * zex[i] + zey[i] * zey[i] + zez[i] * zez[i];
         out.xi_et[i] = xix[i] * etx[i] + xiy[i] * ety[i] + xiz[i] * etz[i];
         out.xi_ze[i] = xix[i] * zex[i] + xiy[i] * zey[i] + xiz[i] * zez[i];
         out.et_ze[i] = etx[i] * zex[i] + ety[i] * zey[i] + etz[i] * zez[i];
-    }
+    });
 }
 
 void zeta_products(const GridGeometry& g, int j, int k, const ProductRows& out) {
@@ -82,21 +80,17 @@ void zeta_products(const GridGeometry& g, int j, int k, const ProductRows& out) 
     const auto zex = row(g.zex, j, k);
     const auto zey = row(g.zey, j, k);
     const auto zez = row(g.zez, j, k);
-#pragma omp simd
-    for (int i = 1; i <= g.ni; ++i) {
+    along_row(1, g.ni, [=](int i) {
         out.ze_ze[i] = zex[i] * zex[i] + zey[i] * zey[i] + zez[i] * zez[i];
         out.xi_ze[i] = xix[i] * zex[i] + xiy[i] * zey[i] + xiz[i] * zez[i];
         out.et_ze[i] = etx[i] * zex[i] + ety[i] * zey[i] + etz[i] * zez[i];
-    }
+    });
 }
 
 void to_i_faces(const GridGeometry& g, const Field3& phi, int j, int k, Row<float> out) {
     const auto fx = row(g.fx, j, k);
     const auto x = row(phi, j, k);
-#pragma omp simd
-    for (int i = 1; i <= g.nx; ++i) {
-        out[i] = between(x[i], x[i + 1], fx[i]);
-    }
+    along_row(1, g.nx, [=](int i) { out[i] = between(x[i], x[i + 1], fx[i]); });
 }
 
 }  // namespace torvex

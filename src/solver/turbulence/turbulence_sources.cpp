@@ -18,14 +18,13 @@ void energy_source_row(const GridGeometry& g, FlowState& s, const Field3& energy
     const auto e = row(energy, j, k);
     const auto su = row(s.eq.su, j, k);
     const auto sp = row(s.eq.sp, j, k);
-#pragma omp simd
-    for (int i = 2; i <= g.nx; ++i) {
+    along_row(2, g.nx, [=](int i) {
         const float mut = vis[i] - viscos;
         const float production = vol[i] * (den[i] * gen[i]);
         const float sink = -(vol[i] * (c_mu * (den[i] * den[i]) * std::abs(e[i])) / (mut + TINY));
         su[i] = static_cast<double>(cross[i]) + static_cast<double>(production);
         sp[i] = static_cast<double>(sink);
-    }
+    });
 }
 
 void dissipation_source_row(const GridGeometry& g, FlowState& s, const DissipationConstants& c,
@@ -38,8 +37,7 @@ void dissipation_source_row(const GridGeometry& g, FlowState& s, const Dissipati
     const auto tke = row(s.tke, j, k);
     const auto su = row(s.eq.su, j, k);
     const auto sp = row(s.eq.sp, j, k);
-#pragma omp simd
-    for (int i = 2; i <= g.nx; ++i) {
+    along_row(2, g.nx, [=](int i) {
         const float mut = vis[i] - viscos;
         const float vol_den2 = vol[i] * (den[i] * den[i]);
         // Nothing but shear produces here; buoyancy would enter through genb.
@@ -49,7 +47,7 @@ void dissipation_source_row(const GridGeometry& g, FlowState& s, const Dissipati
         const float sink = -(vol_den2 * c.sink * tke[i] / (mut + TINY));
         su[i] = static_cast<double>(cross[i]) + static_cast<double>(production);
         sp[i] = static_cast<double>(sink);
-    }
+    });
 }
 
 }  // namespace torvex

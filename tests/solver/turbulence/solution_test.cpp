@@ -99,8 +99,8 @@ TEST(Relaxation, DividesTheCentreAndAddsTheOldValue) {
     SolverContext ctx2 = half.context();
     CALCKE(ctx2, 1, 2);
     const LinearSystem& eq = one.flow.eq;
-    const double sum = double(eq.ae(2, 2, 3) + eq.aw(2, 2, 3) + eq.an(2, 2, 3) + eq.as(2, 2, 3) +
-                              eq.at(2, 2, 3) + eq.ab(2, 2, 3));
+    const auto sum = double(eq.ae(2, 2, 3) + eq.aw(2, 2, 3) + eq.an(2, 2, 3) + eq.as(2, 2, 3) +
+                            eq.at(2, 2, 3) + eq.ab(2, 2, 3));
     const double ap = sum - eq.sp(2, 2, 3);
     EXPECT_LT(eq.sp(2, 2, 3), 0.0);
     EXPECT_NEAR(double(eq.ap(2, 2, 3)), ap, 1e-5 * ap);

@@ -130,7 +130,7 @@ TEST(WallFormula, TunnelWallsHaveTheirOwnRoughness) {
     const int j = 3;
     SolverContext ctx = c.context();
     bc_tke(ctx);
-    const float z0 = c.settings.WIND_TUNNEL_Z0;
+    const auto z0 = double(c.settings.WIND_TUNNEL_Z0);
     EXPECT_NEAR(c.su(3, j, c.grid.nz), production(5, 2.5, z0, 1, 0.09) * c.vol, 1e-3);
     EXPECT_EQ(c.flow.eq.at(3, j, c.grid.nz), 0.0F);
     // Beside the sides the speed along the wall is u alone, and the centre is 2 m away.
@@ -149,7 +149,7 @@ TEST(WallFormula, CellOnTwoWallsAddsSourcesAndKeepsTheLaterSink) {
     WallCase c(1, 2);
     SolverContext ctx = c.context();
     bc_tke(ctx);
-    const float z0 = c.settings.WIND_TUNNEL_Z0;
+    const auto z0 = double(c.settings.WIND_TUNNEL_Z0);
     EXPECT_NEAR(c.su(3, 2, 2),
                 (production(5, 2.5, 0.03, 1, 0.09) + production(3, 2, z0, 1, 0.09)) * c.vol, 2e-3);
     EXPECT_NEAR(c.sp(3, 2, 2), -sink(2, z0, 1, 0.09) * c.vol, 1e-3);
