@@ -57,6 +57,8 @@ class PlaneAssembly {
                      &scratch.rows(1, n + 3)};
             n += 4;
         }
+        deferred_row_ = &scratch.rows(1, n);
+        no_deferred_ = &scratch.rows(1, n + 1);  // never written, all 0
     }
 
     // Planes first..last.
@@ -165,17 +167,22 @@ class PlaneAssembly {
     void faces(const FaceRows& out, int j, int k) {
         const Place row = f_.row(j, k);
         const FaceRange all{L == Axis::i ? 1 : 2, g_.nx};
-        stress_row<A, L>(f_, row, all, corners(j, 1), corners(j, 2), corners(j, 3), out.flux);
         const float* F = f_.flux<L>() + row;
         if constexpr (A == Component::u) {
             coupling_row<L>(f_, row, all, out.mass, out.up, out.down);
             F = out.mass;
         }
         const int n = L == Axis::j ? j : k;
+        const float* deferred = no_deferred_;
         if (L == Axis::i || (n >= 2 && n < last<L>())) {
             const FaceRange inner{2, L == Axis::i ? g_.nx - 1 : g_.nx};
-            deferred_row(deferred_, phi_, row, f_.step<L>(), inner, F, out.flux);
+            deferred_row(deferred_, phi_, row, f_.step<L>(), inner, F, deferred_row_);
+            deferred_row_[1] = 0.0F;
+            deferred_row_[g_.nx] = L == Axis::i ? 0.0F : deferred_row_[g_.nx];
+            deferred = deferred_row_;
         }
+        stress_row<A, L>(f_, row, all, corners(j, 1), corners(j, 2), corners(j, 3), deferred,
+                         out.flux);
     }
 
     // su and sp of a row of cells from the fluxes of its faces and the pressure.
@@ -197,8 +204,7 @@ class PlaneAssembly {
         const float* ze = own(f_.ze);
         double* su = eq_.su.data();
         double* sp = eq_.sp.data();
-#pragma omp simd
-        for (int i = 2; i <= g_.nx; ++i) {
+        for_row(2, g_.nx, [=](int i) {
             const Place n = row + i;
             const Place s = n - south_step;
             const Place b = n - below_step;
@@ -210,7 +216,7 @@ class PlaneAssembly {
             const float pressure = p_i * xi[n] + p_j * et[n] + p_k * ze[n];
             su[n] = static_cast<double>(viscous + pressure);
             sp[n] = 0.0;
-        }
+        });
         double_the_ends<Axis::i>(row, {2, 2}, 2);
         double_the_ends<Axis::i>(row, {g_.nx, g_.nx}, g_.nx);
         double_the_ends<Axis::j>(row, {2, g_.nx}, j);
@@ -269,8 +275,7 @@ class PlaneAssembly {
         const FaceRows north = north_;
         const FaceRows south = south_;
         const FaceRows top = top_;
-#pragma omp simd
-        for (int i = 2; i <= g_.nx; ++i) {
+        for_row(2, g_.nx, [=](int i) {
             const Place n = row + i;
             ae[n] = east.up[i];
             aw[n] = east.down[i - 1];
@@ -278,7 +283,7 @@ class PlaneAssembly {
             as[n] = south.down[i];
             at[n] = top.up[i];
             ab[n] = bottom[i];
-        }
+        });
     }
 
     // The top faces of row j are the bottom faces of the next plane.
@@ -306,6 +311,8 @@ class PlaneAssembly {
     const float* phi_;
     Deferred deferred_;
     FaceRows east_{}, north_{}, south_{}, top_{};
+    float* deferred_row_ = nullptr;
+    const float* no_deferred_ = nullptr;
 };
 
 }  // namespace

@@ -72,6 +72,29 @@ struct MomentumFields {
     }
 };
 
+// body(i) for i = first..last in blocks of full vectors; the last block is pulled back to end at
+// `last`, so that some places are done twice: body must not read what it writes. Its locals belong
+// to a function of their own, since within a simd loop they would become arrays.
+template <class Body>
+[[gnu::always_inline]] inline void for_row(int first, int last, Body body) {
+    constexpr int block = 16;
+    if (last - first + 1 < block) {
+        for (int i = first; i <= last; ++i) {
+            body(i);
+        }
+        return;
+    }
+    for (int start = first;; start = std::min(start + block, last - block + 1)) {
+#pragma omp simd
+        for (int n = 0; n < block; ++n) {
+            body(start + n);
+        }
+        if (start == last - block + 1) {
+            return;
+        }
+    }
+}
+
 // Rows of u, v or w at the nodes: rows j and j-1 of the upper and of the lower node plane.
 struct CornerRows {
     const float* up;
@@ -118,11 +141,12 @@ struct FaceRange {
     int first, last;
 };
 
-// The explicit viscous flux through the faces of a row, counted towards rising index: cross
-// diffusion (a) and transposed stress (b).
+// The explicit flux through the faces of a row, counted towards rising index: cross diffusion (a)
+// and transposed stress (b) less the deferred convection of each face.
 template <Component A, Axis L>
-void stress_row(const MomentumFields& f, Place row, FaceRange range, const CornerRows& u,
-                const CornerRows& v, const CornerRows& w, float* flux) {
+[[gnu::flatten]] void stress_row(const MomentumFields& f, Place row, FaceRange range,
+                                 const CornerRows& u, const CornerRows& v, const CornerRows& w,
+                                 const float* deferred, float* flux) {
     const Place step = f.step<L>();
     const float* factor = f.factor<L>();
     const VectorField area_l = f.area<L>();
@@ -131,8 +155,7 @@ void stress_row(const MomentumFields& f, Place row, FaceRange range, const Corne
     const VectorField velocity = f.velocity;
     const float* vis = f.vis;
     const float* vol = f.vol;
-#pragma omp simd
-    for (int i = range.first; i <= range.last; ++i) {
+    for_row(range.first, range.last, [=](int i) {
         const Place low = row + i;
         const Place high = low + step;
         const InFace du = in_face<L>(u, i);
@@ -146,9 +169,11 @@ void stress_row(const MomentumFields& f, Place row, FaceRange range, const Corne
             stress_side<A>(area_l.at(low), area_m.at(low), area_n.at(low), d_l, d_m, d_n);
         const float side_high =
             stress_side<A>(area_l.at(high), area_m.at(high), area_n.at(high), d_l, d_m, d_n);
-        flux[i] = between(vis[low], vis[high], weight) / between(vol[low], vol[high], weight) *
-                  between(side_low, side_high, weight);
-    }
+        const float viscous = between(vis[low], vis[high], weight) /
+                              between(vol[low], vol[high], weight) *
+                              between(side_low, side_high, weight);
+        flux[i] = viscous - deferred[i];
+    });
 }
 
 // Mass flux of the faces, and the coefficients that couple the two cells: `up` of the low cell
@@ -163,8 +188,7 @@ void coupling_row(const MomentumFields& f, Place row, FaceRange range, float* ma
     const float* vis = f.vis;
     const float* vol = f.vol;
     const float* den = f.den;
-#pragma omp simd
-    for (int i = range.first; i <= range.last; ++i) {
+    for_row(range.first, range.last, [=](int i) {
         const Place low = row + i;
         const Place high = low + step;
         const float weight = factor[low];
@@ -177,7 +201,7 @@ void coupling_row(const MomentumFields& f, Place row, FaceRange range, float* ma
         mass[i] = F;
         up[i] = std::max(-F, 0.0F) + diffusion;
         down[i] = std::max(F, 0.0F) + diffusion;
-    }
+    });
 }
 
 // Weights of the deferred convection.
@@ -187,20 +211,18 @@ struct Deferred {
     float downstream;  // 1 + ETA, of that across the face
 };
 
-// Takes the deferred part of convection off the flux of a row of inner faces. F is the flux of
-// face i at F[i].
+// The deferred part of convection through a row of inner faces. F is the flux of face i at F[i].
 inline void deferred_row(const Deferred& d, const float* phi, Place row, Place step,
-                         FaceRange range, const float* F, float* flux) {
-#pragma omp simd
-    for (int i = range.first; i <= range.last; ++i) {
+                         FaceRange range, const float* F, float* deferred) {
+    for_row(range.first, range.last, [=](int i) {
         const Place n = row + i;
         const float before = phi[n] - phi[n - step];
         const float across = phi[n + step] - phi[n];
         const float after = phi[n + 2 * step] - phi[n + step];
         const float forward = d.upwind * before + d.downstream * across;
         const float backward = d.downstream * across + d.upwind * after;
-        flux[i] -= d.amount * (forward * std::max(F[i], 0.0F) - backward * std::min(F[i], 0.0F));
-    }
+        deferred[i] = d.amount * (forward * std::max(F[i], 0.0F) - backward * std::min(F[i], 0.0F));
+    });
 }
 
 }  // namespace torvex

@@ -13,13 +13,13 @@
 
 #include "solver/momentum_solution.hpp"
 
+#include <array>
 #include <cmath>
 #include <string>
 
 #include "base/edit.hpp"
-#include "solver/constants.hpp"
+#include "solver/plane_sums.hpp"
 #include "solver/residual_sum.hpp"
-#include "solver/solver_work.hpp"
 #include "solver/sweep_phi.hpp"
 
 namespace torvex {
@@ -32,30 +32,21 @@ CellRange interior(const GridGeometry& g) {
     return {2, 2, 2, g.nx, g.ny, g.nz};
 }
 
-// Sum of |ap| times the speed, added to `start`.
-float speed_sum(const SolverContext& c, float start) {
-    const GridGeometry& g = c.grid;
-    const FlowState& s = c.flow;
-    std::vector<float>& plane_sums = c.work.momentum.plane_sums;
-    plane_sums.resize(static_cast<std::size_t>(g.nk));
-#pragma omp parallel for schedule(static)
-    for (int k = 2; k <= g.nz; ++k) {
-        float sum = 0;
+// Sum of |ap| times the speed over the interior.
+float speed_sum(const GridGeometry& g, const FlowState& s) {
+    const auto [sum] = plane_sums<1>(interior(g), [&](int k) {
+        float of_plane = 0;
         for (int j = 2; j <= g.ny; ++j) {
             for (int i = 2; i <= g.nx; ++i) {
                 const float u = s.u(i, j, k);
                 const float v = s.v(i, j, k);
                 const float w = s.w(i, j, k);
-                sum += std::abs(s.eq.ap(i, j, k) * std::sqrt(u * u + v * v + w * w));
+                of_plane += std::abs(s.eq.ap(i, j, k) * std::sqrt(u * u + v * v + w * w));
             }
         }
-        plane_sums[static_cast<std::size_t>(k - 1)] = sum;
-    }
-    float total = start;
-    for (int k = 2; k <= g.nz; ++k) {
-        total += plane_sums[static_cast<std::size_t>(k - 1)];
-    }
-    return total;
+        return std::array{of_plane};
+    });
+    return sum;
 }
 
 }  // namespace
@@ -69,17 +60,31 @@ void relax_momentum(const SolverContext& c, Component component) {
 #pragma omp parallel for schedule(static)
     for (int k = 2; k <= g.nz; ++k) {
         for (int j = 2; j <= g.ny; ++j) {
+            const float* ae = &eq.ae(1, j, k);
+            const float* aw = &eq.aw(1, j, k);
+            const float* an = &eq.an(1, j, k);
+            const float* as = &eq.as(1, j, k);
+            const float* at = &eq.at(1, j, k);
+            const float* ab = &eq.ab(1, j, k);
+            const float* xi = &e.xi(1, j, k);
+            const float* et = &e.et(1, j, k);
+            const float* ze = &e.ze(1, j, k);
+            const float* phi = &e.phi(1, j, k);
+            const double* sp = &eq.sp(1, j, k);
+            double* su = &eq.su(1, j, k);
+            float* ap = &eq.ap(1, j, k);
+            float* dxi = &e.dxi(1, j, k);
+            float* det = &e.det(1, j, k);
+            float* dze = &e.dze(1, j, k);
 #pragma omp simd
-            for (int i = 2; i <= g.nx; ++i) {
-                const float sum = eq.ae(i, j, k) + eq.aw(i, j, k) + eq.an(i, j, k) +
-                                  eq.as(i, j, k) + eq.at(i, j, k) + eq.ab(i, j, k);
-                const float ap =
-                    static_cast<float>(static_cast<double>(sum) - eq.sp(i, j, k)) / urf;
-                eq.ap(i, j, k) = ap;
-                e.dxi(i, j, k) = e.xi(i, j, k) / ap;
-                e.det(i, j, k) = e.et(i, j, k) / ap;
-                e.dze(i, j, k) = e.ze(i, j, k) / ap;
-                eq.su(i, j, k) += static_cast<double>(kept * ap * e.phi(i, j, k));
+            for (int n = 1; n < g.nx; ++n) {
+                const float sum = ae[n] + aw[n] + an[n] + as[n] + at[n] + ab[n];
+                const float central = static_cast<float>(static_cast<double>(sum) - sp[n]) / urf;
+                ap[n] = central;
+                dxi[n] = xi[n] / central;
+                det[n] = et[n] / central;
+                dze[n] = ze[n] / central;
+                su[n] += static_cast<double>(kept * central * phi[n]);
             }
         }
     }
@@ -93,7 +98,7 @@ void reference_sums(const SolverContext& c, Component component) {
         return;
     }
     e.resid = residual_sum(interior(c.grid), c.flow.eq, e.phi, Pinned::skip);
-    e.scale = speed_sum(c, e.scale_start);
+    e.scale = e.scale_start + speed_sum(c.grid, c.flow);
 }
 
 void solve_momentum(const SolverContext& c, Component component) {

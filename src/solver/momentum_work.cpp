@@ -21,9 +21,8 @@ void prepare(MomentumWork& work, const GridGeometry& g) {
         s.lower.allocate(g.ni, 2, 3);
         s.bottom.allocate(g.ni, g.ny);
         s.bottom_down.allocate(g.ni, g.ny);
-        s.rows.allocate(g.ni, 16);
+        s.rows.allocate(g.ni, 18);
     }
-    work.plane_sums.resize(2 * static_cast<std::size_t>(g.nk + 1));
 }
 
 }  // namespace torvex

@@ -16,13 +16,12 @@ struct MomentumScratch {
     Field3 lower;        // corner rows j-1 and j of the plane below             (nx+1, 2, 3)
     Field2 bottom;       // explicit flux through the bottom faces               (nx+1, ny)
     Field2 bottom_down;  // coefficient of the cell above towards the one below  (nx+1, ny)
-    Field2 rows;         // one row each of what the faces give                  (nx+1, 16)
+    Field2 rows;         // one row each of what the faces give                  (nx+1, 18)
 };
 
 // Scratch of the momentum equations: made at the first use in a direction and kept.
 struct MomentumWork {
     std::vector<MomentumScratch> threads;
-    std::vector<float> plane_sums;  // two sums a plane of k
 };
 
 // Makes room for the threads of the next parallel region; does nothing if the room is there.

@@ -290,9 +290,9 @@ TEST(MomentumBoundary, OutflowCarriesTheMassInflow) {
             };
             const Position s1 = triangle(node(j - 1, k - 1), node(j, k - 1), node(j, k));
             const Position s2 = triangle(node(j - 1, k - 1), node(j, k), node(j - 1, k));
-            const double u = double(c.s.u(g.ni, j, k));
-            const double v = double(c.s.v(g.nx, j, k));
-            const double w = double(c.s.w(g.nx, j, k));
+            const auto u = double(c.s.u(g.ni, j, k));
+            const auto v = double(c.s.v(g.nx, j, k));
+            const auto w = double(c.s.w(g.nx, j, k));
             mass += 1.2 * ((s1[0] + s2[0]) * u + (s1[1] + s2[1]) * v + (s1[2] + s2[2]) * w);
             EXPECT_NEAR(double(c.s.u(g.ni, j, k)) - double(c.s.u(g.nx, j, k)),
                         double(c.s.u(g.ni, 2, 2)) - double(c.s.u(g.nx, 2, 2)), 2e-6);

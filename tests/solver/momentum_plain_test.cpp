@@ -53,7 +53,7 @@ TEST(PlainMomentum, CrossDiffusionOfEachPairOfDirections) {
     for (const auto& [l, m] : pairs) {
         MomentumCase c(sheared_mesh({6, 6, 6}));
         c.s.vis.fill(0.7F);
-        c.fill(c.s.v, [l, m](Position r) { return steps(r, l) * steps(r, m); });
+        c.fill(c.s.v, [l = l, m = m](Position r) { return steps(r, l) * steps(r, m); });
         const plain::Momentum p = plain::start(c.settings, c.g, c.s);
         const double expected = 2.0 * 0.7 * scalar_product(l, m) / volume;
         EXPECT_GT(std::abs(expected), 0.05);

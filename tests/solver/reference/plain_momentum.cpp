@@ -16,24 +16,24 @@ DoubleField doubled(const Field3& x) {
 // Face values by the three interpolation factors; x is a field or a function of i, j, k.
 template <class X>
 double east(const GridGeometry& g, const X& x, int i, int j, int k) {
-    const double f = double(g.fx(i, j, k));
+    const auto f = double(g.fx(i, j, k));
     return (1.0 - f) * double(x(i, j, k)) + f * double(x(i + 1, j, k));
 }
 template <class X>
 double north(const GridGeometry& g, const X& x, int i, int j, int k) {
-    const double f = double(g.fy(i, j, k));
+    const auto f = double(g.fy(i, j, k));
     return (1.0 - f) * double(x(i, j, k)) + f * double(x(i, j + 1, k));
 }
 template <class X>
 double top(const GridGeometry& g, const X& x, int i, int j, int k) {
-    const double f = double(g.fz(i, j, k));
+    const auto f = double(g.fz(i, j, k));
     return (1.0 - f) * double(x(i, j, k)) + f * double(x(i, j, k + 1));
 }
 template <class X>
 double corner(const GridGeometry& g, const X& x, int i, int j, int k) {
-    const double fz = double(g.fz(i, j, k));
-    const double fy = double(g.fy(i, j, k));
-    const double fy_up = double(g.fy(i, j, k + 1));
+    const auto fz = double(g.fz(i, j, k));
+    const auto fy = double(g.fy(i, j, k));
+    const auto fy_up = double(g.fy(i, j, k + 1));
     return (1.0 - fz) * ((1.0 - fy) * east(g, x, i, j, k) + fy * east(g, x, i, j + 1, k)) +
            fz * ((1.0 - fy_up) * east(g, x, i, j, k + 1) + fy_up * east(g, x, i, j + 1, k + 1));
 }
@@ -276,7 +276,7 @@ void ground_boundary(Momentum& m, int component) {
 void side_boundaries(Momentum& m, int component) {
     const GridGeometry& g = m.g;
     DoubleField& phi = m.velocity[index(component)];
-    const double z0 = double(m.settings.WIND_TUNNEL_Z0);
+    const auto z0 = double(m.settings.WIND_TUNNEL_Z0);
     for (int k = 2; k <= g.nz; ++k) {
         for (int i = 2; i <= g.nx; ++i) {
             if (m.settings.WIND_TUNNEL_MODE >= 2) {
@@ -342,7 +342,7 @@ void outflow(Momentum& m, int component) {
         for (int j = 2; j <= g.ny; ++j) {
             for (int k = 2; k <= g.nz; ++k) {
                 const Vector S = outflow_area(g, j, k);
-                const double den = double(m.s.den(g.nx, j, k));
+                const auto den = double(m.s.den(g.nx, j, k));
                 A += den * scalar_product(S, {m.velocity[0](g.nx, j, k), m.velocity[1](g.nx, j, k),
                                               m.velocity[2](g.nx, j, k)});
                 B += den * scalar_product(S, {1.0, 0.0, 0.0});
@@ -479,7 +479,7 @@ double deferred_convection(const Momentum& m, int component, int i, int j, int k
     const DoubleField& x = m.velocity[index(component)];
     const FlowState& s = m.s;
     const bool mass = component == 0;
-    const double eta = double(m.settings.ETA);
+    const auto eta = double(m.settings.ETA);
     const double Z =
         deferred_line(
             eta, [&](int n) { return x(n, j, k); },
@@ -552,7 +552,7 @@ void boundaries(Momentum& m, int component, int skip_sides) {
 
 void relax(Momentum& m, int component) {
     const std::array urf{m.settings.URFU, m.settings.URFV, m.settings.URFW};
-    const double factor = double(urf[index(component)]);
+    const auto factor = double(urf[index(component)]);
     const DoubleField& x = m.velocity[index(component)];
     interior(m.g, [&](int i, int j, int k) {
         m.ap(i, j, k) = (m.ae(i, j, k) + m.aw(i, j, k) + m.an(i, j, k) + m.as(i, j, k) +
