@@ -77,7 +77,7 @@ void count(benchmark::State& state, std::int64_t bytes_per_cell) {
 void triad(benchmark::State& state) {
     set_threads(state);
     Triad t(static_cast<std::size_t>(state.range(0)) * 16);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         t.run();
     }
     state.SetBytesProcessed(state.iterations() * state.range(0) * 16 * 12);
@@ -86,7 +86,7 @@ void triad(benchmark::State& state) {
 void sweep(benchmark::State& state) {
     set_threads(state);
     Problem p(state.range(0));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         torvex::sweep_phi(p.range, p.eq, p.phi, 1.0F);
         benchmark::ClobberMemory();
     }
@@ -104,7 +104,7 @@ void sip_factors(benchmark::State& state) {
     set_threads(state);
     Problem p(state.range(0));
     SolverWork work = work_for(p);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         torvex::SIP(p.range, p.phi, 0, 0.9F, 1, work, p.eq);
         benchmark::ClobberMemory();
     }
@@ -118,7 +118,7 @@ void sip_sweeps(benchmark::State& state) {
     Problem p(state.range(0));
     SolverWork work = work_for(p);
     torvex::SIP(p.range, p.phi, 0, 0.9F, 1, work, p.eq);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         torvex::SIP(p.range, p.phi, sweeps, 0.9F, 2, work, p.eq);
         benchmark::ClobberMemory();
     }
@@ -129,7 +129,7 @@ void rcm_cycle(benchmark::State& state) {
     set_threads(state);
     Problem p(state.range(0));
     SolverWork work = work_for(p);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         torvex::RCM(p.range, p.phi, 4, 4, 0.0F, work, p.eq);
         benchmark::ClobberMemory();
     }
@@ -139,7 +139,7 @@ void rcm_cycle(benchmark::State& state) {
 void sum(benchmark::State& state) {
     set_threads(state);
     Problem p(state.range(0));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(torvex::residual_sum(p.range, p.eq, p.phi, torvex::Pinned::skip));
     }
     count(state, 7 * 4 + 2 * 8 + 4);
@@ -148,7 +148,7 @@ void sum(benchmark::State& state) {
 void sums(benchmark::State& state) {
     set_threads(state);
     Problem p(state.range(0));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         benchmark::DoNotOptimize(torvex::equation_sums(p.range, p.eq, p.phi));
     }
     count(state, 7 * 4 + 2 * 8 + 4);

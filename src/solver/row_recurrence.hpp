@@ -4,6 +4,10 @@
 #include <cstring>
 #include <type_traits>
 
+// How a vector is passed between functions differs between machines without and with wide
+// registers; these vectors never leave the file that uses them.
+#pragma GCC diagnostic ignored "-Wpsabi"
+
 namespace torvex {
 
 // The recurrence x(m) = a(m) + b(m) x(m-1) along a row, or x(m+1) when it runs down, eight cells at

@@ -116,9 +116,11 @@ Field3 direct_solution(const CellRange& cells, const LinearSystem& eq, const Fie
     const int mi = cells.i2 - cells.i1 + 1;
     const int mj = cells.j2 - cells.j1 + 1;
     const int mk = cells.k2 - cells.k1 + 1;
-    const auto unknowns = static_cast<std::size_t>(mi * mj * mk);
+    const int cell_count = mi * mj * mk;
+    const auto unknowns = static_cast<std::size_t>(cell_count);
     const auto number = [&](int i, int j, int k) {
-        return static_cast<std::size_t>(i - cells.i1 + mi * (j - cells.j1 + mj * (k - cells.k1)));
+        const int cell = i - cells.i1 + mi * (j - cells.j1 + mj * (k - cells.k1));
+        return static_cast<std::size_t>(cell);
     };
     std::vector<std::vector<double>> a(unknowns, std::vector<double>(unknowns + 1));
     for_cells(cells, [&](int i, int j, int k) {
