@@ -11,9 +11,9 @@ namespace torvex {
 
 namespace {
 
-// Nodes, geometry, flow fields and linear system hold about fifty single and two double values a
+// Nodes, geometry, flow fields and linear system hold about seventy single and two double values a
 // cell; a mesh beyond this bound would only ever run in the swap space.
-constexpr std::int64_t least_bytes_per_cell = 200;
+constexpr std::int64_t least_bytes_per_cell = 300;
 constexpr const char* mesh_keys = "keys MIN_DXY, MAX_DXY, MESH_HRATIO, MIN_DZ, MESH_VRATIO";
 
 }  // namespace
