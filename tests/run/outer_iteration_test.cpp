@@ -381,14 +381,16 @@ TEST_F(OuterIteration, TheMonitorRowIsInUnitsOfTheInflowSpeed) {
 
 TEST_F(OuterIteration, AMonitorAboveTheInflowColumnStopsBeforeTheFirstIteration) {
     FakeEquations fake;
-    const RunHere run = solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 3"},
-                               {"NML_MONITOR", "MONITOR_POSITION = 1, MONITOR_HEIGHT = 1600"},
-                               {"NML_MONITOR", "MONITOR_LON = 139, 45, 0, MONITOR_LAT = 35, 30, 0"},
-                               {"NML_BOUNDARY_TREATMENT", "CONSTANT_DZ_HEIGHT = 200"},
-                               {"NML_BOUNDARY_TREATMENT", "USE_DEFAULT_MAX_Z = F, MAX_Z = 1500"}},
-                              fake.equations());
-    // 1600 m is above CONSTANT_DZ_HEIGHT, which the case reader refuses first
-    EXPECT_EQ(run.status, 162);
+    const Equations equations = fake.equations();
+    write_case({{"NML_CASEFILE", "N_WIND_DIRECTION = 1"}, {"NML_NUMERICAL_SOLVER", "MAXIT = 3"}});
+    // No case file gets there: its monitor lies below CONSTANT_DZ_HEIGHT, which the levels reach.
+    const RunHere run =
+        test::run_here({}, [&equations](torvex::Run& running, Direction& direction) {
+            running.settings.MONITOR_HEIGHT = 1.0e5F;
+            OUTER_ITERATION(running, direction, equations);
+        });
+    EXPECT_EQ(run.status, 161);
+    EXPECT_THAT(run.err, HasSubstr("the monitor point is not inside the mesh"));
     EXPECT_TRUE(fake.called.empty());
 }
 
@@ -522,6 +524,18 @@ TEST_F(OuterIteration, AResumeGoesOnForMaxitMoreAndContinuesItsLogs) {
     EXPECT_GT(convergence_log().size(), earlier.size());
     EXPECT_EQ(slot("view-convergence.dat", 1), "       3");
     EXPECT_EQ(slot("view-convergence.dat", 3).substr(0, 8), "      20");
+}
+
+TEST_F(OuterIteration, IntermediateResultsOfAResumeAreCountedFromZero) {
+    FakeEquations fake;
+    fake.level = far_off;
+    solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 10"}}, fake.equations());
+    directory.write("#OutputIntermediateCount", "4");
+    solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 5"}, {"NML_RUN", "RESTART_FLAG = 1"}},
+          fake.equations());
+    EXPECT_TRUE(has("vpkeout_00012.tuf"));
+    EXPECT_TRUE(has("restart-00012.info"));
+    EXPECT_FALSE(has("vpkeout_00014.tuf")) << "multiples of 4, not 4 behind the resume";
 }
 
 TEST_F(OuterIteration, AFreshDirectionEmptiesItsConvergenceLog) {
