@@ -3,12 +3,11 @@
 #include <atomic>
 #include <cstddef>
 #include <memory>
-#include <thread>
 
 namespace torvex {
 
-// How many planes each thread of a pipeline has finished. A thread that waits gives its core away
-// after a while, so that a pipeline on a busy machine goes on.
+// How many planes each thread of a pipeline has finished. A thread that waits tries a few times and
+// then sleeps, so that on a busy machine its core goes to the thread that it waits for.
 class PlaneProgress {
  public:
     explicit PlaneProgress(int threads)
@@ -16,13 +15,17 @@ class PlaneProgress {
 
     void publish(int thread, int planes) {
         counter(thread).store(planes, std::memory_order_release);
+        counter(thread).notify_all();
     }
     void wait_for(int thread, int planes) const {
         constexpr int patience = 1000;
-        for (int tries = 0; counter(thread).load(std::memory_order_acquire) < planes; ++tries) {
+        const std::atomic<int>& done = counter(thread);
+        int seen = done.load(std::memory_order_acquire);
+        for (int tries = 0; seen < planes; ++tries) {
             if (tries >= patience) {
-                std::this_thread::yield();
+                done.wait(seen, std::memory_order_acquire);
             }
+            seen = done.load(std::memory_order_acquire);
         }
     }
 
