@@ -6,10 +6,11 @@
 //   torvex_bench_case answer CELLS THREADS [MODEL]
 //
 // A rate is wall microseconds per cell and outer iteration, by routine, over the iterations behind
-// the first. The answer is there when the speeds at twelve points (top, upwind foot, lee foot and
-// side of the hill, at 10, 30 and 80 m) stay within 1 % of what they are at convergence. Every case
-// runs in a process of its own, whose peak memory is told per cell. The triad beside them is that
-// of the same machine, over arrays that no cache holds.
+// the first, with the compulsory traffic that goes with it (see traffic.hpp). The answer is there
+// when the speeds at twelve points (top, upwind foot, lee foot and side of the hill, at 10, 30 and
+// 80 m) stay within 1 % of what they are at convergence. Every case runs in a process of its own,
+// whose peak memory is told per cell. The triad beside them is that of the same machine, over
+// arrays that no cache holds.
 
 #include <omp.h>
 #include <sys/resource.h>
@@ -25,6 +26,7 @@
 #include <filesystem>
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "hill_case.hpp"
@@ -32,6 +34,7 @@
 #include "run/run_torvex.hpp"
 #include "run/wait_policy.hpp"
 #include "timed_equations.hpp"
+#include "traffic.hpp"
 
 namespace torvex::bench {
 namespace {
@@ -140,6 +143,7 @@ struct Result {
     double solve_seconds = 0;
     double rate_seconds = 0;  // without the first iteration
     RoutineSeconds routine{};
+    std::array<double, routines> bytes{};  // compulsory traffic per cell
     int answer_iterations = 0;
     double answer_seconds = 0;
     double peak_bytes = 0;  // filled by the parent process
@@ -189,6 +193,7 @@ void solve_here(const HillCase& hill, int threads, int answer) {
     Solver solver{result};
     const int status = run_torvex({"/f", write_hill_case(hill, directory)},
                                   [&](Run& run, Direction& direction) { solver(run, direction); });
+    result.bytes = compulsory_bytes(directory / "restart-270_0-torvex.conv.log", 1);
     std::filesystem::current_path("/");
     std::filesystem::remove_all(directory);
     const bool told = write(answer, &result, sizeof result) == sizeof result;
@@ -228,6 +233,14 @@ void print_triad(int threads) {
     std::fflush(stdout);
 }
 
+// Time and compulsory traffic of a routine per cell and iteration.
+void print_row(std::string_view name, double seconds, double bytes, const Result& r) {
+    const double iterations = r.iterations - 1;
+    std::printf("    %-8.8s %7.4f us  %5.1f %%  %6.0f bytes  %5.1f GB/s\n", name.data(),
+                seconds * 1e6 / (r.cells * iterations), 100 * seconds / r.rate_seconds,
+                bytes / iterations, 1e-9 * bytes * r.cells / seconds);
+}
+
 void print_rate(const HillCase& hill, int threads) {
     const Result r = solve(hill, threads);
     const double unit = 1e6 / (r.cells * (r.iterations - 1));
@@ -237,14 +250,16 @@ void print_rate(const HillCase& hill, int threads) {
         r.cells, threads, threads == 1 ? "" : "s", r.iterations, r.rate_seconds * unit,
         r.peak_bytes / r.cells);
     double rest = r.rate_seconds;
+    double bytes = 0;
     for (std::size_t n = 0; n < r.routine.size(); ++n) {
         if (r.routine.at(n) > 0) {
-            std::printf("    %-8s %7.4f us  %5.1f %%\n", routine_names.at(n).data(),
-                        r.routine.at(n) * unit, 100 * r.routine.at(n) / r.rate_seconds);
+            print_row(routine_names.at(n), r.routine.at(n), r.bytes.at(n), r);
             rest -= r.routine.at(n);
+            bytes += r.bytes.at(n);
         }
     }
-    std::printf("    %-8s %7.4f us  %5.1f %%\n", "other", rest * unit, 100 * rest / r.rate_seconds);
+    print_row("other", rest, 0, r);
+    print_row("all", r.rate_seconds, bytes, r);
     std::fflush(stdout);
 }
 
