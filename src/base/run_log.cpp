@@ -3,11 +3,15 @@
 #include <iostream>
 
 #include "base/date_stamp.hpp"
+#include "base/status_line.hpp"
 
 namespace torvex {
 
 void console(std::string_view line) {
+    StatusLine& status = status_line();
+    status.hide();
     std::cout << line << '\n' << std::flush;
+    status.redraw();
 }
 
 void RunLog::open(const std::string& path) {

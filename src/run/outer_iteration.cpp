@@ -23,6 +23,7 @@
 #include "mesh/grid.hpp"
 #include "run/control_files.hpp"
 #include "run/iteration_table.hpp"
+#include "run/progress.hpp"
 #include "run/result_writers.hpp"
 #include "run/sample_monitor.hpp"
 #include "solver/clearing_pass.hpp"
@@ -306,8 +307,11 @@ void OUTER_ITERATION(Run& run, Direction& direction, const Equations& equations)
               .last_iter = std::min(most, std::int64_t{direction.outer_count} + settings.MAXIT),
               .prev_iter = 0,
               .prev_resid = {}};
+    Progress progress(settings, direction, static_cast<int>(loop.last_iter));
     while (loop.iter <= loop.last_iter &&
            iterate(run, direction, equations, context, loop) == Verdict::go_on) {
+        const auto iter = static_cast<int>(loop.iter);
+        progress.iteration(iter, iter % settings.MONITOR_STEP == 0);
         ++loop.iter;
     }
     if (settings.MAXIT > 0) {

@@ -74,9 +74,13 @@ ProgramRun run_program(const std::string& program, const std::vector<std::string
     return run;
 }
 
+std::string torvex_program() {
+    return TORVEX_PROGRAM;
+}
+
 ProgramRun run_torvex_program(const std::vector<std::string>& arguments,
                               const std::filesystem::path& directory, int seconds) {
-    return run_program(TORVEX_PROGRAM, arguments, directory, seconds);
+    return run_program(torvex_program(), arguments, directory, seconds);
 }
 
 }  // namespace torvex::test

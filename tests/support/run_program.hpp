@@ -19,6 +19,9 @@ struct ProgramRun {
 ProgramRun run_program(const std::string& program, const std::vector<std::string>& arguments,
                        const std::filesystem::path& directory, int seconds = 60);
 
+// Path of the program under test.
+std::string torvex_program();
+
 // The same for torvex itself.
 ProgramRun run_torvex_program(const std::vector<std::string>& arguments,
                               const std::filesystem::path& directory, int seconds = 60);
