@@ -19,6 +19,7 @@
 #include <cmath>
 
 #include "solver/interpolation.hpp"
+#include "solver/turbulence/metric_rows.hpp"
 #include "solver/turbulence/row.hpp"
 
 namespace torvex {
@@ -70,15 +71,7 @@ template <Production production>
     const Neighbours w = neighbours(s.w, j, k);
     const Factors f{row(g.fx, j, k), row(g.fy, j, k), row(g.fy, j - 1, k), row(g.fz, j, k),
                     row(g.fz, j, k - 1)};
-    const auto xix = row(g.xix, j, k);
-    const auto xiy = row(g.xiy, j, k);
-    const auto xiz = row(g.xiz, j, k);
-    const auto etx = row(g.etx, j, k);
-    const auto ety = row(g.ety, j, k);
-    const auto etz = row(g.etz, j, k);
-    const auto zex = row(g.zex, j, k);
-    const auto zey = row(g.zey, j, k);
-    const auto zez = row(g.zez, j, k);
+    const MetricRows m = metric_rows(g, j, k);
     const auto vol = row(g.vol, j, k);
     const auto vis = row(s.vis, j, k);
     const auto den = row(s.den, j, k);
@@ -87,15 +80,15 @@ template <Production production>
         const Differences du = differences(u, f, i);
         const Differences dv = differences(v, f, i);
         const Differences dw = differences(w, f, i);
-        const float ux = xix[i] * du.xi + etx[i] * du.et + zex[i] * du.ze;
-        const float uy = xiy[i] * du.xi + ety[i] * du.et + zey[i] * du.ze;
-        const float uz = xiz[i] * du.xi + etz[i] * du.et + zez[i] * du.ze;
-        const float vx = xix[i] * dv.xi + etx[i] * dv.et + zex[i] * dv.ze;
-        const float vy = xiy[i] * dv.xi + ety[i] * dv.et + zey[i] * dv.ze;
-        const float vz = xiz[i] * dv.xi + etz[i] * dv.et + zez[i] * dv.ze;
-        const float wx = xix[i] * dw.xi + etx[i] * dw.et + zex[i] * dw.ze;
-        const float wy = xiy[i] * dw.xi + ety[i] * dw.et + zey[i] * dw.ze;
-        const float wz = xiz[i] * dw.xi + etz[i] * dw.et + zez[i] * dw.ze;
+        const float ux = m.xix[i] * du.xi + m.etx[i] * du.et + m.zex[i] * du.ze;
+        const float uy = m.xiy[i] * du.xi + m.ety[i] * du.et + m.zey[i] * du.ze;
+        const float uz = m.xiz[i] * du.xi + m.etz[i] * du.et + m.zez[i] * du.ze;
+        const float vx = m.xix[i] * dv.xi + m.etx[i] * dv.et + m.zex[i] * dv.ze;
+        const float vy = m.xiy[i] * dv.xi + m.ety[i] * dv.et + m.zey[i] * dv.ze;
+        const float vz = m.xiz[i] * dv.xi + m.etz[i] * dv.et + m.zez[i] * dv.ze;
+        const float wx = m.xix[i] * dw.xi + m.etx[i] * dw.et + m.zex[i] * dw.ze;
+        const float wy = m.xiy[i] * dw.xi + m.ety[i] * dw.et + m.zey[i] * dw.ze;
+        const float wz = m.xiz[i] * dw.xi + m.etz[i] * dw.et + m.zez[i] * dw.ze;
         const float strain = 2.0F * ux * ux + 2.0F * vy * vy + 2.0F * wz * wz + square(uy + vx) +
                              square(vz + wy) + square(wx + uz);
         const float c = ((vis[i] - viscos) / (vol[i] * vol[i])) / den[i];

@@ -15,6 +15,7 @@
 
 #include "base/field.hpp"
 #include "solver/interpolation.hpp"
+#include "solver/turbulence/metric_rows.hpp"
 
 namespace torvex {
 
@@ -51,39 +52,23 @@ void transport_faces(const FaceRows& face, float over_sigma, int first, int last
 }
 
 void metric_products(const GridGeometry& g, int j, int k, const ProductRows& out) {
-    const auto xix = row(g.xix, j, k);
-    const auto xiy = row(g.xiy, j, k);
-    const auto xiz = row(g.xiz, j, k);
-    const auto etx = row(g.etx, j, k);
-    const auto ety = row(g.ety, j, k);
-    const auto etz = row(g.etz, j, k);
-    const auto zex = row(g.zex, j, k);
-    const auto zey = row(g.zey, j, k);
-    const auto zez = row(g.zez, j, k);
+    const MetricRows area = metric_rows(g, j, k);
     along_row(1, g.ni, [=](int i) {
-        out.xi_xi[i] = xix[i] * xix[i] + xiy[i] * xiy[i] + xiz[i] * xiz[i];
-        out.et_et[i] = etx[i] * etx[i] + ety[i] * ety[i] + etz[i] * etz[i];
-        out.ze_ze[i] = zex[i] * zex[i] + zey[i] * zey[i] + zez[i] * zez[i];
-        out.xi_et[i] = xix[i] * etx[i] + xiy[i] * ety[i] + xiz[i] * etz[i];
-        out.xi_ze[i] = xix[i] * zex[i] + xiy[i] * zey[i] + xiz[i] * zez[i];
-        out.et_ze[i] = etx[i] * zex[i] + ety[i] * zey[i] + etz[i] * zez[i];
+        out.xi_xi[i] = area.xi_xi(i);
+        out.et_et[i] = area.et_et(i);
+        out.ze_ze[i] = area.ze_ze(i);
+        out.xi_et[i] = area.xi_et(i);
+        out.xi_ze[i] = area.xi_ze(i);
+        out.et_ze[i] = area.et_ze(i);
     });
 }
 
 void zeta_products(const GridGeometry& g, int j, int k, const ProductRows& out) {
-    const auto xix = row(g.xix, j, k);
-    const auto xiy = row(g.xiy, j, k);
-    const auto xiz = row(g.xiz, j, k);
-    const auto etx = row(g.etx, j, k);
-    const auto ety = row(g.ety, j, k);
-    const auto etz = row(g.etz, j, k);
-    const auto zex = row(g.zex, j, k);
-    const auto zey = row(g.zey, j, k);
-    const auto zez = row(g.zez, j, k);
+    const MetricRows area = metric_rows(g, j, k);
     along_row(1, g.ni, [=](int i) {
-        out.ze_ze[i] = zex[i] * zex[i] + zey[i] * zey[i] + zez[i] * zez[i];
-        out.xi_ze[i] = xix[i] * zex[i] + xiy[i] * zey[i] + xiz[i] * zez[i];
-        out.et_ze[i] = etx[i] * zex[i] + ety[i] * zey[i] + etz[i] * zez[i];
+        out.ze_ze[i] = area.ze_ze(i);
+        out.xi_ze[i] = area.xi_ze(i);
+        out.et_ze[i] = area.et_ze(i);
     });
 }
 
