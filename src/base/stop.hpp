@@ -7,8 +7,8 @@
 
 namespace torvex {
 
-// The end of a run, on its way to main. Nothing between stop() and main catches it, so every file
-// that is open on the way is closed by its owner.
+// The end of a run, on its way to main. Nothing between stop() and main keeps it but the writer of
+// the label list, so every file that is open on the way is closed by its owner.
 class Stop : public std::exception {
  public:
     Stop(int code, std::string what, std::string where, std::string fix);

@@ -4,7 +4,7 @@
 
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
-#include "run/steps_to_come.hpp"
+#include "run/write_sites.hpp"
 
 namespace torvex {
 

@@ -32,6 +32,7 @@
 #include "run/result_writers.hpp"
 #include "run/steps_to_come.hpp"
 #include "run/wind_directions.hpp"
+#include "run/write_sites.hpp"
 #include "solver/init.hpp"
 
 namespace torvex {

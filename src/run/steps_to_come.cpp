@@ -28,6 +28,4 @@ void read_canopy_file(Run& /*run*/, Direction& /*direction*/) {
     not_yet("a case with a canopy", "set canopy_mode = 0");
 }
 
-void write_sites(Run& /*run*/, Direction& /*direction*/) {}
-
 }  // namespace torvex

@@ -2,8 +2,8 @@
 
 #include "run/run_state.hpp"
 
-// Steps of the sequence that are not written yet. Those that only add output do nothing; a case
-// that needs one of the others ends with a message instead of a wrong result.
+// Steps of the sequence that are not written yet. A case that needs one of them ends with a message
+// instead of a wrong result.
 namespace torvex {
 
 // nest: the child's lines and their check over all directions, the parent's flow on the boundaries
@@ -13,7 +13,5 @@ void nest_bc_set(Run& run, Direction& direction);
 
 void READ_MESH_ETC(Run& run, Direction& direction);     // a domain from the user's files
 void read_canopy_file(Run& run, Direction& direction);  // gp_d, gp_k, gp_e and z0 of a canopy
-
-void write_sites(Run& run, Direction& direction);  // profiles and label list
 
 }  // namespace torvex

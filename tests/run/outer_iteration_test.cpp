@@ -468,6 +468,37 @@ TEST_F(OuterIteration, ADivergenceBehindAnIntermediateResultRefreshesTheNumbered
     EXPECT_TRUE(has("vpkeout_00004.tuf"));
 }
 
+TEST_F(OuterIteration, EachResultOfAnIterationBringsTheSitesWithIt) {
+    // The profile of the inflow is taken away at the start of each iteration.
+    std::vector<int> written_in;
+    const auto solve_with = [&](const CaseItems& items, float last_level) {
+        written_in.clear();
+        std::filesystem::remove(directory.file("sites-000_0-_INFLOW_PROFILE.tpd"));
+        FakeEquations fake;
+        fake.level = far_off;
+        Equations equations = fake.equations();
+        const auto calcu = equations.CALCU;
+        equations.CALCU = [&](const SolverContext& c, int iter, int interval) {
+            if (std::filesystem::remove(directory.file("sites-000_0-_INFLOW_PROFILE.tpd"))) {
+                written_in.push_back(iter - 1);
+            }
+            fake.level = iter < 9 ? far_off : last_level;
+            calcu(c, iter, interval);
+        };
+        CaseItems all{{"NML_NUMERICAL_SOLVER", "MAXIT = 9"}};
+        all.insert(all.end(), items.begin(), items.end());
+        solve(all, equations);
+        return directory.has("sites-000_0-_INFLOW_PROFILE.tpd");
+    };
+    EXPECT_TRUE(solve_with({{"NML_RUN", "DEBUG_MODE = 4"}}, far_off));
+    EXPECT_THAT(written_in, ElementsAre(1, 5));
+    directory.write("#OutputIntermediateCount", "3");
+    EXPECT_TRUE(solve_with({}, far_off));
+    EXPECT_THAT(written_in, ElementsAre(3, 6));
+    EXPECT_FALSE(solve_with({}, nan)) << "the fields of a divergence have no sites";
+    EXPECT_THAT(written_in, ElementsAre(3, 6));
+}
+
 TEST_F(OuterIteration, DebugWritesBeginAtTheFirstIteration) {
     FakeEquations fake;
     fake.level = far_off;

@@ -112,6 +112,26 @@ TEST_F(RunFailures, BadCaseFileIsToldEvenWhereTheLogMayNotBeWritten) {
     EXPECT_EQ(run().status, 162);
 }
 
+TEST_F(RunFailures, ProfileThatCannotBeWrittenEndsTheRun) {
+    write_case(one_direction);
+    fs::create_directory("sites-000_0-_INFLOW_PROFILE.tpd");
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_EQ(ran.signal, 0);
+    EXPECT_THAT(ran.err, HasSubstr("the file cannot be put in its place: Is a directory\n"
+                                   "  in sites-000_0-_INFLOW_PROFILE.tpd\n"));
+}
+
+TEST_F(RunFailures, LabelListThatCannotBeWrittenIsNoFailure) {
+    write_case(one_direction);
+    fs::create_directory("_latlon_label_list.txt");
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    EXPECT_TRUE(directory.has("sites-000_0-_INFLOW_PROFILE.tpd"));
+    EXPECT_THAT(log(), HasSubstr("<date> WD   0.0: (Warning) _latlon_label_list.txt: "));
+    EXPECT_THAT(log(), HasSubstr("<date> Computation Finished. \n"));
+}
+
 TEST_F(RunFailures, FullDiskStopsAtTheLog) {
     write_case(one_direction);
     fs::create_symlink("/dev/full", "torvex.log");

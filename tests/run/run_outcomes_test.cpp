@@ -111,6 +111,8 @@ TEST_F(RunOutcomes, DivergedDirectionHasNoFinalResult) {
     run_four([](int iwd, Direction& direction) { direction.diverged = iwd == 2; });
     EXPECT_FALSE(directory.has("restart-090_0-restart.info"));
     EXPECT_FALSE(directory.has("restart-090_0-vpkeout_00000.tuf"));
+    EXPECT_FALSE(directory.has("sites-090_0-_INFLOW_PROFILE.tpd"));
+    EXPECT_TRUE(directory.has("sites-180_0-_INFLOW_PROFILE.tpd"));
     EXPECT_THAT(entered, ::testing::ElementsAre(1, 2, 3, 4));
 }
 

@@ -77,6 +77,26 @@ TEST_F(RunRestart, DirectionWithinTheCriteriaIsDone) {
                   "                              resid-k: 0.0000E+00 resid-e: 0.0000E+00\n"));
 }
 
+TEST_F(RunRestart, DirectionThatIsDoneHasItsSitesWrittenAgain) {
+    const std::string before = directory.read("sites-000_0-_INFLOW_PROFILE.tpd");
+    std::filesystem::remove("sites-000_0-_INFLOW_PROFILE.tpd");
+    std::filesystem::remove("_latlon_label_list.txt");
+    write_case({{"NML_CASEFILE", "N_WIND_DIRECTION = 1"},
+                {"NML_RUN", "RESTART_FLAG = 1"},
+                {"NML_SITE", "N_SITE = 2, SITE(1)%LABEL = 'far', SITE(2)%LABEL = 'near'"},
+                {"NML_SITE", "SITE(1)%LON = 138, 45, 0, SITE(1)%LAT = 35, 30, 0"},
+                {"NML_SITE", "SITE(2)%LON = 139, 45, 3, SITE(2)%LAT = 35, 30, 0"}});
+    directory.write(info_of_first, "0\n 1.0E-05 2.0E-05 3.0E-05 4.0E-05\n");
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    EXPECT_EQ(slot(table, 2), "  0.0 1");
+    EXPECT_EQ(directory.read("sites-000_0-_INFLOW_PROFILE.tpd"), before);
+    EXPECT_TRUE(directory.has("sites-000_0-T353000_0000-1394503_0000.tpd"));
+    EXPECT_EQ(directory.read("_latlon_label_list.txt"), "    2, near, T353000_0000-1394503_0000\n");
+    EXPECT_THAT(new_log(), HasSubstr("<date> WD   0.0- Site [far] : (Warning) Site Position is out "
+                                     "of computational domain.\n"));
+}
+
 TEST_F(RunRestart, ResidualEqualToItsCriterionPasses) {
     directory.write(info_of_first, "0\n 0.001 1.0E-3 .001 0.1D-2\n");
     EXPECT_EQ(run_again("1").status, 0);

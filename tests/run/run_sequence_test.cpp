@@ -286,6 +286,8 @@ TEST_F(RunSequence, FlatRunHasOneDirectionAndItsPrefix) {
     }
     EXPECT_TRUE(directory.has("flat-log-meshnumber"));
     EXPECT_TRUE(directory.has("flat-view-monitor-000_0.dat"));
+    EXPECT_TRUE(directory.has("flat-sites-000_0-_INFLOW_PROFILE.tpd"));
+    EXPECT_EQ(directory.read("_latlon_label_list.txt"), "") << "without a prefix";
     EXPECT_EQ(slot("flat-view-wind_direction.dat", 1), "       2");
 }
 
