@@ -11,23 +11,24 @@
 
 namespace torvex {
 
-void canopy_momentum_source(const SolverContext& c) {
-    const GridGeometry& g = c.grid;
-    FlowState& s = c.flow;
-    if (s.gp_d.size() == 0) {
+void canopy_momentum_source(const CanopyCells& c) {
+    if (c.gp_d.size() == 0) {
         return;  // a mesh that was given without canopy data
     }
+    const int nx = c.gp_d.ni() - 1;
+    const int ny = c.gp_d.nj() - 1;
+    const int nz = c.gp_d.nk() - 1;
 #pragma omp parallel for schedule(static)
-    for (int k = 2; k <= g.nz; ++k) {
-        for (int j = 2; j <= g.ny; ++j) {
+    for (int k = 2; k <= nz; ++k) {
+        for (int j = 2; j <= ny; ++j) {
 #pragma omp simd
-            for (int i = 2; i <= g.nx; ++i) {
-                const float u = s.u(i, j, k);
-                const float v = s.v(i, j, k);
-                const float w = s.w(i, j, k);
+            for (int i = 2; i <= nx; ++i) {
+                const float u = c.u(i, j, k);
+                const float v = c.v(i, j, k);
+                const float w = c.w(i, j, k);
                 const float speed = std::sqrt(u * u + v * v + w * w);
-                const float drag = s.den(i, j, k) * s.gp_d(i, j, k) * speed;
-                s.eq.sp(i, j, k) += static_cast<double>(-g.vol(i, j, k) * drag);
+                const float drag = c.den(i, j, k) * c.gp_d(i, j, k) * speed;
+                c.sp(i, j, k) += static_cast<double>(-c.vol(i, j, k) * drag);
             }
         }
     }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "solver/solver_context.hpp"
+#include "canopy/canopy_cells.hpp"
 
 namespace torvex {
 
 // Drag of forests and buildings on the momentum equation in hand.
-void canopy_momentum_source(const SolverContext& c);
+void canopy_momentum_source(const CanopyCells& c);
 
 }  // namespace torvex

@@ -1,6 +1,6 @@
 // Canopy sources of the turbulence equations.
 //
-//   tke   su += beta_p den gp_d V^3 vol              sp -= den gp_k gp_d V vol
+//   tke   su += beta_p den gp_d V^3 vol                sp -= den gp_k gp_d V vol
 //   ted   su += cpe1 beta_p den gp_d V^3 ted/tke vol   sp -= den gp_e gp_d V vol
 //
 // both times canopy_source_factor, 0 until the iteration start_cal_src and 1 from then on. V is the
@@ -15,90 +15,72 @@
 
 #include <cmath>
 
-#include "solver/turbulence/row.hpp"
-
 namespace torvex {
 
 namespace {
 
-struct CanopyRows {
-    Row<const float> u, v, w, den, vol, drag, dissipation;
-    Row<double> su, sp;
-};
-
-CanopyRows canopy_rows(const GridGeometry& g, FlowState& s, const Field3& dissipation, int j,
-                       int k) {
-    const FlowState& read = s;
-    return {row(read.u, j, k),      row(read.v, j, k),  row(read.w, j, k),
-            row(read.den, j, k),    row(g.vol, j, k),   row(read.gp_d, j, k),
-            row(dissipation, j, k), row(s.eq.su, j, k), row(s.eq.sp, j, k)};
-}
-
-[[gnu::always_inline]] inline float speed(const CanopyRows& r, int i) {
-    return std::sqrt(r.u[i] * r.u[i] + r.v[i] * r.v[i] + r.w[i] * r.w[i]);
-}
-
 // The run goes on without drag where no canopy was read, and without these sources until they
 // start.
-bool acts(const SolverContext& ctx) {
-    return ctx.flow.canopy_source_factor != 0.0F && ctx.flow.gp_d.size() > 0;
+bool acts(const CanopyCells& c, float factor) {
+    return factor != 0.0F && c.gp_d.size() > 0;
 }
 
-template <class RowSources>
-void for_rows_above_ground(const GridGeometry& g, RowSources sources) {
+[[gnu::always_inline]] inline float speed(const CanopyCells& c, int i, int j, int k) {
+    const float u = c.u(i, j, k);
+    const float v = c.v(i, j, k);
+    const float w = c.w(i, j, k);
+    return std::sqrt(u * u + v * v + w * w);
+}
+
+// What breaks up in the wakes of leaves and walls, per unit of the variable.
+[[gnu::always_inline]] inline float sink(const CanopyCells& c, const Field3& dissipation, float V,
+                                         int i, int j, int k) {
+    return c.den(i, j, k) * dissipation(i, j, k) * c.gp_d(i, j, k) * V * c.vol(i, j, k);
+}
+
+template <class CellSources>
+void for_cells_above_ground(const CanopyCells& c, CellSources sources) {
+    const int nx = c.gp_d.ni() - 1;
+    const int ny = c.gp_d.nj() - 1;
+    const int nz = c.gp_d.nk() - 1;
 #pragma omp parallel for schedule(static)
-    for (int k = 3; k <= g.nz; ++k) {
-        for (int j = 2; j <= g.ny; ++j) {
-            sources(j, k);
+    for (int k = 3; k <= nz; ++k) {
+        for (int j = 2; j <= ny; ++j) {
+#pragma omp simd
+            for (int i = 2; i <= nx; ++i) {
+                sources(i, j, k);
+            }
         }
     }
 }
 
 }  // namespace
 
-void canopy_sources_tke(const SolverContext& ctx) {
-    if (!acts(ctx)) {
+void canopy_sources_tke(const CanopyCells& c, const CanopyParameters& parameters, float factor) {
+    if (!acts(c, factor)) {
         return;
     }
-    const GridGeometry& g = ctx.grid;
-    FlowState& s = ctx.flow;
-    const float beta_p = ctx.settings.canopy.beta_p;
-    const float factor = s.canopy_source_factor;
-    for_rows_above_ground(g, [&, beta_p, factor](int j, int k) {
-        const CanopyRows r = canopy_rows(g, s, s.gp_k, j, k);
-#pragma omp simd
-        for (int i = 2; i <= g.nx; ++i) {
-            const float V = speed(r, i);
-            const float source = beta_p * r.den[i] * r.drag[i] * (V * V * V) * r.vol[i] * factor;
-            const float sink = r.den[i] * r.dissipation[i] * r.drag[i] * V * r.vol[i] * factor;
-            r.su[i] += static_cast<double>(source);
-            r.sp[i] -= static_cast<double>(sink);
-        }
+    const float beta_p = parameters.beta_p;
+    for_cells_above_ground(c, [=](int i, int j, int k) {
+        const float V = speed(c, i, j, k);
+        const float source =
+            beta_p * c.den(i, j, k) * c.gp_d(i, j, k) * (V * V * V) * c.vol(i, j, k) * factor;
+        c.su(i, j, k) += static_cast<double>(source);
+        c.sp(i, j, k) -= static_cast<double>(sink(c, c.gp_k, V, i, j, k) * factor);
     });
 }
 
-void canopy_sources_ted(const SolverContext& ctx) {
-    if (!acts(ctx)) {
+void canopy_sources_ted(const CanopyCells& c, const CanopyParameters& parameters, float factor) {
+    if (!acts(c, factor)) {
         return;
     }
-    const GridGeometry& g = ctx.grid;
-    FlowState& s = ctx.flow;
-    const float cpe1 = ctx.settings.canopy.cpe1;
-    const float beta_p = ctx.settings.canopy.beta_p;
-    const float factor = s.canopy_source_factor;
-    for_rows_above_ground(g, [&, cpe1, beta_p, factor](int j, int k) {
-        const CanopyRows r = canopy_rows(g, s, s.gp_e, j, k);
-        const auto tke = row(std::as_const(s.tke), j, k);
-        const auto ted = row(std::as_const(s.ted), j, k);
-#pragma omp simd
-        for (int i = 2; i <= g.nx; ++i) {
-            const float V = speed(r, i);
-            const float source = cpe1 * beta_p * r.den[i] * r.drag[i] * (V * V * V) * ted[i] /
-                                 tke[i] * r.vol[i] * factor;
-            const float sink = r.den[i] * r.dissipation[i] * r.drag[i] * V * r.vol[i] * factor;
-            r.su[i] += static_cast<double>(source);
-            r.sp[i] -= static_cast<double>(sink);
-        }
+    const float production = parameters.cpe1 * parameters.beta_p;
+    for_cells_above_ground(c, [=](int i, int j, int k) {
+        const float V = speed(c, i, j, k);
+        const float source = production * c.den(i, j, k) * c.gp_d(i, j, k) * (V * V * V) *
+                             c.ted(i, j, k) / c.tke(i, j, k) * c.vol(i, j, k) * factor;
+        c.su(i, j, k) += static_cast<double>(source);
+        c.sp(i, j, k) -= static_cast<double>(sink(c, c.gp_e, V, i, j, k) * factor);
     });
 }
 

@@ -13,6 +13,7 @@
 #include "solver/calcu.hpp"
 
 #include "canopy/canopy_sources.hpp"
+#include "solver/canopy_cells_of.hpp"
 #include "solver/momentum_assembly.hpp"
 #include "solver/momentum_boundary.hpp"
 #include "solver/momentum_solution.hpp"
@@ -23,7 +24,7 @@ namespace torvex {
 void CALCU(const SolverContext& c, int iter, int interval) {
     assemble_momentum<Component::u>(c, c.work.momentum);
     if (c.settings.canopy.canopy_mode > 0) {
-        canopy_momentum_source(c);
+        canopy_momentum_source(canopy_cells_of(c));
     }
     bc_u(c);
     relax_momentum(c, Component::u);

@@ -10,6 +10,7 @@
 #include "solver/calcv.hpp"
 
 #include "canopy/canopy_sources.hpp"
+#include "solver/canopy_cells_of.hpp"
 #include "solver/momentum_assembly.hpp"
 #include "solver/momentum_boundary.hpp"
 #include "solver/momentum_solution.hpp"
@@ -20,7 +21,7 @@ namespace torvex {
 void CALCV(const SolverContext& c, int iter, int interval) {
     assemble_momentum<Component::v>(c, c.work.momentum);
     if (c.settings.canopy.canopy_mode > 0) {
-        canopy_momentum_source(c);
+        canopy_momentum_source(canopy_cells_of(c));
     }
     bc_v(c);
     relax_momentum(c, Component::v);

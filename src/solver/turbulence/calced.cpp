@@ -13,6 +13,7 @@
 // ref     Launder and Spalding (1974)
 
 #include "canopy/canopy_sources_turbulence.hpp"
+#include "solver/canopy_cells_of.hpp"
 #include "solver/solver_work.hpp"
 #include "solver/turbulence/transport_assembly.hpp"
 #include "solver/turbulence/transport_solution.hpp"
@@ -32,7 +33,7 @@ void CALCED(const SolverContext& ctx, int iter, int interval) {
     };
     assemble_transport(g, s, s.ted, set.SIGE, ctx.work.transport, source);
     if (set.canopy.canopy_mode > 0) {
-        canopy_sources_ted(ctx);
+        canopy_sources_ted(canopy_cells_of(ctx), set.canopy, s.canopy_source_factor);
     }
     bc_ted(ctx);
     solve_transport(ctx, iter, interval, {set.URFE, set.NSWPE, 1.0F, "   e: n=", "e"}, s.ted,

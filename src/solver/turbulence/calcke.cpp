@@ -13,6 +13,7 @@
 // ref     Launder and Spalding (1974); Kato and Launder (1993) for model 3
 
 #include "canopy/canopy_sources_turbulence.hpp"
+#include "solver/canopy_cells_of.hpp"
 #include "solver/solver_work.hpp"
 #include "solver/turbulence/energy_wall.hpp"
 #include "solver/turbulence/production.hpp"
@@ -50,7 +51,7 @@ void CALCKE(const SolverContext& ctx, int iter, int interval) {
         assemble<Production::strain>(ctx);
     }
     if (set.canopy.canopy_mode > 0) {
-        canopy_sources_tke(ctx);
+        canopy_sources_tke(canopy_cells_of(ctx), set.canopy, s.canopy_source_factor);
     }
     clear_wall_planes(ctx);
     bc_tke(ctx);

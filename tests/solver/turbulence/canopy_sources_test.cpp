@@ -7,6 +7,7 @@
 
 #include "canopy/canopy_sources_turbulence.hpp"
 #include "mesh/test_meshes.hpp"
+#include "solver/canopy_cells_of.hpp"
 #include "solver/fields.hpp"
 #include "solver/turbulence/turbulence.hpp"
 #include "solver/turbulence/turbulence_case.hpp"
@@ -50,54 +51,59 @@ struct CanopyCase : TurbulenceCase {
     }
 };
 
+void tke_sources(TurbulenceCase& c) {
+    canopy_sources_tke(canopy_cells_of(c.context()), c.settings.canopy,
+                       c.flow.canopy_source_factor);
+}
+
+void ted_sources(TurbulenceCase& c) {
+    canopy_sources_ted(canopy_cells_of(c.context()), c.settings.canopy,
+                       c.flow.canopy_source_factor);
+}
+
 constexpr double drag = 1.2 * 0.1 * 24;  // den gp_d vol
 constexpr double V = 13;
 
 TEST(CanopyTke, AddsProductionAndSinkAboveTheGroundLayer) {
     CanopyCase c;
-    SolverContext ctx = c.context();
-    canopy_sources_tke(ctx);
+    tke_sources(c);
     c.expect_sources(0.8 * drag * V * V * V, -5.0 * drag * V);
 }
 
 TEST(CanopyTed, AddsProductionAndSinkAboveTheGroundLayer) {
     CanopyCase c;
-    SolverContext ctx = c.context();
-    canopy_sources_ted(ctx);
+    ted_sources(c);
     c.expect_sources(0.9 * 0.8 * drag * V * V * V * 0.5 / 2.0, -4.0 * drag * V);
 }
 
 TEST(CanopySources, WaitForTheirFactor) {
     CanopyCase c;
     c.flow.canopy_source_factor = 0.0F;
-    SolverContext ctx = c.context();
-    canopy_sources_tke(ctx);
-    canopy_sources_ted(ctx);
+    tke_sources(c);
+    ted_sources(c);
     c.expect_sources(0, 0);
 }
 
 TEST(CanopySources, VanishWithoutDrag) {
     CanopyCase c;
     c.flow.gp_d.fill(0.0F);
-    SolverContext ctx = c.context();
-    canopy_sources_tke(ctx);
-    canopy_sources_ted(ctx);
+    tke_sources(c);
+    ted_sources(c);
     c.expect_sources(0, 0);
     // No canopy was read.
     c.flow.gp_d.release();
-    canopy_sources_tke(ctx);
-    canopy_sources_ted(ctx);
+    tke_sources(c);
+    ted_sources(c);
     c.expect_sources(0, 0);
 }
 
 TEST(CanopyTed, DividesByTkeWithoutAGuard) {
     CanopyCase c;
     c.flow.tke.fill(1.0e-15F);
-    SolverContext ctx = c.context();
-    canopy_sources_ted(ctx);
+    ted_sources(c);
     EXPECT_NEAR(c.flow.eq.su(3, 3, 3) / (0.9 * 0.8 * drag * V * V * V * 0.5 / 1e-15), 1.0, 1e-5);
     c.flow.tke.fill(0.0F);
-    canopy_sources_ted(ctx);
+    ted_sources(c);
     EXPECT_TRUE(std::isinf(c.flow.eq.su(3, 3, 3)));
 }
 
@@ -108,9 +114,8 @@ TEST(CanopySources, AreTheSameBitsForAnyNumberOfThreads) {
         make_random(c, 41);
         c.flow.canopy_source_factor = 1.0F;
         const Threads threads(n);
-        SolverContext ctx = c.context();
-        canopy_sources_tke(ctx);
-        canopy_sources_ted(ctx);
+        tke_sources(c);
+        ted_sources(c);
         if (n == 1) {
             su = c.flow.eq.su;
         }
