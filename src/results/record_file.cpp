@@ -42,6 +42,11 @@ bool RecordReader::fail_in_record(const std::string& reason) {
     return fail("record " + std::to_string(record_) + " " + reason);
 }
 
+bool RecordReader::fail_at_end_of_file(const std::string& reason) {
+    cut_off_ = cut_off_ || fault_.empty();
+    return fail_in_record(reason);
+}
+
 bool RecordReader::open(const std::string& path) {
     // Without waiting: a pipe of that name would otherwise hold the run until somebody writes.
     descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -69,7 +74,7 @@ bool RecordReader::read_at(std::int64_t at, std::span<std::byte> bytes) {
             return fail_in_record("cannot be read: " + reason_of(errno));
         }
         if (got == 0) {
-            return fail_in_record("is cut off: the file became shorter while it was read");
+            return fail_at_end_of_file("is cut off: the file became shorter while it was read");
         }
         bytes = bytes.subspan(static_cast<std::size_t>(got));
         at += got;
@@ -82,7 +87,7 @@ std::optional<RecordReader::Frame> RecordReader::next_frame() {
         return std::nullopt;
     }
     if (at_end()) {
-        fail_in_record("is missing: the file ends in front of it");
+        fail_at_end_of_file("is missing: the file ends in front of it");
         return std::nullopt;
     }
     Frame frame{.bytes = 0, .end = at_};
@@ -90,7 +95,7 @@ std::optional<RecordReader::Frame> RecordReader::next_frame() {
     for (bool first = true; continued; first = false) {
         std::int32_t front = 0;
         if (size_ - frame.end < 2 * length_bytes) {
-            fail_in_record("is cut off: the file ends at byte " + std::to_string(size_));
+            fail_at_end_of_file("is cut off: the file ends at byte " + std::to_string(size_));
             return std::nullopt;
         }
         if (!read_at(frame.end, std::as_writable_bytes(numbers_of(front)))) {
@@ -103,8 +108,9 @@ std::optional<RecordReader::Frame> RecordReader::next_frame() {
             return std::nullopt;
         }
         if (length > size_ - frame.end - 2 * length_bytes) {
-            fail_in_record("has the length " + std::to_string(front) +
-                           " and goes beyond the end of the file at byte " + std::to_string(size_));
+            fail_at_end_of_file("has the length " + std::to_string(front) +
+                                " and goes beyond the end of the file at byte " +
+                                std::to_string(size_));
             return std::nullopt;
         }
         std::int32_t behind = 0;

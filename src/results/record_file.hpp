@@ -106,6 +106,8 @@ class RecordReader {
     bool skip();
 
     bool at_end() const { return at_ == size_; }
+    // True if the reading failed because the file ends in front of a record or inside it.
+    bool cut_off() const { return cut_off_; }
     const std::string& fault() const { return fault_; }
 
  private:
@@ -119,12 +121,14 @@ class RecordReader {
     bool read_at(std::int64_t at, std::span<std::byte> bytes);
     bool fail(const std::string& reason);
     bool fail_in_record(const std::string& reason);
+    bool fail_at_end_of_file(const std::string& reason);
 
     int descriptor_ = -1;
     std::int64_t size_ = 0;  // of the file
     std::int64_t at_ = 0;    // start of the next record
     long record_ = 1;        // its number, for messages
     std::string fault_;
+    bool cut_off_ = false;
 };
 
 }  // namespace torvex

@@ -302,6 +302,7 @@ TEST(RecordReader, EveryPrefixOfAFileEndsInAFault) {
         }
         EXPECT_LT(records, 8) << length;
         EXPECT_FALSE(reader.fault().empty());
+        EXPECT_TRUE(reader.cut_off());
     }
 }
 
@@ -338,6 +339,7 @@ TEST(RecordReader, FirstFaultStays) {
     EXPECT_FALSE(reader.skip());
     EXPECT_EQ(reader.next_size(), std::nullopt);
     EXPECT_EQ(reader.fault(), fault);
+    EXPECT_FALSE(reader.cut_off()) << "of another size, but whole";
 }
 
 TEST(RecordReader, OpensRegularFilesOnly) {
