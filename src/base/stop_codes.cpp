@@ -22,6 +22,18 @@ constexpr std::array table{
     StopCode{1, "Turbulence Model Error",
              "TURBULENCE_MODEL is none of 1 to 4 when a result is to be written",
              "choose 1 (k-epsilon), 2 (k-l), 3 (Launder-Kato) or 4 (hybrid)"},
+    StopCode{
+        1, "canopy file",
+        "canopy_mode is 1 and the ccd.tuf of a direction cannot be opened; its name and \" not "
+        "found.\" are told",
+        "prepare the file under restart_stem, or set canopy_mode = 0"},
+    StopCode{1, "Error: File Inconsistency.",
+             "the id of ccd.tuf is not 104, its counts are not those of the mesh, or a record in "
+             "front of the roughness is missing or damaged",
+             "prepare the file anew on the mesh of the direction"},
+    StopCode{1, "ERROR: NAN detacted in ccd.tuf file.",
+             "a value of a cell in the canopy file is not a number",
+             "prepare the file anew; the message names array and cell"},
     StopCode{1, "Error in HGF version", "an HGF header has a version other than 1.00",
              "convert the file"},
     StopCode{1, "Error in header of HGF file",

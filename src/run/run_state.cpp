@@ -24,7 +24,8 @@ Arrays arrays_of(Flow& flow) {
 
 }  // namespace
 
-void release_fields(Direction& direction) {
+void release_fields(Run& run, Direction& direction) {
+    run.canopy = {};
     release(direction.flow);
     direction.grid = {};
 }

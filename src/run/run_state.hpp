@@ -6,6 +6,7 @@
 
 #include "base/case_settings.hpp"
 #include "base/run_log.hpp"
+#include "canopy/canopy_records.hpp"
 #include "mesh/grid_geometry.hpp"
 #include "mesh/mesh_lines.hpp"
 #include "results/restart_info.hpp"
@@ -26,6 +27,7 @@ struct Run {
     MapState maps;
     std::int32_t intermediate_interval = 0;  // iterations between intermediate results, 0: none
     UpwindRoughness upwind;                  // of the direction before
+    CanopyRecords canopy;                    // as the file of the direction in hand gave them
     bool append_convergence_logs = false;    // a direction of this run has been resumed
 };
 
@@ -61,7 +63,7 @@ struct Direction {
 };
 
 // Frees all arrays of a direction: mesh, flow and canopy.
-void release_fields(Direction& direction);
+void release_fields(Run& run, Direction& direction);
 
 // The arrays of a flow as the result files take them and fill them.
 ResultFields result_fields(const FlowState& flow);

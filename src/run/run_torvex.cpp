@@ -9,6 +9,7 @@
 
 #include "base/edit.hpp"
 #include "base/stop.hpp"
+#include "canopy/canopy_file.hpp"
 #include "maps/load_maps.hpp"
 #include "mesh/cell_geometry.hpp"
 #include "mesh/make_mesh.hpp"
@@ -127,10 +128,20 @@ RoughnessPass roughness_pass(Run& run, const Direction& direction) {
 // The canopy file brings the roughness of its cells; where it holds none, 0.0002 m stands.
 void prepare_canopy(Run& run, Direction& direction) {
     constexpr float least_roughness = 0.0002F;
-    direction.flow.z0.allocate(direction.grid.ni, direction.grid.nj, least_roughness);
-    read_canopy_file(run, direction);
-    calc_sbz_roughness2(roughness_pass(run, direction), run.upwind, direction.flow.z0);
-    write_z0(direction.restart_stem, direction.flow.z0);
+    const GridGeometry& grid = direction.grid;
+    FlowState& flow = direction.flow;
+    flow.z0.allocate(grid.ni, grid.nj, least_roughness);
+    read_canopy_file(direction.restart_stem + std::string(canopy_file_name), run.settings.canopy,
+                     run.canopy,
+                     {.ni = grid.ni,
+                      .nj = grid.nj,
+                      .nk = grid.nk,
+                      .gp_d = flow.gp_d,
+                      .gp_k = flow.gp_k,
+                      .gp_e = flow.gp_e,
+                      .z0_out = &flow.z0});
+    calc_sbz_roughness2(roughness_pass(run, direction), run.upwind, flow.z0);
+    write_z0(direction.restart_stem, flow.z0);
 }
 
 void prepare_roughness(Run& run, Direction& direction, const DirectionMaps& maps) {
@@ -247,7 +258,7 @@ bool run_direction(Run& run, int iwd, const Solve& solve) {
             write_final_result(run, direction);
         }
     }
-    release_fields(direction);
+    release_fields(run, direction);
     close_monitor_logs(direction.logs);
     return direction.stop_requested;
 }

@@ -24,8 +24,4 @@ void READ_MESH_ETC(Run& /*run*/, Direction& /*direction*/) {
     not_yet("a user-defined domain", "set TORVEX_MODE = 0");
 }
 
-void read_canopy_file(Run& /*run*/, Direction& /*direction*/) {
-    not_yet("a case with a canopy", "set canopy_mode = 0");
-}
-
 }  // namespace torvex

@@ -11,7 +11,6 @@ void nest_fit_lines(Run& run);
 void nest_check_domain(Run& run);
 void nest_bc_set(Run& run, Direction& direction);
 
-void READ_MESH_ETC(Run& run, Direction& direction);     // a domain from the user's files
-void read_canopy_file(Run& run, Direction& direction);  // gp_d, gp_k, gp_e and z0 of a canopy
+void READ_MESH_ETC(Run& run, Direction& direction);  // a domain from the user's files
 
 }  // namespace torvex

@@ -6,12 +6,14 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <functional>
 #include <map>
 #include <set>
 #include <utility>
 
 #include "base/stop.hpp"
+#include "canopy/canopy_file.hpp"
 #include "maps/hgf_header.hpp"
 #include "maps/plane_rectangular.hpp"
 #include "results/result_files.hpp"
@@ -277,6 +279,30 @@ Cases cases_of_saved_files() {
     };
 }
 
+constexpr const char* canopy_block = "&canopy_parameters\ncanopy_mode = 1\n/\n";
+constexpr const char* canopy_file = "restart-000_0-ccd.tuf";
+
+Cases cases_of_the_canopy() {
+    return {
+        {{1, "canopy file"}, [](const Spoiled& s) { return s.with({}, canopy_block); }},
+        {{1, "Error: File Inconsistency."},
+         [](const Spoiled& s) {
+             s.directory.write(canopy_file, "no canopy");
+             return s.with({}, canopy_block);
+         }},
+        {{1, "ERROR: NAN detacted in ccd.tuf file."},
+         [](const Spoiled& s) {
+             EXPECT_EQ(s.with({}).code, 0);
+             const Extents n = read_extents("restart-000_0-xyzc.tuf", {1, 1, 1});
+             CanopyRecords records;
+             records.gp_cf.allocate(n.ni, n.nj, n.nk, std::nanf(""));
+             records.gp_density = records.gp_length = records.gp_cf;
+             write_canopy_file(canopy_file, records);
+             return s.with({}, canopy_block);
+         }},
+    };
+}
+
 Cases cases_of_single_rooms() {
     return {
         {{1, "Turbulence Model Error"},
@@ -316,7 +342,7 @@ Cases all_cases() {
     Cases all;
     for (const Cases& some :
          {cases_of_maps(), cases_of_mesh(), cases_of_the_case_file(), cases_of_the_run(),
-          cases_of_saved_files(), cases_of_single_rooms()}) {
+          cases_of_saved_files(), cases_of_the_canopy(), cases_of_single_rooms()}) {
         all.insert(some.begin(), some.end());
     }
     return all;
