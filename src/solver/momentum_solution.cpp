@@ -20,13 +20,11 @@
 #include "base/edit.hpp"
 #include "solver/plane_sums.hpp"
 #include "solver/residual_sum.hpp"
-#include "solver/sweep_phi.hpp"
+#include "solver/sweep_until.hpp"
 
 namespace torvex {
 
 namespace {
-
-constexpr float stop_ratio = 0.1F;
 
 CellRange interior(const GridGeometry& g) {
     return {2, 2, 2, g.nx, g.ny, g.nz};
@@ -103,19 +101,8 @@ void reference_sums(const SolverContext& c, Component component) {
 
 void solve_momentum(const SolverContext& c, Component component) {
     const MomentumEquation e = momentum_equation(c, component);
-    const CellRange cells = interior(c.grid);
     const float r0 = e.resid;
-    float r1 = 0;
-    float a = 0;
-    int n = 1;
-    for (; n <= e.sweeps; ++n) {
-        sweep_phi(cells, c.flow.eq, e.phi, 1.0F);
-        r1 = residual_sum(cells, c.flow.eq, e.phi, Pinned::skip);
-        a = r1 / r0;  // not a number or infinite for r0 = 0: the sweeps are then used up
-        if (stop_ratio > a) {
-            break;
-        }
-    }
+    const auto [n, r1, a] = sweep_until(interior(c.grid), c.flow.eq, e.phi, 1.0F, e.sweeps, r0);
     const std::string r = std::string(", r") + e.letter;
     c.report.line(std::string("   ") + e.letter + ": n=" + edit::I(n, 3) + r + "0=" +
                   edit::E(r0, 14, 7) + r + "1=" + edit::E(r1, 14, 7) + ", a=" + edit::E(a, 14, 7));

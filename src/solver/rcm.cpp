@@ -23,6 +23,7 @@
 #include <utility>
 
 #include "base/assertion.hpp"
+#include "solver/chained_sums.hpp"
 #include "solver/lsq_weights.hpp"
 #include "solver/plane_sums.hpp"
 #include "solver/sip.hpp"
@@ -34,24 +35,17 @@ namespace {
 
 // work.rhs = r; the sum of |r|.
 float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq, Field3& rhs) {
-    const int n = cells_i(cells);
-    return plane_sums<1>(cells, [&](int k) {
-        float sum = 0;
-        for (int j = cells.j1; j <= cells.j2; ++j) {
-            const CoefficientRow c = coefficient_row(eq, cells.i1, j, k);
-            const FieldRows x = field_rows(phi, cells.i1, j, k);
-            const double* su = &eq.su(cells.i1, j, k);
-            float* r = &rhs(cells.i1, j, k);
+    return chained_sum(cells, [&](int i, int j, int k, int n, float* size) {
+        const CoefficientRow c = coefficient_row(eq, i, j, k);
+        const FieldRows x = field_rows(phi, i, j, k);
+        const double* su = &eq.su(i, j, k);
+        float* r = &rhs(i, j, k);
 #pragma omp simd
-            for (int m = 0; m < n; ++m) {
-                r[m] = static_cast<float>(static_cast<double>(c.products(x, m)) + su[m]);
-            }
-            for (int m = 0; m < n; ++m) {
-                sum += std::abs(r[m]);
-            }
+        for (int m = 0; m < n; ++m) {
+            r[m] = static_cast<float>(static_cast<double>(c.products(x, m)) + su[m]);
+            size[m] = std::abs(r[m]);
         }
-        return std::array<float, 1>{sum};
-    })[0];
+    });
 }
 
 // The image of the newest correction, and its products with the M images and with the residual:

@@ -15,6 +15,7 @@
 #include <array>
 #include <cmath>
 
+#include "solver/chained_sums.hpp"
 #include "solver/constants.hpp"
 #include "solver/plane_sums.hpp"
 #include "solver/system_rows.hpp"
@@ -23,10 +24,8 @@ namespace torvex {
 
 namespace {
 
-constexpr int stretch = 512;
-
-// |r| and ap phi of n cells from (i,j,k) on.
-template <bool skip_pinned>
+// |r| and, if asked for, |ap phi| of n cells from (i,j,k) on.
+template <bool skip_pinned, bool with_scale>
 void cell_terms(const LinearSystem& eq, const Field3& phi, int i, int j, int k, int n, float* r,
                 float* scale) {
     const CoefficientRow c = coefficient_row(eq, i, j, k);
@@ -39,7 +38,9 @@ void cell_terms(const LinearSystem& eq, const Field3& phi, int i, int j, int k, 
         const float diagonal = c.ap[m] * x.c[m];
         const auto rest = static_cast<float>(static_cast<double>(c.neighbours(x, m)) + su[m] -
                                              static_cast<double>(diagonal));
-        scale[m] = std::abs(diagonal);
+        if constexpr (with_scale) {
+            scale[m] = std::abs(diagonal);
+        }
         if constexpr (skip_pinned) {
             r[m] = static_cast<float>(sp[m]) == pin ? 0.0F : std::abs(rest);
         } else {
@@ -48,25 +49,10 @@ void cell_terms(const LinearSystem& eq, const Field3& phi, int i, int j, int k, 
     }
 }
 
-template <bool skip_pinned, bool with_scale>
-std::array<float, 2> sums(const CellRange& cells, const LinearSystem& eq, const Field3& phi) {
-    return plane_sums<2>(cells, [&](int k) {
-        alignas(64) float r[stretch];
-        alignas(64) float scale[stretch];
-        std::array<float, 2> sum{};
-        for (int j = cells.j1; j <= cells.j2; ++j) {
-            for (int i = cells.i1; i <= cells.i2; i += stretch) {
-                const int n = std::min(stretch, cells.i2 - i + 1);
-                cell_terms<skip_pinned>(eq, phi, i, j, k, n, r, scale);
-                for (int m = 0; m < n; ++m) {
-                    sum[0] += r[m];
-                    if constexpr (with_scale) {
-                        sum[1] += scale[m];
-                    }
-                }
-            }
-        }
-        return sum;
+template <bool skip_pinned>
+float sum(const CellRange& cells, const LinearSystem& eq, const Field3& phi) {
+    return chained_sum(cells, [&](int i, int j, int k, int n, float* r) {
+        cell_terms<skip_pinned, false>(eq, phi, i, j, k, n, r, nullptr);
     });
 }
 
@@ -74,12 +60,50 @@ std::array<float, 2> sums(const CellRange& cells, const LinearSystem& eq, const 
 
 float residual_sum(const CellRange& cells, const LinearSystem& eq, const Field3& phi,
                    Pinned pinned) {
-    return pinned == Pinned::skip ? sums<true, false>(cells, eq, phi)[0]
-                                  : sums<false, false>(cells, eq, phi)[0];
+    return pinned == Pinned::skip ? sum<true>(cells, eq, phi) : sum<false>(cells, eq, phi);
+}
+
+std::optional<float> residual_sum_below(const CellRange& cells, const LinearSystem& eq,
+                                        const Field3& phi, float ratio, float r0) {
+    constexpr int stretch = 256;
+    const auto is_below = [=](float r1) { return ratio > r1 / r0; };
+    // The first plane in the order of the whole sum.
+    float part = 0;
+    for (int j = cells.j1; j <= cells.j2 && cells.k1 <= cells.k2; ++j) {
+        for (int i = cells.i1; i <= cells.i2; i += stretch) {
+            alignas(64) float r[stretch];
+            const int n = std::min(stretch, cells.i2 - i + 1);
+            cell_terms<true, false>(eq, phi, i, j, cells.k1, n, r, nullptr);
+            for (int m = 0; m < n; ++m) {
+                part += r[m];
+            }
+        }
+        if (!is_below(part)) {
+            return std::nullopt;
+        }
+    }
+    const float r1 = residual_sum(cells, eq, phi, Pinned::skip);
+    return is_below(r1) ? std::optional(r1) : std::nullopt;
 }
 
 EquationSums equation_sums(const CellRange& cells, const LinearSystem& eq, const Field3& phi) {
-    const auto [residual, scale] = sums<true, true>(cells, eq, phi);
+    constexpr int stretch = 256;
+    const auto [residual, scale] = plane_sums<2>(cells, [&](int k) {
+        alignas(64) float r[stretch];
+        alignas(64) float of_phi[stretch];
+        std::array<float, 2> sums{};
+        for (int j = cells.j1; j <= cells.j2; ++j) {
+            for (int i = cells.i1; i <= cells.i2; i += stretch) {
+                const int n = std::min(stretch, cells.i2 - i + 1);
+                cell_terms<true, true>(eq, phi, i, j, k, n, r, of_phi);
+                for (int m = 0; m < n; ++m) {
+                    sums[0] += r[m];
+                    sums[1] += of_phi[m];
+                }
+            }
+        }
+        return sums;
+    });
     return {residual, scale};
 }
 

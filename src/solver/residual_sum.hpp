@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "base/field.hpp"
 #include "solver/linear_system.hpp"
 
@@ -11,6 +13,11 @@ enum class Pinned { count, skip };
 // The sum of |r| over the cells of a range.
 float residual_sum(const CellRange& cells, const LinearSystem& eq, const Field3& phi,
                    Pinned pinned);
+
+// The residual sum r1, pinned cells left out, if ratio > r1/r0; else nothing, mostly after the
+// first row: no term is negative, so that a sum that is too large already stays too large.
+std::optional<float> residual_sum_below(const CellRange& cells, const LinearSystem& eq,
+                                        const Field3& phi, float ratio, float r0);
 
 struct EquationSums {
     float residual;  // sum of |r|, pinned cells left out

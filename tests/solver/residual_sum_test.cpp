@@ -33,6 +33,53 @@ TEST(ResidualSum, EqualsTheSumInDoublePrecision) {
     }
 }
 
+// Planes of 2 to 9 and rows longer than a stretch: each plane by itself in the order of its cells,
+// then the planes, to the bit.
+TEST(ResidualSum, AddsInTheOrderOfTheCellsPlaneByPlane) {
+    const LinearSystem eq = random_system(600, 6, 10, 1.01F, 45);
+    const Field3 phi = random_field(600, 6, 10, 46);
+    for (int k2 = 2; k2 <= 9; ++k2) {
+        const CellRange cells{2, 2, 2, 599, 5, k2};
+        float expected = 0;
+        for (int k = cells.k1; k <= cells.k2; ++k) {
+            float of_plane = 0;
+            for_cells({cells.i1, cells.j1, k, cells.i2, cells.j2, k}, [&](int i, int j, int kk) {
+                of_plane += residual_sum({i, j, kk, i, j, kk}, eq, phi, Pinned::skip);
+            });
+            expected += of_plane;
+        }
+        EXPECT_EQ(residual_sum(cells, eq, phi, Pinned::skip), expected);
+    }
+}
+
+TEST(ResidualSumBelow, IsTheSumWhereTheRatioIsMet) {
+    const LinearSystem eq = random_system(600, 6, 10, 1.01F, 47);
+    const Field3 phi = random_field(600, 6, 10, 48);
+    const CellRange cells = interior(600, 6, 10);
+    const float sum = residual_sum(cells, eq, phi, Pinned::skip);
+    EXPECT_EQ(residual_sum_below(cells, eq, phi, 0.1F, 10.1F * sum), sum);
+    EXPECT_EQ(residual_sum_below(cells, eq, phi, 0.1F, 9.9F * sum), std::nullopt);
+    EXPECT_EQ(residual_sum_below(cells, eq, phi, 0.1F, 1e-3F * sum), std::nullopt);
+    EXPECT_EQ(residual_sum_below(cells, eq, phi, 0.1F, 0.0F), std::nullopt);
+}
+
+// A ratio that is no number is not met, wherever the bad value stands.
+TEST(ResidualSumBelow, IsNothingForAValueThatIsNotANumber) {
+    const LinearSystem eq = random_system(20, 6, 10, 1.01F, 49);
+    Field3 phi = random_field(20, 6, 10, 50);
+    const CellRange cells = interior(20, 6, 10);
+    phi(10, 4, 8) = std::nanf("");
+    EXPECT_EQ(residual_sum_below(cells, eq, phi, 0.1F, 1e20F), std::nullopt);
+    EXPECT_EQ(residual_sum_below(cells, eq, random_field(20, 6, 10, 51), 0.1F, std::nanf("")),
+              std::nullopt);
+}
+
+TEST(ResidualSumBelow, IsZeroWithoutCells) {
+    const LinearSystem eq = random_system(6, 6, 6, 1.1F, 52);
+    EXPECT_EQ(residual_sum_below({2, 2, 2, 5, 5, 1}, eq, random_field(6, 6, 6, 53), 0.1F, 1.0F),
+              0.0F);
+}
+
 TEST(ResidualSum, IsZeroWithoutCells) {
     const LinearSystem eq = random_system(6, 6, 6, 1.1F, 43);
     const Field3 phi = random_field(6, 6, 6, 44);

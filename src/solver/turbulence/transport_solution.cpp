@@ -12,14 +12,12 @@
 #include "base/edit.hpp"
 #include "solver/constants.hpp"
 #include "solver/residual_sum.hpp"
-#include "solver/sweep_phi.hpp"
+#include "solver/sweep_until.hpp"
 #include "solver/turbulence/row.hpp"
 
 namespace torvex {
 
 namespace {
-
-constexpr float stop_ratio = 0.1F;
 
 void relax_row(LinearSystem& eq, const Field3& phi, float urf, int j, int k, int last) {
     const auto ae = row(eq.ae, j, k);
@@ -63,18 +61,8 @@ void solve_transport(const SolverContext& ctx, int iter, int interval, const Tra
         resid = sums.residual;
         scale = sums.scale;
     }
-    int n = 1;
-    float r1 = 0.0F;
-    float a = 0.0F;
-    for (int sweep = 0; sweep < how.sweeps_allowed; ++sweep) {
-        sweep_phi(inner, eq, phi, how.sweep_factor);
-        r1 = residual_sum(inner, eq, phi, Pinned::skip);
-        a = r1 / resid;
-        if (a < stop_ratio) {
-            break;
-        }
-        ++n;
-    }
+    const auto [n, r1, a] =
+        sweep_until(inner, eq, phi, how.sweep_factor, how.sweeps_allowed, resid);
     const std::string r = ", r" + std::string(how.letter);
     ctx.report.line(std::string(how.equation) + edit::I(n, 3) + r + "0=" + edit::E(resid, 14, 7) +
                     r + "1=" + edit::E(r1, 14, 7) + ", a=" + edit::E(a, 14, 7));
