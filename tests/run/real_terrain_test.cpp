@@ -1,4 +1,4 @@
-// Sizing and meshes of the case of Big Southern Butte.
+// Sizing and meshes of the cases under examples/.
 
 #include <gtest/gtest.h>
 
@@ -14,43 +14,54 @@
 namespace torvex {
 namespace {
 
-const std::string directory = TORVEX_EXAMPLES_DIR "/big_butte/";
+const std::string examples = TORVEX_EXAMPLES_DIR "/";
 
-struct Butte {
+struct Example {
     CaseSettings settings;
     MapState maps;
     RunLog log;
     MeshLines lines;
 };
 
-void size(Butte& butte, const std::string& case_file) {
+void size(Example& example, const std::string& case_file) {
+    const std::string directory = examples + case_file.substr(0, case_file.rfind('/') + 1);
     KeyLines key_lines;
-    read_case_file(load_case_text(directory + case_file), butte.settings, key_lines, butte.log);
-    butte.settings.BASIC_H_FILE = directory + "elevation.map";
-    butte.settings.BASIC_Z0_FILE = directory + "roughness.map";
-    set_angles(butte.settings);
-    butte.lines = size_domain(butte.settings, butte.maps, butte.log);
+    read_case_file(load_case_text(examples + case_file), example.settings, key_lines, example.log);
+    example.settings.BASIC_H_FILE = directory + "elevation.map";
+    example.settings.BASIC_Z0_FILE = directory + "roughness.map";
+    set_angles(example.settings);
+    example.lines = size_domain(example.settings, example.maps, example.log);
 }
 
 TEST(RealTerrain, MeshCountsAreThoseOfASeparateScript) {
-    Butte steep;
-    size(steep, "torvex.tin");
+    Example steep;
+    size(steep, "big_butte/torvex.tin");
     EXPECT_EQ(steep.lines.ni, 62);
     EXPECT_EQ(steep.lines.nj, 50);
     EXPECT_EQ(steep.lines.nk, 32);
-    Butte gentle;
-    size(gentle, "torvex_gentle.tin");
+    Example gentle;
+    size(gentle, "big_butte/torvex_gentle.tin");
     EXPECT_EQ(gentle.lines.ni, 62);
     EXPECT_EQ(gentle.lines.nj, 50);
     EXPECT_EQ(gentle.lines.nk, 30);
+    Example fine;
+    size(fine, "askervein/torvex.tin");
+    EXPECT_EQ(fine.lines.ni, 85);
+    EXPECT_EQ(fine.lines.nj, 74);
+    EXPECT_EQ(fine.lines.nk, 31);
+    Example coarse;
+    size(coarse, "askervein/torvex_coarse.tin");
+    EXPECT_EQ(coarse.lines.ni, 56);
+    EXPECT_EQ(coarse.lines.nj, 46);
+    EXPECT_EQ(coarse.lines.nk, 23);
 }
 
 // The summit stands at 43.396389 N, 113.021667 W, 2298.7 m in the map; the case centre at 43.4 N,
 // 113.025 W. Cells are 50 m wide there and the top is steep, so the highest node lies within a cell
 // of the summit and not far below it.
 TEST(RealTerrain, TheSummitStandsWhereTheMapHasItForEveryDirection) {
-    Butte butte;
-    size(butte, "torvex.tin");
+    Example example;
+    size(example, "big_butte/torvex.tin");
     const double degree = 3.14159265358979 / 180;
     const double lat = 43.4 * degree;
     const double e2 = 0.00669437999;
@@ -60,9 +71,9 @@ TEST(RealTerrain, TheSummitStandsWhereTheMapHasItForEveryDirection) {
     const double east = (113.025 - 113.021667) * east_per_degree;
     const double north = (43.396389 - 43.4) * north_per_degree;
     for (int iwd = 1; iwd <= 4; ++iwd) {
-        const DirectionMaps maps = load_maps(butte.settings, iwd, butte.maps, butte.log);
+        const DirectionMaps maps = load_maps(example.settings, iwd, example.maps, example.log);
         GridGeometry grid;
-        MAKE_MESH(butte.settings, butte.lines, maps, iwd, butte.log, grid);
+        MAKE_MESH(example.settings, example.lines, maps, iwd, example.log, grid);
         int top_i = 1;
         int top_j = 1;
         for (int j = 1; j <= grid.ny; ++j) {
@@ -75,7 +86,7 @@ TEST(RealTerrain, TheSummitStandsWhereTheMapHasItForEveryDirection) {
         }
         // x points to where the wind blows, y to the left of it.
         const double to =
-            (static_cast<double>(butte.settings.WIND_DIRECTION_ANGLE(iwd)) + 180) * degree;
+            (static_cast<double>(example.settings.WIND_DIRECTION_ANGLE(iwd)) + 180) * degree;
         const double x = east * std::sin(to) + north * std::cos(to);
         const double y = -east * std::cos(to) + north * std::sin(to);
         EXPECT_NEAR(grid.xn(top_i, top_j, 1), x, 50) << iwd;
