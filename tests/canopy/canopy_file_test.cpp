@@ -20,7 +20,6 @@ namespace {
 
 using testing::EndsWith;
 using testing::HasSubstr;
-using testing::StartsWith;
 
 constexpr int ni = 3;
 constexpr int nj = 4;

@@ -539,6 +539,58 @@ TEST_F(OuterIteration, TheBoostDoublesEvery50IterationsUpToItsCeiling) {
     EXPECT_THAT(first, ElementsAre(0.2F, 0.2F)) << "each direction starts its boost anew";
 }
 
+// --- canopy sources of turbulence
+// ----------------------------------------------------------------
+
+class CanopyFactor : public OuterIteration {
+ protected:
+    // canopy_source_factor in each iteration, direction behind direction.
+    std::vector<float> factors(int canopy_mode, int start_cal_src, const CaseItems& items) {
+        FakeEquations fake;
+        fake.level = far_off;
+        Equations equations = fake.equations();
+        std::vector<float> seen;
+        const auto calcu = equations.CALCU;
+        equations.CALCU = [&](const SolverContext& c, int iter, int interval) {
+            seen.push_back(c.flow.canopy_source_factor);
+            calcu(c, iter, interval);
+        };
+        CaseItems all{{"NML_CASEFILE", "WD_TYPE = 1, N_WIND_DIRECTION = 1"}};
+        all.insert(all.end(), items.begin(), items.end());
+        write_case(all);
+        const RunHere ran = test::run_here({}, [&](torvex::Run& run, Direction& direction) {
+            run.settings.canopy.canopy_mode = canopy_mode;
+            run.settings.canopy.start_cal_src = start_cal_src;
+            OUTER_ITERATION(run, direction, equations);
+            run.settings.canopy.canopy_mode = 0;  // the next direction has no canopy file to read
+        });
+        EXPECT_EQ(ran.status, 0) << ran.err;
+        return seen;
+    }
+};
+
+TEST_F(CanopyFactor, IsWholeFromItsIterationOnAndBeginsAnewWithEachDirection) {
+    const CaseItems two{{"NML_CASEFILE", "N_WIND_DIRECTION = 2, WIND_DIRECTION_ANGLE = 0, 90"},
+                        {"NML_NUMERICAL_SOLVER", "MAXIT = 5"}};
+    EXPECT_THAT(factors(1, 4, two), ElementsAre(0, 0, 0, 1, 1, 0, 0, 0, 1, 1));
+}
+
+TEST_F(CanopyFactor, IsZeroWithoutACanopyAndOneFromAnEarlyStart) {
+    const CaseItems three{{"NML_NUMERICAL_SOLVER", "MAXIT = 3"}};
+    EXPECT_THAT(factors(0, 1, three), ElementsAre(0, 0, 0));
+    EXPECT_THAT(factors(1, 1, three), ElementsAre(1, 1, 1));
+    EXPECT_THAT(factors(1, -5, three), ElementsAre(1, 1, 1));
+    EXPECT_THAT(factors(1, 4, three), ElementsAre(0, 0, 0));
+}
+
+TEST_F(CanopyFactor, GoesByTheCountOfAResumedDirection) {
+    const CaseItems three{{"NML_NUMERICAL_SOLVER", "MAXIT = 3"}};
+    const CaseItems more{{"NML_NUMERICAL_SOLVER", "MAXIT = 3"}, {"NML_RUN", "RESTART_FLAG = 1"}};
+    EXPECT_THAT(factors(1, 5, three), ElementsAre(0, 0, 0));
+    EXPECT_THAT(factors(1, 5, more), ElementsAre(0, 1, 1));
+    EXPECT_THAT(factors(1, 5, more), ElementsAre(1, 1, 1));
+}
+
 // --- resumed directions
 // ---------------------------------------------------------------------------
 

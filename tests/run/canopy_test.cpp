@@ -1,0 +1,527 @@
+// Whole small cases with a canopy: a forest on level ground, in wind along x.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <string>
+#include <utility>
+
+#include "canopy/canopy_file.hpp"
+#include "results/restart_info.hpp"
+#include "results/result_files.hpp"
+#include "run/run_fixture.hpp"
+#include "run/run_state.hpp"
+
+namespace torvex {
+namespace {
+
+using test::CaseItems;
+using test::ProgramRun;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string stem = "restart-270_0-";
+const std::string canopy_path = "restart-270_0-ccd.tuf";
+
+double wide(float x) {
+    return static_cast<double>(x);
+}
+
+// A mesh over level ground: the cells of a direction in the order of their indices.
+class LevelMesh {
+ public:
+    explicit LevelMesh(const std::string& file) {
+        const Extents n = read_extents(file, {1, 1, 1});
+        for (Field3* field : {&xn_, &yn_, &zn_}) {
+            field->allocate(n.ni, n.nj, n.nk);
+        }
+        read_xyz(file, xn_, yn_, zn_);
+        nx = n.ni;
+        ny = n.nj;
+        nz = n.nk;
+    }
+    double x(int i) const { return 0.5 * (wide(xn_(i - 1, 1, 1)) + wide(xn_(i, 1, 1))); }
+    double y(int j) const { return 0.5 * (wide(yn_(1, j - 1, 1)) + wide(yn_(1, j, 1))); }
+    // Height of the cell above the ground.
+    double h(int k) const {
+        return 0.5 * (wide(zn_(1, 1, k - 1)) + wide(zn_(1, 1, k))) - wide(zn_(1, 1, 1));
+    }
+    double dx(int i) const { return wide(xn_(i, 1, 1)) - wide(xn_(i - 1, 1, 1)); }
+    double dy(int j) const { return wide(yn_(1, j, 1)) - wide(yn_(1, j - 1, 1)); }
+    double dz(int k) const { return wide(zn_(1, 1, k)) - wide(zn_(1, 1, k - 1)); }
+
+    template <class Cell>
+    void for_cells(Cell cell) const {
+        for (int k = 2; k <= nz; ++k) {
+            for (int j = 2; j <= ny; ++j) {
+                for (int i = 2; i <= nx; ++i) {
+                    cell(i, j, k);
+                }
+            }
+        }
+    }
+
+    int nx = 0, ny = 0, nz = 0;
+
+ private:
+    Field3 xn_, yn_, zn_;
+};
+
+// The wood: 300 m by 300 m in the middle, 20 m high.
+bool in_wood(const LevelMesh& m, int i, int j, int k) {
+    return std::abs(m.x(i)) < 150 && std::abs(m.y(j)) < 150 && m.h(k) < 20;
+}
+
+constexpr float wood_cf = 0.2F;
+constexpr float wood_density = 0.3F;
+constexpr float wood_length = 1.0F;
+constexpr double wood_drag = 0.5 * 0.2 * 0.3 / 1.0;  // gp_d [1/m]
+
+class Canopy : public test::RunTest {
+ protected:
+    static std::string block(const std::string& more = {}) {
+        return "&canopy_parameters\ncanopy_mode = 1\n" + more + "\n/\n";
+    }
+    void write_small_case(const CaseItems& items, const std::string& behind) const {
+        CaseItems all{{"NML_CASEFILE", "WD_TYPE = 1, N_WIND_DIRECTION = 1"},
+                      {"NML_CASEFILE", "WIND_DIRECTION_ANGLE = 270, 90"},
+                      {"NML_CASEFILE", "WE_LENGTH = 800, NS_LENGTH = 400"},
+                      {"NML_CASEFILE", "MIN_DXY = 50, MAX_DXY = 90, MIN_DXY_RAD = 200"},
+                      {"NML_CASEFILE", "MESH_HRATIO = 1.2, MIN_DZ = 5, MESH_VRATIO = 1.3"},
+                      {"NML_BOUNDARY_TREATMENT", "USE_DEFAULT_MAX_Z = F, MAX_Z = 300"}};
+        all.insert(all.end(), items.begin(), items.end());
+        write_case(all, behind);
+    }
+    // A run that must end well.
+    ProgramRun run_case(const CaseItems& items, const std::string& behind = block()) const {
+        write_small_case(items, behind);
+        ProgramRun ran = run();
+        EXPECT_EQ(ran.status, 0) << ran.err;
+        return ran;
+    }
+    static CaseItems iterations(int n, const std::string& more = {}) {
+        return {{"NML_NUMERICAL_SOLVER", "MAXIT = " + std::to_string(n)},
+                {"NML_NUMERICAL_SOLVER", more}};
+    }
+
+    LevelMesh mesh() const { return LevelMesh(directory.file(stem + "xyz.tuf")); }
+
+    // Lays a canopy of so much density in the wood on the mesh of the case.
+    CanopyRecords records_of_wood(float density = wood_density) {
+        if (!directory.has(stem + "xyz.tuf")) {
+            run_case(iterations(0), "");
+        }
+        const LevelMesh m = mesh();
+        CanopyRecords r;
+        for (Field3* field : {&r.gp_cf, &r.gp_density, &r.gp_length}) {
+            field->allocate(m.nx + 1, m.ny + 1, m.nz + 1);
+        }
+        r.gp_z0.allocate(m.nx + 1, m.ny + 1, 0.03F);
+        m.for_cells([&](int i, int j, int k) {
+            if (in_wood(m, i, j, k)) {
+                r.gp_cf(i, j, k) = wood_cf;
+                r.gp_density(i, j, k) = density;
+                r.gp_length(i, j, k) = wood_length;
+            }
+        });
+        return r;
+    }
+    void lay_wood(float density = wood_density) {
+        write_canopy_file(directory.file(canopy_path), records_of_wood(density));
+    }
+
+    RestartInfo info() const {
+        return read_restart_info(directory.file(stem + "restart.info")).value();
+    }
+    FlowState result() const {
+        const LevelMesh m = mesh();
+        GridGeometry extents;
+        extents.ni = m.nx + 1;
+        extents.nj = m.ny + 1;
+        extents.nk = m.nz + 1;
+        FlowState flow;
+        allocate_fields(flow, extents, 1);
+        read_vpkeout(newest_result_path(directory.file(stem), info().outer_count), 1,
+                     result_targets(flow));
+        return flow;
+    }
+    Field2 roughness(const std::string& of = stem) const {
+        const LevelMesh m = mesh();
+        Field2 z0(m.nx + 1, m.ny + 1);
+        read_z0(directory.file(of + "z0.tuf"), z0);
+        return z0;
+    }
+    // The bytes of everything that a direction leaves for a later run.
+    std::string state(int count) const {
+        std::string bytes;
+        for (const std::string& name : {result_name(count), std::string("z0.tuf"),
+                                        std::string("xyz.tuf"), std::string("restart.info")}) {
+            EXPECT_TRUE(directory.has(stem + name)) << name;
+            bytes += directory.read(stem + name);
+        }
+        return bytes;
+    }
+};
+
+// --- what a wood does to the wind ---
+
+// The mean over the cells of a region, each weighted by its volume.
+double mean(const LevelMesh& m, const Field3& field,
+            const std::function<bool(int, int, int)>& inside) {
+    double sum = 0;
+    double volume = 0;
+    m.for_cells([&](int i, int j, int k) {
+        if (inside(i, j, k)) {
+            const double vol = m.dx(i) * m.dy(j) * m.dz(k);
+            sum += vol * wide(field(i, j, k));
+            volume += vol;
+        }
+    });
+    return sum / volume;
+}
+
+TEST_F(Canopy, SlowsTheWindInsideAndBehindAndLeavesItAloneFarUpstream) {
+    lay_wood(0.0F);
+    run_case(iterations(200, "CC_OUT_U = 3E-4"));
+    EXPECT_THAT(log(), HasSubstr(": Converged."));
+    const FlowState open = result();
+    lay_wood();
+    run_case(iterations(200, "CC_OUT_U = 3E-4"));
+    EXPECT_THAT(log(), HasSubstr(": Converged."));
+    const FlowState wood = result();
+
+    const LevelMesh m = mesh();
+    const auto ratio = [&](const std::function<bool(int, int, int)>& inside) {
+        return mean(m, wood.u, inside) / mean(m, open.u, inside);
+    };
+    const auto below = [&](int j, int k) { return std::abs(m.y(j)) < 100 && m.h(k) < 15; };
+    const double inside = ratio([&](int i, int j, int k) { return in_wood(m, i, j, k); });
+    const double close =
+        ratio([&](int i, int j, int k) { return m.x(i) > 200 && m.x(i) < 300 && below(j, k); });
+    const double behind = ratio([&](int i, int j, int k) { return m.x(i) > 600 && below(j, k); });
+    EXPECT_LT(inside, 0.5);
+    EXPECT_LT(close, 0.75);
+    EXPECT_GT(close, inside) << "the wake fills up";
+    EXPECT_GT(behind, close);
+    EXPECT_LT(behind, 1.0);
+
+    // Five widths of the wood upstream, and far above it, there is next to nothing of it.
+    m.for_cells([&](int i, int j, int k) {
+        if (m.x(i) < -900) {
+            EXPECT_NEAR(wood.u(i, j, k), open.u(i, j, k), 0.02F) << "of 5 to 10 m/s";
+        }
+    });
+    EXPECT_GT(ratio([&](int, int, int k) { return m.h(k) > 200; }), 1.0) << "it gives way upwards";
+    EXPECT_LT(ratio([&](int, int, int k) { return m.h(k) > 200; }), 1.01);
+}
+
+// The momentum that the flow loses on its way through the domain, from the stored fields: what
+// comes in and goes out through the planes i = 1 and i = nx as first-order upwind counts it, the
+// pressure on them, the normal stress in them, and the log law on the ground (Launder and Spalding,
+// 1974). Nothing passes the top and the sides. In newtons, at a density of 1.
+struct MomentumBalance {
+    double in = 0;
+    double lost = 0;       // to whatever stands in the domain
+    double drag = 0;       // of the wood, by its own formula
+    double imbalance = 0;  // mass that the cells gain and lose, all counted positive [kg/s]
+};
+
+double log_law_shear(const LevelMesh& m, const FlowState& s, int i, int j) {
+    constexpr double C_mu = 0.09;
+    constexpr double kappa = 0.41;
+    constexpr double z0 = 0.03;
+    const double friction = std::pow(C_mu, 0.25) * std::sqrt(wide(s.tke(i, j, 2))) * kappa;
+    return friction / std::log(m.h(2) / z0) * wide(s.u(i, j, 2)) * m.dx(i) * m.dy(j);
+}
+
+MomentumBalance momentum_balance(const LevelMesh& m, const FlowState& s) {
+    MomentumBalance b;
+    const int nx = m.nx;
+    for (int k = 2; k <= m.nz; ++k) {
+        for (int j = 2; j <= m.ny; ++j) {
+            const double A = m.dy(j) * m.dz(k);
+            const auto u = [&](int i) { return wide(s.u(i, j, k)); };
+            const double in = wide(s.flxU(1, j, k)) * u(1);
+            const double out = wide(s.flxU(nx, j, k)) * u(nx);
+            const double pressure = (wide(s.p(1, j, k)) - wide(s.p(nx + 1, j, k))) * A;
+            const double stress_in = 2 * wide(s.vis(1, j, k)) * (u(2) - u(1)) / (0.5 * m.dx(2)) * A;
+            const double stress_out =
+                2 * wide(s.vis(nx + 1, j, k)) * (u(nx + 1) - u(nx)) / (0.5 * m.dx(nx)) * A;
+            b.in += in;
+            b.lost += in - out + pressure + stress_out - stress_in;
+        }
+    }
+    m.for_cells([&](int i, int j, int k) {
+        if (k == 2) {
+            b.lost -= log_law_shear(m, s, i, j);
+        }
+        if (in_wood(m, i, j, k)) {
+            const double V = std::hypot(wide(s.u(i, j, k)), wide(s.v(i, j, k)), wide(s.w(i, j, k)));
+            b.drag += wood_drag * V * wide(s.u(i, j, k)) * m.dx(i) * m.dy(j) * m.dz(k);
+        }
+        b.imbalance +=
+            std::abs(wide(s.flxU(i, j, k)) - wide(s.flxU(i - 1, j, k)) + wide(s.flxV(i, j, k)) -
+                     wide(s.flxV(i, j - 1, k)) + wide(s.flxW(i, j, k)) - wide(s.flxW(i, j, k - 1)));
+    });
+    return b;
+}
+
+TEST_F(Canopy, DragOfTheWoodIsTheMomentumThatTheFlowLoses) {
+    lay_wood();
+    // Without the deferred convection, which is not conservative in the second cells from the
+    // boundary (a difference over half a cell is doubled on one side of the face only), and to
+    // where rounding ends the convergence.
+    run_case(iterations(110, "RATIO = 0, CC_OUT_M = 1E-9"));
+    const MomentumBalance b = momentum_balance(mesh(), result());
+    // What the cells' equations do not meet, at worst all of one sign: the residual of u, which is
+    // told as a part of the momentum that enters, and the mass imbalance at the speed of the wind.
+    const double unsolved = wide(info().resid_u) * b.in + b.imbalance * 10.0;
+    EXPECT_NEAR(b.lost, b.drag, unsolved);
+    EXPECT_LT(unsolved, 0.005 * b.drag) << "the bound must mean something";
+}
+
+// --- the sources of tke and ted, and their start ---
+
+TEST_F(Canopy, DragActsAloneUntilTheSourcesStart) {
+    lay_wood();
+    run_case(iterations(6), block("start_cal_src = 7"));
+    const std::string before_start = state(6);
+    run_case(iterations(6), block("start_cal_src = 7, beta_p = 3, beta_d = 1, cpe1 = 2"));
+    EXPECT_EQ(state(6), before_start) << "their constants do not act";
+    const FlowState drag_alone = result();
+    lay_wood(0.0F);
+    run_case(iterations(6), block("start_cal_src = 7"));
+    const FlowState open = result();
+    const LevelMesh m = mesh();
+    int cells = 0;
+    m.for_cells([&](int i, int j, int k) {
+        if (in_wood(m, i, j, k)) {
+            EXPECT_LT(drag_alone.u(i, j, k), open.u(i, j, k)) << "the drag acts from the first on";
+            ++cells;
+        }
+    });
+    EXPECT_GT(cells, 50);
+}
+
+// Six iterations with the sources from the sixth on are five without them and one with sources that
+// act from the first: there is no gradual rise.
+TEST_F(Canopy, SourcesStartAtFullSize) {
+    lay_wood();
+    run_case(iterations(6), block("start_cal_src = 6"));
+    const std::string straight = directory.read(stem + result_name(6));
+    run_case(iterations(6), block("start_cal_src = 7"));
+    EXPECT_NE(directory.read(stem + result_name(6)), straight);
+
+    run_case(iterations(5), block("start_cal_src = 7"));
+    CaseItems one_more = iterations(1);
+    one_more.emplace_back("NML_RUN", "RESTART_FLAG = 1");
+    run_case(one_more, block("start_cal_src = 1"));
+    EXPECT_EQ(directory.read(stem + result_name(6)), straight);
+}
+
+// --- a canopy of nothing ---
+
+// Without drag all terms vanish, whatever the factors. The rest of a canopy run is as a run without
+// one where the roughness is one value everywhere: the exponent of its start fields then is that of
+// every column.
+TEST_F(Canopy, OfDensityZeroIsNoCanopyToTheLastBit) {
+    const CaseItems uniform{
+        {"NML_ER", "USE_EQUIVALENT_ROUGHNESS = T, EQUIVALENT_ROUGHNESS = 0.03, 0.03"},
+        {"NML_ER", "USE_CONSTANT_ROUGHNESS_IN_ALL_THE_DOMAIN = T"}};
+    for (const std::string model : {"1", "2", "3", "4"}) {
+        CaseItems items = iterations(8);
+        items.insert(items.end(), uniform.begin(), uniform.end());
+        items.emplace_back("NML_NAVIER_STOKES", "TURBULENCE_MODEL = " + model);
+        run_case(items, "");
+        const std::string without = state(8);
+        lay_wood(0.0F);
+        run_case(items, block("src_included_model = T, alphak1 = 3"));
+        EXPECT_EQ(state(8), without) << "model " << model;
+        lay_wood();
+        run_case(items);
+        EXPECT_NE(state(8), without) << "model " << model;
+    }
+}
+
+TEST_F(Canopy, RoughnessOfTheFileTakesTheStepsOfTheMaps) {
+    run_case(iterations(0), "");
+    const Field2 from_maps = roughness();
+    lay_wood();
+    run_case(iterations(0));
+    const Field2 from_file = roughness();
+    for (int j = 1; j <= from_maps.nj(); ++j) {
+        for (int i = 1; i <= from_maps.ni(); ++i) {
+            // Interpolation between the points of a map rounds.
+            EXPECT_NEAR(from_file(i, j), from_maps(i, j), 1e-8F);
+        }
+    }
+}
+
+TEST_F(Canopy, FileIsNotLookedAtWithoutCanopyMode) {
+    run_case(iterations(2), "");
+    const std::string without = state(2);
+    directory.write(canopy_path, "no canopy");
+    const ProgramRun ran = run_case(iterations(2), "&canopy_parameters\ncanopy_mode = 0\n/\n");
+    EXPECT_EQ(state(2), without);
+    EXPECT_THAT(ran.out, Not(HasSubstr("canopy")));
+}
+
+// --- roughness and inflow ---
+
+// The exponent is that of the upwind roughness in all columns, the gradient height that of each.
+TEST_F(Canopy, StartFieldsShareTheExponentOfTheUpwindRoughness) {
+    CanopyRecords records = records_of_wood();
+    const LevelMesh m = mesh();
+    for (int j = 2; j <= m.ny; ++j) {
+        for (int i = 2; i <= m.nx; ++i) {
+            records.gp_z0(i, j) = m.x(i) < -450 ? 1.0F : 0.1F;
+        }
+    }
+    write_canopy_file(directory.file(canopy_path), records);
+    run_case(iterations(0));
+    // z0 = 1 has the exponent 0.27 and Zg = 550 m.
+    EXPECT_THAT(log(), HasSubstr(": Default upwind z0 is  0.1000E+01 (m)\n"));
+    EXPECT_THAT(log(), HasSubstr(": Inflow: alpha=  0.2700, Zg=   550.000\n"));
+    EXPECT_TRUE(directory.has("log-upwind_roughness-270_0"));
+    const FlowState start = result();
+    const Field2 z0 = roughness();
+    int rough = 0;
+    int smooth = 0;
+    m.for_cells([&](int i, int j, int k) {
+        const double Zg = 550 * std::pow(wide(z0(i, j)), 0.1);
+        EXPECT_NEAR(wide(start.u(i, j, k)), 10 * std::pow(m.h(k) / Zg, 0.27), 1e-4);
+        rough += z0(i, j) > 0.9F ? 1 : 0;
+        smooth += std::abs(z0(i, j) - 0.1F) < 1e-4F ? 1 : 0;
+    });
+    EXPECT_GT(rough, 100);
+    EXPECT_GT(smooth, 100);
+}
+
+TEST_F(Canopy, FileOfFiveRecordsMeansTwoTenthsOfAMillimetre) {
+    CanopyRecords records = records_of_wood();
+    records.gp_z0.fill(0.5F);
+    write_canopy_file(directory.file(canopy_path), records);
+    records.gp_z0.release();
+    write_canopy_file(directory.file("restart-090_0-ccd.tuf"), records);
+    CaseItems two = iterations(0);
+    two.emplace_back("NML_CASEFILE", "N_WIND_DIRECTION = 2");
+    const ProgramRun ran = run_case(two);
+    EXPECT_THAT(ran.out, HasSubstr("\nReading canopy parameter file restart-270_0-ccd.tuf\n"));
+    EXPECT_THAT(ran.out, HasSubstr("\nReading canopy parameter file restart-090_0-ccd.tuf\n"));
+    const Field2 first = roughness();
+    const Field2 second = roughness("restart-090_0-");
+    for (int j = 1; j <= first.nj(); ++j) {
+        for (int i = 1; i <= first.ni(); ++i) {
+            // Means over strips of one value carry the rounding of logarithm and root.
+            EXPECT_NEAR(first(i, j), 0.5F, 1e-5F);
+            EXPECT_NEAR(second(i, j), 0.0002F, 1e-9F) << "nothing of the direction before";
+        }
+    }
+}
+
+TEST_F(Canopy, OfAFlatRunCarriesItsPrefix) {
+    CaseItems flat = iterations(0);
+    flat.emplace_back("NML_RUN", "TERRAIN_MODE = 'flat'");
+    write_small_case(flat, block());
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_THAT(ran.err, testing::StartsWith("flat-restart-000_0-ccd.tuf not found.\n"));
+
+    const LevelMesh m(directory.file("flat-restart-000_0-xyz.tuf"));
+    CanopyRecords records;
+    records.gp_cf.allocate(m.nx + 1, m.ny + 1, m.nz + 1, wood_cf);
+    records.gp_density = records.gp_length = records.gp_cf;
+    records.gp_z0.allocate(m.nx + 1, m.ny + 1, 1.0F);
+    write_canopy_file(directory.file("flat-restart-000_0-ccd.tuf"), records);
+    run_case(flat);
+    // From "flat-log-upwind_roughness-000_0".
+    EXPECT_THAT(log(), HasSubstr(": Inflow: alpha=  0.2700, Zg=   550.000\n"));
+    EXPECT_THAT(log(), Not(HasSubstr("fail to open")));
+}
+
+// --- resume ---
+
+TEST_F(Canopy, ResumeGoesOnAsIfThereHadBeenNoStop) {
+    lay_wood();
+    // Model and start_cal_src: the sources of turbulence begin before the stop, or behind it.
+    for (const auto& [model, start] : {std::pair{"1", "12"}, {"2", "1"}, {"4", "1"}}) {
+        const std::string canopy = block("start_cal_src = " + std::string(start));
+        const std::string model_key = "TURBULENCE_MODEL = " + std::string(model);
+        const auto case_of = [&](int n) {
+            CaseItems items = iterations(n);
+            items.emplace_back("NML_NAVIER_STOKES", model_key);
+            return items;
+        };
+        run_case(case_of(16), canopy);
+        const std::string without_stop = state(16);
+
+        run_case(case_of(8), canopy);
+        CaseItems again = case_of(8);
+        again.emplace_back("NML_RUN", "RESTART_FLAG = 1");
+        const ProgramRun second = run_case(again, canopy);
+        EXPECT_THAT(second.out, HasSubstr("Resume torvex default calculations..\n"
+                                          "Reading canopy parameter file restart-270_0-ccd.tuf\n"));
+        EXPECT_EQ(state(16), without_stop) << "model " << model << ", start " << start;
+    }
+}
+
+TEST_F(Canopy, ResumeNeedsItsFileUnlessTheDirectionIsDone) {
+    lay_wood();
+    run_case(iterations(2));
+    std::filesystem::remove(canopy_path);
+    const CaseItems again{{"NML_RUN", "RESTART_FLAG = 1"}, {"NML_NUMERICAL_SOLVER", "MAXIT = 2"}};
+    write_small_case(again, block());
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_THAT(ran.err, HasSubstr("restart-270_0-ccd.tuf not found."));
+
+    directory.write(stem + "restart.info", "2\n 1.0E-05 1.0E-05 1.0E-05 1.0E-05\n");
+    const ProgramRun done = run_case(again);
+    EXPECT_THAT(done.out, Not(HasSubstr("canopy")));
+    EXPECT_EQ(slot("view-wind_direction.dat", 2), "270.0 1");
+}
+
+// --- failures ---
+
+TEST_F(Canopy, MissingFileEndsTheRunBehindTheMesh) {
+    write_small_case(iterations(2), block());
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_THAT(ran.out, testing::EndsWith("\nReading canopy parameter file restart-270_0-ccd.tuf\n"
+                                           "restart-270_0-ccd.tuf not found.\n"));
+    EXPECT_THAT(ran.err, testing::StartsWith("restart-270_0-ccd.tuf not found.\n"));
+    EXPECT_TRUE(directory.has(stem + "xyzc.tuf"));
+    EXPECT_FALSE(directory.has(stem + "z0.tuf"));
+    EXPECT_EQ(slot("view-wind_direction.dat", 2), "270.0 0");
+}
+
+TEST_F(Canopy, FileOfAnotherMeshEndsTheRun) {
+    CanopyRecords records = records_of_wood();
+    const int nk = records.gp_cf.nk();
+    records.gp_cf.allocate(23, 33, nk);
+    records.gp_density = records.gp_length = records.gp_cf;
+    records.gp_z0.release();
+    write_canopy_file(directory.file(canopy_path), records);
+    write_small_case(iterations(2), block());
+    const ProgramRun ran = run();
+    EXPECT_EQ(ran.status, 1);
+    EXPECT_THAT(ran.out, testing::EndsWith("\nError: File Inconsistency.\n"));
+    EXPECT_THAT(ran.err,
+                testing::StartsWith("Error: File Inconsistency.\n  in restart-270_0-ccd.tuf"
+                                    ": the counts are 23 x 33 x "));
+}
+
+TEST_F(Canopy, OtherModesAreRefused) {
+    for (const char* mode : {"2", "-1"}) {
+        write_small_case(iterations(0),
+                         "&canopy_parameters\ncanopy_mode = " + std::string(mode) + "\n/\n");
+        const ProgramRun ran = run();
+        EXPECT_EQ(ran.status, 1);
+        EXPECT_THAT(ran.err, HasSubstr("canopy_mode is " + std::string(mode)));
+    }
+}
+
+}  // namespace
+}  // namespace torvex
