@@ -14,6 +14,26 @@ Z0 = 0.03  # roughness length of the whole map [m]
 HILL_EAST, HILL_NORTH = 140.0, -90.0  # of the top [m]
 GROUND, HILL_HEIGHT, HILL_LENGTH = 100.0, 40.0, 120.0
 CENTRE = (139 + 45 / 60, 35.5)  # [degrees]
+SITES = {"CENTRE": (0.0, 0.0), "OFF THE TOP": (100.0, -60.0)}  # east and north [m]
+
+
+def metres_per_degree():
+    """East and north on a sphere: good to half a per cent, far below the mesh's spacing."""
+    north = 6371000 * math.pi / 180
+    return north * math.cos(math.radians(CENTRE[1])), north
+
+
+def site_lines():
+    """The sites and one far outside the mesh."""
+    per_lon, per_lat = metres_per_degree()
+    places = [(label, east / per_lon * 3600, north / per_lat * 3600)
+              for label, (east, north) in SITES.items()]
+    places.append(("FAR AWAY", 3600.0, 0.0))
+    return "\n".join(
+        f"  SITE({n})%LABEL = '{label}', SITE({n})%LON = 139, 45, {east:.4f}, "
+        f"SITE({n})%LAT = 35, 30, {north:.4f}"
+        for n, (label, east, north) in enumerate(places, 1)
+    )
 
 CASE = f"""A small hill.
 &NML_RUN /
@@ -38,7 +58,10 @@ CASE = f"""A small hill.
 &NML_NUMERICAL_SOLVER
   MAXIT = {ITERATIONS}
 /
-&NML_SITE /
+&NML_SITE
+  N_SITE = {len(SITES) + 1}
+{site_lines()}
+/
 """
 
 # Columns and rows of the elevation map, 30 m by 37 m apart.
@@ -50,12 +73,6 @@ base_longitude = 139 {west}
 base_latitude = 35 {south}
 --DATA--
 """
-
-
-def metres_per_degree():
-    """East and north on a sphere: good to half a per cent, far below the mesh's spacing."""
-    north = 6371000 * math.pi / 180
-    return north * math.cos(math.radians(CENTRE[1])), north
 
 
 def elevation(east, north):

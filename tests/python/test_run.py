@@ -277,6 +277,54 @@ class Changed(unittest.TestCase):
         self.assertEqual(d.inflow_profile().u.tolist(), [8])
 
 
+class Sites(unittest.TestCase):
+    """What the program writes at the sites is what its fields say there."""
+
+    @each_direction
+    def test_labels_of_the_sites_in_the_mesh(self, d):
+        self.assertEqual([label for label, _ in d.sites()], list(small_case.SITES))
+
+    @each_direction
+    def test_profiles_are_bilinear_in_the_columns_around(self, d):
+        for label, profile in d.sites():
+            x, y = d.to_mesh(*small_case.SITES[label])
+            i = np.searchsorted(d.xc[:, 0, 0], x) - 1
+            j = np.searchsorted(d.yc[0, :, 0], y) - 1
+            a = (x - d.xc[i, 0, 0]) / (d.xc[i + 1, 0, 0] - d.xc[i, 0, 0])
+            b = (y - d.yc[0, j, 0]) / (d.yc[0, j + 1, 0] - d.yc[0, j, 0])
+            for name, field in (("u", d.u), ("v", d.v), ("w", d.w), ("tke", d.tke), ("z_asl", d.zc)):
+                low = (1 - a) * field[i, j] + a * field[i + 1, j]
+                high = (1 - a) * field[i, j + 1] + a * field[i + 1, j + 1]
+                # The place is good to half a per cent of its distance, see metres_per_degree.
+                span = np.ptp(field[i : i + 2, j : j + 2], axis=(0, 1))
+                rounding = 1e-5 * np.max(np.abs(field[i, j]))
+                off = np.abs(getattr(profile, name) - ((1 - b) * low + b * high))
+                self.assertLess(np.max(off - 0.05 * span), rounding, f"{label} {name}")
+            np.testing.assert_allclose(profile.z_agl, profile.z_asl - profile.z_asl[0], atol=2e-5)
+
+    @each_direction
+    def test_inflow_profile_is_the_first_column(self, d):
+        inflow = d.inflow_profile()
+        for found, expected in zip(inflow, d.profile(0, 0)):
+            np.testing.assert_allclose(found, expected, rtol=1e-6, atol=1e-6)
+
+    def test_table(self):
+        done = subprocess.run(
+            [sys.executable, ROOT / "python/examples/site_table.py", RUN, "--heights", "20"],
+            capture_output=True, text=True,
+        )
+        self.assertEqual(done.returncode, 0, done.stderr)
+        d = torvex.Direction(RUN, 270)
+        profile = dict(d.sites())["CENTRE"]
+        inflow = d.inflow_profile()
+        up = np.interp(20, profile.z_agl, profile.speed) / np.interp(20, inflow.z_agl, inflow.speed)
+        last = done.stdout.split("wind from 270.0 degrees")[1].splitlines()
+        row = next(line for line in last if "CENTRE" in line).split()
+        self.assertEqual(row[1:3], ["20", "m"])
+        self.assertAlmostEqual(float(row[3]), up, delta=0.002)
+        self.assertEqual(len([line for line in last if " m " in line]), len(small_case.SITES))
+
+
 class Shown(unittest.TestCase):
     """What the pages show works."""
 
