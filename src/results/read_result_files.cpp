@@ -12,9 +12,6 @@ namespace torvex {
 
 namespace {
 
-constexpr const char* way_out =
-    "give a file of the same mesh keys, or start the direction afresh with RESTART_FLAG = 0";
-
 Extents extents_of(const Field3& field) {
     return {.ni = field.ni(), .nj = field.nj(), .nk = field.nk()};
 }
@@ -32,14 +29,14 @@ struct ResultReader {
 
     void open() {
         if (!records.open(path)) {
-            stop(codes.open, records.fault(), path, way_out);
+            stop(codes.open, records.fault(), path, codes.fix);
         }
     }
 
     std::int32_t id() {
         std::int32_t id = 0;
         if (!records.read(id)) {
-            stop(codes.id, records.fault(), path, way_out);
+            stop(codes.id, records.fault(), path, codes.fix);
         }
         return id;
     }
@@ -50,7 +47,7 @@ struct ResultReader {
             stop(codes.id,
                  "the file has the id " + std::to_string(found) + ", expected " +
                      std::to_string(expected),
-                 path, way_out);
+                 path, codes.fix);
         }
     }
 
@@ -59,14 +56,14 @@ struct ResultReader {
             stop(codes.extents,
                  "the arrays of the file have " + text_of(found, rank) +
                      " elements, those of the mesh have " + text_of(mesh, rank),
-                 path, way_out);
+                 path, codes.fix);
         }
     }
 
     template <class... Items>
     void read(Items&... items) {
         if (!records.read(items...)) {
-            stop(codes.extents, records.fault(), path, way_out);
+            stop(codes.extents, records.fault(), path, codes.fix);
         }
     }
 
@@ -82,6 +79,17 @@ struct ResultReader {
         (one(others), ...);
     }
 };
+
+void open_xyz(ResultReader& file, const Extents& nodes) {
+    file.open();
+    file.expect_id(101);
+    Extents found;
+    file.read(found.ni, found.nj, found.nk);
+    if (found != nodes) {
+        console(edit::list(found.ni, found.nj, found.nk, nodes.ni, nodes.nj, nodes.nk));
+    }
+    file.expect(found, nodes);
+}
 
 // True if the header fits and all six arrays are there and whole.
 bool is_whole_vpkeinp(const std::string& path, const Field3& u) {
@@ -115,32 +123,43 @@ Extents read_extents(const std::string& path, const ReadCodes& codes) {
     constexpr std::int64_t most = std::numeric_limits<std::int32_t>::max();
     if (e.ni < 1 || e.nj < 1 || e.nk < 1 || plane > most || plane * e.nk > most) {
         stop(codes.extents, "the extents " + text_of(e) + " cannot be those of a mesh", path,
-             way_out);
+             codes.fix);
     }
     const std::optional<std::int64_t> bytes = file.records.next_size();
     if (!bytes) {
-        stop(codes.extents, file.records.fault(), path, way_out);
+        stop(codes.extents, file.records.fault(), path, codes.fix);
     }
     if (*bytes != plane * e.nk * 4) {
         stop(codes.extents,
              "the first array has " + std::to_string(*bytes) + " bytes, which are not " +
                  text_of(e) + " reals",
-             path, way_out);
+             path, codes.fix);
     }
     return e;
 }
 
+void check_xyz(const std::string& path, const Extents& nodes, const ReadCodes& codes) {
+    ResultReader file{.path = path, .codes = codes, .records = {}};
+    open_xyz(file, nodes);
+    const std::int64_t wanted = std::int64_t{nodes.ni} * nodes.nj * nodes.nk * 4;
+    for (const char* array : {"x", "y", "z"}) {
+        const std::optional<std::int64_t> bytes = file.records.next_size();
+        if (!bytes) {
+            stop(codes.extents, file.records.fault(), path, codes.fix);
+        }
+        if (*bytes != wanted) {
+            stop(codes.extents,
+                 "the array " + std::string(array) + " has " + std::to_string(*bytes) +
+                     " bytes, expected " + std::to_string(wanted),
+                 path, codes.fix);
+        }
+        file.records.skip();
+    }
+}
+
 void read_xyz(const std::string& path, Field3& xn, Field3& yn, Field3& zn, const ReadCodes& codes) {
     ResultReader file{.path = path, .codes = codes, .records = {}};
-    file.open();
-    file.expect_id(101);
-    Extents found;
-    file.read(found.ni, found.nj, found.nk);
-    const Extents mesh = extents_of(xn);
-    if (found != mesh) {
-        console(edit::list(found.ni, found.nj, found.nk, mesh.ni, mesh.nj, mesh.nk));
-    }
-    file.expect(found, mesh);
+    open_xyz(file, extents_of(xn));
     file.read_arrays(xn, yn, zn);
 }
 
@@ -176,7 +195,7 @@ StoredResult read_vpkeout(const std::string& path, int turbulence_model, const R
     if (result.id != 112 && result.id != 122 && result.id != 132) {
         stop(codes.id,
              "the file has the id " + std::to_string(result.id) + ", expected 112, 122 or 132",
-             path, way_out);
+             path, codes.fix);
     }
     Extents found;
     file.read(found.ni, found.nj, found.nk);

@@ -53,11 +53,14 @@ struct FlowArrays {
 using ResultFields = FlowArrays<const Field3>;  // what a writer takes
 using ResultTargets = FlowArrays<Field3>;       // what a reader fills
 
-// Stop codes of a reader. An array that cannot be read counts as wrong extents.
+// Stop codes of a reader, and the way out that its messages name. An array that cannot be read
+// counts as wrong extents.
 struct ReadCodes {
     int open = 0;
     int id = 0;
     int extents = 0;
+    const char* fix =
+        "give a file of the same mesh keys, or start the direction afresh with RESTART_FLAG = 0";
 };
 inline constexpr ReadCodes xyz_codes{.open = 210, .id = 211, .extents = 212};
 inline constexpr ReadCodes z0_codes{.open = 221, .id = 221, .extents = 222};
@@ -86,6 +89,9 @@ void write_vpkeout(const std::string& stem, std::int32_t iteration, float residu
 // The extents of a file of 3-D arrays whose mesh is not known beforehand. They are positive, fit an
 // array, and the file holds a first array of that size, so that arrays may be allocated from them.
 Extents read_extents(const std::string& path, const ReadCodes& codes);
+
+// Stops as read_xyz would for nodes of these extents, before any array has been made for them.
+void check_xyz(const std::string& path, const Extents& nodes, const ReadCodes& codes = xyz_codes);
 
 // Stops with one of the codes where the file does not fit the arrays; wrong extents of xyz.tuf are
 // also printed on the console, those of the file first.

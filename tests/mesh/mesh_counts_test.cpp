@@ -21,6 +21,8 @@ TEST(MeshCounts, MustBeNumberedBy32Bits) {
     const Stop stop = stop_of([] { check_mesh_counts(2048, 1024, 1024, endless); });
     EXPECT_EQ(stop.code(), 1);
     EXPECT_NE(stop.reason().find("2048 x 1024 x 1024"), std::string::npos);
+    // 2^62 times 2^31 would wrap round to 0 in 64 bits.
+    EXPECT_EQ(stop_of([] { check_mesh_counts(1 << 30, 1 << 30, 1 << 30, endless); }).code(), 1);
     EXPECT_EQ(stop_of([] { check_mesh_counts(40002, 40002, 5001, endless); }).code(), 1);
 }
 
@@ -28,6 +30,8 @@ TEST(MeshCounts, MustFitIntoTheMemory) {
     const std::int64_t gigabyte = 1000000000;
     EXPECT_EQ(stop_of([&] { check_mesh_counts(100, 100, 100, gigabyte); }).code(), -1);
     EXPECT_EQ(stop_of([&] { check_mesh_counts(1000, 100, 100, gigabyte); }).code(), 1);
+    EXPECT_EQ(stop_of([&] { check_mesh_counts(1000, 100, 100, gigabyte, "n.txt"); }).where(),
+              "n.txt");
     EXPECT_GT(machine_memory(), 100000000);
 }
 

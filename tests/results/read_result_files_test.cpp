@@ -38,6 +38,63 @@ void write_header_only(const std::string& path, std::int32_t id,
     writer.commit();
 }
 
+TEST(CheckXyz, StopsAsTheReaderWouldWithoutAnArray) {
+    const TemporaryDirectory dir;
+    const auto stop_for = [&](const std::string& name, const Extents& nodes) {
+        testing::internal::CaptureStdout();
+        const auto stop = stop_of([&] { check_xyz(dir.file(name), nodes); });
+        const std::string shown = testing::internal::GetCapturedStdout();
+        return std::pair{stop ? stop->code() : 0, shown};
+    };
+    const Field3 x(4, 3, 2);
+    write_xyz(dir.file(""), x, x, x);
+    EXPECT_EQ(stop_for("xyz.tuf", {4, 3, 2}), std::pair(0, std::string()));
+    EXPECT_EQ(stop_for("none.tuf", {4, 3, 2}).first, 210);
+    const auto [code, shown] = stop_for("xyz.tuf", {4, 3, 5});
+    EXPECT_EQ(code, 212);
+    EXPECT_THAT(shown, testing::MatchesRegex(" *4 *3 *2 *4 *3 *5 *\n"));
+
+    write_header_only(dir.file("z0.tuf"), 102, {4, 3});
+    EXPECT_EQ(stop_for("z0.tuf", {4, 3, 2}).first, 211);
+    // Large extents that the file agrees with, and nothing behind them.
+    write_header_only(dir.file("head.tuf"), 101, {1000, 1000, 1000});
+    EXPECT_EQ(stop_for("head.tuf", {1000, 1000, 1000}), std::pair(212, std::string()));
+    // Arrays of another length.
+    RecordWriter writer(dir.file("short.tuf"));
+    writer.record(std::int32_t{101});
+    writer.record(std::int32_t{4}, std::int32_t{3}, std::int32_t{2});
+    for (const int nk : {2, 2, 1}) {
+        writer.record(Field3(4, 3, nk));
+    }
+    writer.commit();
+    const auto stop = stop_of([&] { check_xyz(dir.file("short.tuf"), {4, 3, 2}); });
+    ASSERT_TRUE(stop);
+    EXPECT_EQ(stop->code(), 212);
+    EXPECT_THAT(stop->reason(), HasSubstr("the array z has 48 bytes, expected 96"));
+}
+
+TEST(CheckXyz, StopsAtEveryCutOfAFile) {
+    const TemporaryDirectory dir;
+    const Field3 x(3, 2, 2);
+    write_xyz(dir.file(""), x, x, x);
+    const std::string whole = dir.read("xyz.tuf");
+    const MemoryFile file;
+    for (std::size_t bytes = 0; bytes < whole.size(); ++bytes) {
+        file.set(std::string_view(whole).substr(0, bytes));
+        const int code = stop_code_of([&] { check_xyz(file.path(), {3, 2, 2}); });
+        ASSERT_EQ(code, bytes < 12 ? 211 : 212) << bytes;
+    }
+}
+
+TEST(ReadCodes, NameTheWayOutOfTheirCaller) {
+    const TemporaryDirectory dir;
+    const ReadCodes codes{.open = 7, .id = 8, .extents = 9, .fix = "look elsewhere"};
+    const auto stop = stop_of([&] { check_xyz(dir.file("none"), {3, 2, 2}, codes); });
+    ASSERT_TRUE(stop);
+    EXPECT_EQ(stop->code(), 7);
+    EXPECT_EQ(stop->fix(), "look elsewhere");
+}
+
 TEST(ReadVpkeout, ReadsWhatFortranWrote) {
     Flow flow = Flow::blank();
     const StoredResult result =
