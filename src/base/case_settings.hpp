@@ -77,6 +77,17 @@ struct ShapeParameters {
     bool exclude_donut_shape = false;
 };
 
+// Block user_domain: the files of a domain given by the user, read where TORVEX_MODE is non-zero.
+struct UserDomain {
+    std::string mesh_n_file;          // text: the mesh counts ni, nj, nk
+    std::string xyz_file;             // mesh nodes, in the form of xyz.tuf
+    std::string roughness_file;       // roughness of the ground, in the form of z0.tuf
+    std::string ccd_file;             // canopy parameters, in the form of ccd.tuf; blank: none
+    std::int32_t inlet = 0;           // 0 power law, 1 profile table, 2 equilibrium
+    std::string inflow_profile_file;  // the table of inlet 1
+    bool specify_turbulence = false;  // the table holds tke and ted instead of sigma u
+};
+
 // Everything that the case file says, and what follows from it alone. Filled once, read-only for
 // the rest of the run but for the scaled criteria CC_OUT_* and the factors URF* under BOOSTCAL.
 // Character values are kept without trailing blanks; array bounds begin at 1. Defaults are those of
@@ -230,6 +241,7 @@ struct CaseSettings {
     NestPoints nest;
     CanopyParameters canopy;
     ShapeParameters shape;
+    UserDomain user;
 
     // What follows from the keys
     std::string run_prefix;  // "", "atlas-", "flat-", "flat2-" or "nest-"

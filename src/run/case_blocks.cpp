@@ -131,4 +131,14 @@ void read_shape_parameters(const CaseText& file, CaseSettings& settings) {
     list_frontal_directions(shape);
 }
 
+void read_user_domain(const CaseText& file, CaseSettings& settings) {
+    if (settings.TORVEX_MODE == 0) {
+        return;
+    }
+    const CaseGroup& block = keyed_block("user_domain");
+    for (const CaseKey& key : block.keys) {
+        read_table_key(file, block.name, key, settings);
+    }
+}
+
 }  // namespace torvex

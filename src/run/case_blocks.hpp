@@ -6,7 +6,7 @@
 
 namespace torvex {
 
-// The three keyed blocks that a run reads, in this order. A block that is not there leaves its part
+// The keyed blocks that a run reads, in this order. A block that is not there leaves its part
 // of the program off, without a word.
 
 // Block nest_points. Told in the log where nest_mode is non-zero. Stop 185: a required key missing.
@@ -18,5 +18,8 @@ void read_canopy_parameters(const CaseText& file, CaseSettings& settings);
 
 // Block shp_parameters; lists the frontal-area directions on the console where calc_fa is on.
 void read_shape_parameters(const CaseText& file, CaseSettings& settings);
+
+// Block user_domain, where TORVEX_MODE is non-zero; what it names is tested when it is used.
+void read_user_domain(const CaseText& file, CaseSettings& settings);
 
 }  // namespace torvex

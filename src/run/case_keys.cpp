@@ -360,6 +360,27 @@ constexpr std::array shp_parameters_keys{
             "leave out rings that are holes"},
 };
 
+constexpr std::array user_domain_keys{
+    CaseKey{"mesh_n_file", in<&S::user, &UserDomain::mesh_n_file>, "", "",
+            "text file of the mesh counts: ni, nj, nk on a line each", 256},
+    CaseKey{"xyz_file", in<&S::user, &UserDomain::xyz_file>, "", "",
+            "mesh nodes, in the form of xyz.tuf; i along the wind, k upwards", 256},
+    CaseKey{"roughness_file", in<&S::user, &UserDomain::roughness_file>, "", "",
+            "roughness of the ground, in the form of z0.tuf", 256},
+    CaseKey{"ccd_file", in<&S::user, &UserDomain::ccd_file>, "", "",
+            "canopy parameters, in the form of ccd.tuf; its roughness replaces that of "
+            "roughness_file; blank: none",
+            256},
+    CaseKey{"inlet", in<&S::user, &UserDomain::inlet>, "0", "",
+            "inflow: 0 power law, 1 profile table, 2 equilibrium with the roughness"},
+    CaseKey{"inflow_profile_file", in<&S::user, &UserDomain::inflow_profile_file>, "", "",
+            "table of inlet 1: height above ground (m), speed (m/s) and sigma u (m/s) on a line "
+            "each, lines that do not begin with a number are header",
+            256},
+    CaseKey{"specify_turbulence", in<&S::user, &UserDomain::specify_turbulence>, "F", "",
+            "the table holds tke (m2/s2) and ted (m2/s3) in place of sigma u"},
+};
+
 constexpr std::array site_table{
     SiteField{"LABEL", of<&Site::LABEL>, "", "site name", 20},
     SiteField{"LON", of<&Site::LON>, "deg, min, s", "longitude"},
@@ -383,6 +404,7 @@ constexpr std::array blocks{
     CaseGroup{"nest_points", "", nest_points_keys},
     CaseGroup{"canopy_parameters", "", canopy_parameters_keys},
     CaseGroup{"shp_parameters", "", shp_parameters_keys},
+    CaseGroup{"user_domain", "", user_domain_keys},
 };
 
 std::string with_extent(const char* letter, std::size_t count) {

@@ -45,7 +45,7 @@ struct CaseGroup {
 // The eight namelist groups in their order of reading, all mandatory.
 std::span<const CaseGroup> namelist_groups();
 
-// The keyed blocks nest_points, canopy_parameters and shp_parameters, each optional.
+// The keyed blocks nest_points, canopy_parameters, shp_parameters and user_domain, each optional.
 std::span<const CaseGroup> keyed_blocks();
 const CaseGroup& keyed_block(std::string_view name);
 

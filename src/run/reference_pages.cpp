@@ -87,7 +87,9 @@ std::string case_file_page() {
         "```\n&canopy_parameters\ncanopy_mode = 1\n/\n```\n\n"
         "A block may be left out, which switches its part of the program off. Each key has a line "
         "of its own;\nnames are compared with their case, and of a key given twice the first one "
-        "counts. Texts may stand\nwithout quotes and then end at a blank, a comma or `!`.\n";
+        "counts. Texts may stand\nwithout quotes and then end at a blank, a comma or `!`. "
+        "`user_domain` is read where "
+        "`TORVEX_MODE` is\nnon-zero.\n";
     for (const CaseGroup& block : keyed_blocks()) {
         text += "\n### `" + std::string(block.name) + "`\n\n" + key_table(block, settings);
     }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/case_settings.hpp"
+#include "solver/profile_table.hpp"
 
 namespace torvex {
 
@@ -14,15 +15,9 @@ struct InflowProfile {
     std::vector<float> tke;     // turbulence energy [m2/s2]
 };
 
-// A place between two levels of a profile.
-struct ProfilePlace {
-    std::size_t level = 0;  // the lower level, from 0
-    float weight = 0;       // of the level above
-};
-
-// Below the lowest and above the highest level the end values hold.
-ProfilePlace place_in(const InflowProfile& profile, float h);
-float value_at(const std::vector<float>& values, ProfilePlace place);
+inline ProfilePlace place_in(const InflowProfile& profile, float h) {
+    return place_in(profile.height, h);
+}
 
 // INFLOW_PROFILE_FILE in the form that INFLOW_PROFILE_TABLE tells: a table, or a profile of the
 // site output. A file that cannot be used stops with code 1, naming the line.

@@ -83,10 +83,6 @@ void check_columns(const GridGeometry& g, const Field2& z0) {
     }
 }
 
-[[gnu::always_inline]] inline float height(const GridGeometry& g, int i, int j, int k) {
-    return g.zc(i, j, k) - g.zc(i, j, 1);
-}
-
 // The power law of every column, `z0_up` in place of the local roughness in the exponent.
 Array2<PowerLaw> power_laws(const GridGeometry& g, const Field2& z0, std::optional<float> z0_up) {
     Array2<PowerLaw> laws(g.ni, g.nj);
@@ -98,20 +94,12 @@ Array2<PowerLaw> power_laws(const GridGeometry& g, const Field2& z0, std::option
     return laws;
 }
 
-void copy_lowest_level(Field3& field) {
-    for (int j = 1; j <= field.nj(); ++j) {
-        for (int i = 1; i <= field.ni(); ++i) {
-            field(i, j, 1) = field(i, j, 2);
-        }
-    }
-}
-
 void fill_by_power_law(const GridGeometry& g, const Array2<PowerLaw>& laws, FlowState& s) {
 #pragma omp parallel for schedule(static)
     for (int k = 2; k <= g.nk; ++k) {
         for (int j = 1; j <= g.nj; ++j) {
             for (int i = 1; i <= g.ni; ++i) {
-                const float h = height(g, i, j, k);
+                const float h = height_above_ground(g, i, j, k);
                 s.u(i, j, k) = speed_at(laws(i, j), h);
                 s.tke(i, j, k) = energy_at(laws(i, j), h);
             }
@@ -125,7 +113,7 @@ void fill_by_profile(const GridGeometry& g, const InflowProfile& profile, FlowSt
     for (int k = 2; k <= g.nk; ++k) {
         for (int j = 1; j <= g.nj; ++j) {
             for (int i = 1; i <= g.ni; ++i) {
-                const ProfilePlace place = place_in(profile, height(g, i, j, k));
+                const ProfilePlace place = place_in(profile, height_above_ground(g, i, j, k));
                 s.u(i, j, k) = value_at(profile.u, place);
                 s.tke(i, j, k) = value_at(profile.tke, place);
             }
@@ -165,6 +153,14 @@ void INIT(const CaseSettings& settings, const GridGeometry& g, float wd_angle,
     fill_viscosity(settings, s);
 }
 
+void copy_lowest_level(Field3& field) {
+    for (int j = 1; j <= field.nj(); ++j) {
+        for (int i = 1; i <= field.ni(); ++i) {
+            field(i, j, 1) = field(i, j, 2);
+        }
+    }
+}
+
 void fill_dissipation(const CaseSettings& settings, const GridGeometry& g, FlowState& s) {
     const float cmu34 = std::pow(settings.CMU, 0.75F);
     const bool with_length = s.lm.size() > 0;
@@ -178,7 +174,8 @@ void fill_dissipation(const CaseSettings& settings, const GridGeometry& g, FlowS
     for (int k = 2; k <= g.nk; ++k) {
         for (int j = 1; j <= g.nj; ++j) {
             for (int i = 1; i <= g.ni; ++i) {
-                const float length = std::min(0.4F * height(g, i, j, k), longest(i, j));
+                const float length =
+                    std::min(0.4F * height_above_ground(g, i, j, k), longest(i, j));
                 const float tke = s.tke(i, j, k);
                 s.ted(i, j, k) = cmu34 * std::sqrt(tke) * tke / length;
                 if (with_length) {

@@ -19,6 +19,13 @@ void INIT(const CaseSettings& settings, const GridGeometry& g, float wd_angle,
 void fill_dissipation(const CaseSettings& settings, const GridGeometry& g, FlowState& s);
 void fill_viscosity(const CaseSettings& settings, FlowState& s);
 
+inline float height_above_ground(const GridGeometry& g, int i, int j, int k) {
+    return g.zc(i, j, k) - g.zc(i, j, 1);
+}
+
+// k = 1 takes the values of k = 2.
+void copy_lowest_level(Field3& field);
+
 // The fields of a stored start, ni*nj*nk each.
 struct StoredStart {
     Field3 u, v, w, p, tke, ted;

@@ -220,6 +220,61 @@ TEST(CanopyParameters, UnreadableValueNamesBlockAndKey) {
                  "number\n  in case.tin, line 3");
 }
 
+// user_domain
+
+const char* const user_lines =
+    "mesh_n_file = counts.txt\nxyz_file = 'my mesh/xyz.tuf'\nroughness_file = ../z0.tuf ! ours\n"
+    "ccd_file = ccd.tuf\ninlet = 1\ninflow_profile_file = \"in flow.txt\"\n"
+    "specify_turbulence = .true.";
+
+TEST(UserDomain, IsReadInFull) {
+    Blocks b(block("user_domain", user_lines));
+    b.settings.TORVEX_MODE = -1;
+    read_user_domain(b.file, b.settings);
+    const UserDomain& user = b.settings.user;
+    EXPECT_EQ(user.mesh_n_file, "counts.txt");
+    EXPECT_EQ(user.xyz_file, "my mesh/xyz.tuf");
+    EXPECT_EQ(user.roughness_file, "../z0.tuf");
+    EXPECT_EQ(user.ccd_file, "ccd.tuf");
+    EXPECT_EQ(user.inlet, 1);
+    EXPECT_EQ(user.inflow_profile_file, "in flow.txt");
+    EXPECT_TRUE(user.specify_turbulence);
+}
+
+TEST(UserDomain, IsReadWithItsModeOnly) {
+    Blocks b(block("user_domain", std::string(user_lines) + "\nnoise") +
+             "&user_domain\ninlet=x\n/");
+    read_user_domain(b.file, b.settings);
+    EXPECT_EQ(b.settings.user.xyz_file, "");
+    EXPECT_EQ(b.settings.user.inlet, 0);
+}
+
+TEST(UserDomain, HasDefaultsForWhatIsNotThere) {
+    for (const char* lines : {"", "ccd_file =", "ccd_file = ''\ninlet ="}) {
+        Blocks b(block("user_domain", lines));
+        b.settings.TORVEX_MODE = 1;
+        if (std::string(lines).ends_with("inlet =")) {
+            EXPECT_TRUE(stop_of([&] { read_user_domain(b.file, b.settings); })) << "no value";
+            continue;
+        }
+        read_user_domain(b.file, b.settings);
+        EXPECT_EQ(b.settings.user.ccd_file, "");
+        EXPECT_EQ(b.settings.user.inlet, 0);
+        EXPECT_FALSE(b.settings.user.specify_turbulence);
+    }
+}
+
+TEST(UserDomain, UnreadableValueNamesBlockKeyAndLine) {
+    Blocks b(block("user_domain", "mesh_n_file = n.txt\ninlet = two"));
+    b.settings.TORVEX_MODE = 1;
+    const auto stopped = stop_of([&] { read_user_domain(b.file, b.settings); });
+    ASSERT_TRUE(stopped);
+    EXPECT_EQ(stopped->code(), 1);
+    EXPECT_STREQ(stopped->what(),
+                 "block &user_domain: key inlet: cannot read \"two\", expected an integer\n"
+                 "  in case.tin, line 3");
+}
+
 // shp_parameters
 
 TEST(ShapeParameters, AreReadWithoutFrontalAreas) {

@@ -73,6 +73,7 @@ void read_everything(const CaseText& file) {
     read_nest_points(file, settings, log);
     read_canopy_parameters(file, settings);
     read_shape_parameters(file, settings);
+    read_user_domain(file, settings);
     check_limits(file, settings, lines);
     warn_of_mixed_signs(file, settings, lines, log);
 }
