@@ -49,6 +49,14 @@ constexpr std::array table{
              "use wider cells, a smaller study area or narrower buffer zones"},
     StopCode{1, "mesh-line file", "a line of the file named by XYCONF cannot be used",
              "the message names the line and what was expected there"},
+    StopCode{
+        1, "user domain",
+        "mesh_n_file cannot be used, a cell of xyz_file is turned inside out or lies below the "
+        "ground, a roughness is not above 0, or a number is not finite",
+        "the message names the file and the line or the first bad cell"},
+    StopCode{1, "*** inflow file error ***",
+             "inlet is none of 0, 1 and 2, or the table of inflow_profile_file cannot be used",
+             "the message names the line and what was expected there"},
     StopCode{1, "case file", "a group, key or value of the case file cannot be used",
              "the message names file, line and key, and what was expected there"},
     StopCode{1, "files", "a file of the run cannot be read or written",
@@ -126,17 +134,20 @@ constexpr std::array table{
     StopCode{191, "case file", "ATLAS_FLAG is 1 with a TERRAIN_MODE that begins with \"flat\"",
              "an atlas run needs real terrain: change one of the two keys"},
     StopCode{210, "xyz.tuf", "the file of mesh nodes cannot be opened",
-             "bring the file back, or start the direction afresh with RESTART_FLAG = 0"},
+             "bring the file back, or start the direction afresh with RESTART_FLAG = 0; in a user "
+             "domain mend xyz_file"},
     StopCode{211, "xyz.tuf", "the id cannot be read or is not 101", "give a file of mesh nodes"},
     StopCode{212, "xyz.tuf",
              "the extents differ from the mesh, or an array cannot be read; differing extents are "
              "printed first",
-             "restore the mesh keys of the earlier run, or start afresh"},
+             "restore the mesh keys of the earlier run, or start afresh; in a user domain compare "
+             "xyz_file with mesh_n_file"},
     StopCode{221, "z0.tuf",
              "the roughness file cannot be opened, or its id cannot be read or is not 102",
-             "bring the file back, or start afresh"},
+             "bring the file back, or start afresh; in a user domain mend roughness_file"},
     StopCode{222, "z0.tuf", "the extents differ from the mesh, or the array cannot be read",
-             "restore the mesh keys of the earlier run, or start afresh"},
+             "restore the mesh keys of the earlier run, or start afresh; in a user domain compare "
+             "roughness_file with mesh_n_file"},
     StopCode{231, "result file",
              "the file cannot be opened, or its id cannot be read or is none of 112, 122, 132",
              "restart.info names the file: bring it back, or start afresh"},

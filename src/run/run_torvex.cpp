@@ -29,9 +29,11 @@
 #include "run/monitor_logs.hpp"
 #include "run/outcome.hpp"
 #include "run/outer_iteration.hpp"
+#include "run/read_mesh_etc.hpp"
 #include "run/read_restart.hpp"
 #include "run/result_writers.hpp"
 #include "run/steps_to_come.hpp"
+#include "run/stored_start.hpp"
 #include "run/wind_directions.hpp"
 #include "run/write_sites.hpp"
 #include "solver/init.hpp"
@@ -59,6 +61,7 @@ void read_settings(const CaseText& file, Run& run) {
     read_nest_points(file, settings, run.log);
     read_canopy_parameters(file, settings);
     read_shape_parameters(file, settings);
+    read_user_domain(file, settings);
     check_limits(file, settings, lines);
     warn_of_mixed_signs(file, settings, lines, run.log);
 
@@ -150,30 +153,9 @@ void prepare_roughness(Run& run, Direction& direction, const DirectionMaps& maps
     write_z0(direction.restart_stem, direction.flow.z0);
 }
 
-// Start fields from an earlier run that left no restart.info, where they fit.
-void take_stored_start(Direction& direction) {
-    const GridGeometry& grid = direction.grid;
-    StoredStart stored;
-    for (Field3* field : {&stored.u, &stored.v, &stored.w, &stored.p, &stored.tke, &stored.ted}) {
-        field->allocate(grid.ni, grid.nj, grid.nk);
-    }
-    const ResultTargets targets{.u = &stored.u,
-                                .v = &stored.v,
-                                .w = &stored.w,
-                                .p = &stored.p,
-                                .tke = &stored.tke,
-                                .ted = &stored.ted};
-    if (read_vpkeinp(direction.restart_stem + std::string(vpkeinp_name), targets)) {
-        apply_stored_start(direction.flow, std::move(stored));
-    }
-}
-
 void start_fields(Run& run, Direction& direction) {
     INIT(run.settings, direction.grid, direction.angle, direction.tag, run.log, direction.flow);
-    if (run.settings.RESTART_FLAG == 1) {
-        take_stored_start(direction);
-    }
-    write_vpkeinp(direction.restart_stem, result_fields(direction.flow));
+    finish_start(run, direction);
 }
 
 // True if the saved residuals meet the criteria of this run. A residual that is not a number does
@@ -186,7 +168,11 @@ bool already_done(const CaseSettings& settings, const Residuals& residuals) {
 enum class Prepared { to_solve, done };
 
 Prepared resume(Run& run, Direction& direction) {
+    const bool user_domain = run.settings.TORVEX_MODE != 0;
     console("Resume torvex default calculations..");
+    if (user_domain) {
+        read_user_counts(run);
+    }
     read_restart(run, direction);
     make_cell_geometry(direction);
     if (already_done(run.settings, direction.tested)) {
@@ -195,7 +181,9 @@ Prepared resume(Run& run, Direction& direction) {
         set_status(direction, DirectionStatus::converged, run.directions);
         return Prepared::done;
     }
-    if (run.settings.canopy.canopy_mode == 1) {
+    if (user_domain) {
+        read_user_canopy(run, direction);
+    } else if (run.settings.canopy.canopy_mode == 1) {
         prepare_canopy(run, direction);
     }
     return Prepared::to_solve;

@@ -20,8 +20,4 @@ void nest_bc_set(Run& /*run*/, Direction& /*direction*/) {
     not_yet("a nested run", "set nest_mode = 0");
 }
 
-void READ_MESH_ETC(Run& /*run*/, Direction& /*direction*/) {
-    not_yet("a user-defined domain", "set TORVEX_MODE = 0");
-}
-
 }  // namespace torvex

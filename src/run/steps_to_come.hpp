@@ -11,6 +11,4 @@ void nest_fit_lines(Run& run);
 void nest_check_domain(Run& run);
 void nest_bc_set(Run& run, Direction& direction);
 
-void READ_MESH_ETC(Run& run, Direction& direction);  // a domain from the user's files
-
 }  // namespace torvex

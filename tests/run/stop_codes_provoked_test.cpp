@@ -200,6 +200,39 @@ Cases cases_of_the_case_file() {
     };
 }
 
+// With the block of a user's domain; its files are there as far as the case goes.
+Ending with_user_domain(const Spoiled& s, const std::string& counts) {
+    s.directory.write("counts.txt", counts);
+    const Field3 x(2, 2, 2);
+    Field3 rising = x;
+    for (const int i : {1, 2}) {
+        for (const int j : {1, 2}) {
+            rising(i, j, 2) = 10;
+        }
+    }
+    Field3 east = x;
+    Field3 north = x;
+    for (const int m : {1, 2}) {
+        for (const int n : {1, 2}) {
+            east(2, m, n) = 10;
+            north(m, 2, n) = 10;
+        }
+    }
+    write_xyz("given-", east, north, rising);
+    write_z0("given-", Field2(3, 3, 0.1F));
+    return s.with({{"NML_RUN", "TORVEX_MODE = 1"}},
+                  "&user_domain\nmesh_n_file = counts.txt\nxyz_file = given-xyz.tuf\n"
+                  "roughness_file = given-z0.tuf\ninlet = 3\n/\n");
+}
+
+Cases cases_of_the_user_domain() {
+    return {
+        {{1, "user domain"}, [](const Spoiled& s) { return with_user_domain(s, "3\n3\nx\n"); }},
+        {{1, "*** inflow file error ***"},
+         [](const Spoiled& s) { return with_user_domain(s, "3\n3\n3\n"); }},
+    };
+}
+
 Cases cases_of_the_run() {
     return {
         {{0, "Error: parent calculation data missing."},
@@ -341,8 +374,9 @@ Cases cases_of_single_rooms() {
 Cases all_cases() {
     Cases all;
     for (const Cases& some :
-         {cases_of_maps(), cases_of_mesh(), cases_of_the_case_file(), cases_of_the_run(),
-          cases_of_saved_files(), cases_of_the_canopy(), cases_of_single_rooms()}) {
+         {cases_of_maps(), cases_of_mesh(), cases_of_the_case_file(), cases_of_the_user_domain(),
+          cases_of_the_run(), cases_of_saved_files(), cases_of_the_canopy(),
+          cases_of_single_rooms()}) {
         all.insert(some.begin(), some.end());
     }
     return all;
