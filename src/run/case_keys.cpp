@@ -363,8 +363,11 @@ constexpr std::array shp_parameters_keys{
 constexpr std::array user_domain_keys{
     CaseKey{"mesh_n_file", in<&S::user, &UserDomain::mesh_n_file>, "", "",
             "text file of the mesh counts: ni, nj, nk on a line each", 256},
-    CaseKey{"xyz_file", in<&S::user, &UserDomain::xyz_file>, "", "",
-            "mesh nodes, in the form of xyz.tuf; i along the wind, k upwards", 256},
+    CaseKey{
+        "xyz_file", in<&S::user, &UserDomain::xyz_file>, "", "",
+        "mesh nodes in the form of xyz.tuf; x southwards and y eastwards from the case centre (m), "
+        "i along x, k upwards; the wind blows from the north",
+        256},
     CaseKey{"roughness_file", in<&S::user, &UserDomain::roughness_file>, "", "",
             "roughness of the ground, in the form of z0.tuf", 256},
     CaseKey{"ccd_file", in<&S::user, &UserDomain::ccd_file>, "", "",

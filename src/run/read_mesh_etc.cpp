@@ -1,10 +1,13 @@
 // READ_MESH_ETC: the domain that the block user_domain names.
 //
 //   mesh_n_file     ni, nj, nk                          exit 1
-//   xyz_file        nodes; x downwind, origin free      210 open, 211 id, 212 extents or data
+//   xyz_file        nodes [m], see below               210 open, 211 id, 212 extents or data
 //   roughness_file  z0 in 1..ni, 1..nj                  221 open or id, 222 extents or data
 //   ccd_file        canopy parameters, may be left out
 //   inlet           0 INIT, 1 profile table, 2 equilibrium
+//
+// The wind blows from the north: x runs south and y east from the case centre, where sites are
+// looked up later, i along x and k upwards.
 //
 // writes  nodes, cell centres, z0 and all start fields of the direction; xyz.tuf, xyzc.tuf, z0.tuf
 //         and vpkeinp.tuf under the direction's stem, but never over a file that was read here

@@ -9,10 +9,12 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <optional>
 #include <random>
 #include <set>
 #include <string>
 
+#include "canopy/canopy_file.hpp"
 #include "mesh/test_meshes.hpp"
 #include "results/record_file.hpp"
 #include "results/result_files.hpp"
@@ -106,6 +108,14 @@ class UserDomain : public RunTest {
         }
     }
 };
+
+// u of a result file.
+Field3 field_of_result(const std::string& path, const Extents& n) {
+    Field3 u(n.ni, n.nj, n.nk);
+    RecordReader reader;
+    EXPECT_TRUE(reader.open(path) && reader.skip() && reader.skip() && reader.read(u)) << path;
+    return u;
+}
 
 // What a run does
 
@@ -381,7 +391,7 @@ TEST_F(UserDomain, StartsAfreshWithoutASavedState) {
     EXPECT_THAT(ran.out, HasSubstr("Start user defined calculation..\n"));
 }
 
-// Canopy without its file
+// Canopy
 
 TEST_F(UserDomain, CanopyWithoutItsFileIsARunWithoutDrag) {
     const CaseItems some{{"NML_NUMERICAL_SOLVER", "MAXIT = 3"}};
@@ -392,6 +402,100 @@ TEST_F(UserDomain, CanopyWithoutItsFileIsARunWithoutDrag) {
     EXPECT_EQ(ran.status, 0) << ran.err;
     EXPECT_THAT(ran.out, HasSubstr("- Skipped reading canopy parameters file.\n"));
     EXPECT_TRUE(directory.read("restart-000_0-vpkeout_00003.tuf") == without);
+}
+
+// A stand of trees up to level 4 in the middle of the domain; gp_z0 where a roughness is given.
+CanopyRecords trees(const Extents& n, std::optional<float> z0) {
+    CanopyRecords records;
+    for (Field3* field : {&records.gp_cf, &records.gp_density, &records.gp_length}) {
+        field->allocate(n.ni, n.nj, n.nk);
+    }
+    records.gp_length.fill(1.0F);
+    for (int k = 2; k <= 4; ++k) {
+        for (int i = n.ni / 2; i <= n.ni / 2 + 1; ++i) {
+            records.gp_cf(i, n.nj / 2, k) = 0.4F;
+            records.gp_density(i, n.nj / 2, k) = 0.1F;
+        }
+    }
+    if (z0) {
+        records.gp_z0.allocate(n.ni, n.nj, *z0);
+    }
+    return records;
+}
+
+constexpr const char* canopy_on = "&canopy_parameters\ncanopy_mode = 1\n/\n";
+const CaseItems three_iterations{{"NML_NUMERICAL_SOLVER", "MAXIT = 3"}};
+
+TEST_F(UserDomain, RoughnessOfTheCanopyFileReplacesTheOther) {
+    give_roughness(Field2(7, 6, 0.3F));
+    ASSERT_EQ(run_domain("inlet = 2\n", three_iterations).status, 0);
+    const std::string expected = directory.read("restart-000_0-vpkeout_00003.tuf");
+
+    give_roughness(Field2(7, 6, 0.05F));
+    write_canopy_file("trees.tuf", trees({7, 6, 9}, 0.3F));
+    const ProgramRun ran = run_domain("inlet = 2\nccd_file = trees.tuf\n", three_iterations);
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    EXPECT_THAT(ran.out, HasSubstr("- Read canopy_parameters from : trees.tuf\n"
+                                   "Reading canopy parameter file trees.tuf\n"
+                                   "- TORVEX equilibrium inflow is used.\n"));
+    EXPECT_THAT(ran.out, Not(HasSubstr("Skipped")));
+    EXPECT_TRUE(directory.read("restart-000_0-vpkeout_00003.tuf") == expected)
+        << "no drag without canopy_mode";
+    Field2 z0(7, 6);
+    read_z0("restart-000_0-z0.tuf", z0);
+    EXPECT_EQ(z0(1, 1), 0.3F);
+}
+
+TEST_F(UserDomain, CanopyFileWithoutRoughnessLeavesTheOther) {
+    write_canopy_file("trees.tuf", trees({7, 6, 9}, std::nullopt));
+    ASSERT_EQ(run_domain("ccd_file = trees.tuf\n").status, 0);
+    EXPECT_EQ(directory.read("restart-000_0-z0.tuf"), directory.read("given-z0.tuf"));
+}
+
+TEST_F(UserDomain, TreesSlowTheWindWhereTheyStand) {
+    write_canopy_file("trees.tuf", trees({7, 6, 9}, std::nullopt));
+    const auto speed_in_the_trees = [this](const std::string& other_blocks) {
+        const ProgramRun ran = run_domain("ccd_file = trees.tuf\n", three_iterations, other_blocks);
+        EXPECT_EQ(ran.status, 0) << ran.err;
+        return field_of_result("restart-000_0-vpkeout_00003.tuf", {7, 6, 9})(4, 3, 3);
+    };
+    const float without = speed_in_the_trees("");
+    EXPECT_LT(speed_in_the_trees(canopy_on), 0.9F * without);
+}
+
+TEST_F(UserDomain, CanopyFilesThatCannotBeUsedEndTheRun) {
+    const std::string name = "ccd_file = trees.tuf\n";
+    expect_refused(run_domain(name), 1, "trees.tuf not found.");
+    write_canopy_file("trees.tuf", trees({6, 7, 9}, 0.3F));
+    expect_refused(run_domain(name), 1, "Error: File Inconsistency.");
+    write_canopy_file("trees.tuf", trees({7, 6, 9}, 0.0F));
+    expect_refused(run_domain(name), 1,
+                   "cell (1, 1): the roughness length is 0.0000E+00 m, expected a finite value "
+                   "above 0\n  in trees.tuf");
+}
+
+TEST_F(UserDomain, ResumesWithItsCanopy) {
+    write_canopy_file("trees.tuf", trees({7, 6, 9}, 0.3F));
+    for (const char* mode : {"", canopy_on}) {
+        const std::string files = "inlet = 2\nccd_file = trees.tuf\n";
+        // The stem's own roughness is a file that is read, and thus stays as it was given.
+        fs::remove("restart-000_0-restart.info");
+        fs::copy_file("given-z0.tuf", "restart-000_0-z0.tuf", fs::copy_options::overwrite_existing);
+        fs::remove("given-z0.tuf");
+        fs::create_symlink("restart-000_0-z0.tuf", "given-z0.tuf");
+        ASSERT_EQ(run_domain(files, three_iterations, mode).status, 0);
+        const std::string straight = directory.read("restart-000_0-vpkeout_00003.tuf");
+
+        fs::remove("restart-000_0-restart.info");
+        ASSERT_EQ(run_domain(files, {{"NML_NUMERICAL_SOLVER", "MAXIT = 1"}}, mode).status, 0);
+        const ProgramRun ran = run_domain(
+            files, {{"NML_NUMERICAL_SOLVER", "MAXIT = 2"}, {"NML_RUN", "RESTART_FLAG = 1"}}, mode);
+        ASSERT_EQ(ran.status, 0) << ran.err;
+        EXPECT_THAT(ran.out, HasSubstr("- Read canopy_parameters from : trees.tuf\n"));
+        EXPECT_TRUE(directory.read("restart-000_0-vpkeout_00003.tuf") == straight) << mode;
+        fs::remove("given-z0.tuf");
+        fs::copy_file("restart-000_0-z0.tuf", "given-z0.tuf");
+    }
 }
 
 // The same flow by another way
@@ -439,6 +543,37 @@ TEST_F(UserDomain, FilesOfAFinishedRunGiveItsFieldsAgain) {
     }
 }
 
+TEST_F(UserDomain, FilesOfAFinishedRunWithCanopyGiveItsFieldsAgain) {
+    directory.write("h.map",
+                    wavy_map([](int i, int j) { return 20 + 15 * std::sin(i + 0.5 * j); }));
+    const CaseItems items{{"NML_NUMERICAL_SOLVER", "MAXIT = 5"},
+                          {"NML_CASEFILE", "N_WIND_DIRECTION = 1"}};
+    write_case(items);
+    ASSERT_EQ(run().status, 0);
+    const Extents n = read_extents("restart-000_0-xyzc.tuf", {1, 1, 1});
+    directory.write("counts.txt", std::to_string(n.ni) + "\n" + std::to_string(n.nj) + "\n" +
+                                      std::to_string(n.nk) + "\n");
+    // One roughness everywhere: the upwind mean that a run on maps stamps is that one too.
+    write_canopy_file("restart-000_0-ccd.tuf", trees(n, 0.0625F));
+    write_case(items, canopy_on);
+    const ProgramRun from_maps = run();
+    ASSERT_EQ(from_maps.status, 0) << from_maps.err;
+    const Field3 expected = field_of_result("restart-000_0-vpkeout_00005.tuf", n);
+    fs::rename("restart-000_0-xyz.tuf", "given-xyz.tuf");
+    fs::rename("restart-000_0-z0.tuf", "given-z0.tuf");
+    fs::remove("restart-000_0-vpkeout_00005.tuf");
+
+    const ProgramRun from_files =
+        run_domain("ccd_file = restart-000_0-ccd.tuf\n", items, canopy_on);
+    ASSERT_EQ(from_files.status, 0) << from_files.err;
+    const Field3 u = field_of_result("restart-000_0-vpkeout_00005.tuf", n);
+    float largest = 0;
+    for (std::size_t m = 0; m < u.size(); ++m) {
+        largest = std::max(largest, std::abs(u.data()[m] - expected.data()[m]));
+    }
+    EXPECT_LT(largest, 1e-3F) << "of a wind of 10 m/s";
+}
+
 // Over ground of the roughness that made it, the equilibrium inflow stays as it is. The cells on
 // the ground are left out: the wall law takes the mean dissipation of such a cell, some 2.6 times
 // that at its centre, and the speed there adapts to that within a few cells, whatever their height.
@@ -456,9 +591,7 @@ TEST_F(UserDomain, EquilibriumInflowKeepsItsProfileOverUniformRoughness) {
     for (const auto& [name, bytes] : files_below(directory.path())) {
         result = name.find("vpkeout") != std::string::npos ? name : result;
     }
-    Field3 u(g.ni, g.nj, g.nk);
-    RecordReader reader;
-    ASSERT_TRUE(reader.open(result) && reader.skip() && reader.skip() && reader.read(u));
+    const Field3 u = field_of_result(result, {g.ni, g.nj, g.nk});
     const int downwind = 22;  // centre at x = 205 m
     const int j = 3;
     for (int k = 3; k <= g.nz; ++k) {
