@@ -13,6 +13,7 @@
 #include <random>
 #include <set>
 #include <string>
+#include <utility>
 
 #include "canopy/canopy_file.hpp"
 #include "mesh/test_meshes.hpp"
@@ -43,7 +44,7 @@ const std::string console_of_the_reading =
 // Whether a file has been written anew since it was looked at: each write replaces the file whole.
 class FileIdentity {
  public:
-    explicit FileIdentity(const std::string& path) : path_(path), inode_(inode()) {}
+    explicit FileIdentity(std::string path) : path_(std::move(path)), inode_(inode()) {}
     bool is_still_there() const { return inode() == inode_; }
 
  private:

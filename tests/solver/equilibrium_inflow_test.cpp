@@ -71,7 +71,7 @@ TEST(EquilibriumInflow, KeepsItsValuesAboveTheGradientHeight) {
 TEST(EquilibriumInflow, TakesTheRoughnessOfEachColumn) {
     const GridGeometry g = tower();
     FlowState s;
-    s.z0.allocate(g.ni, g.nj, 0.03F);
+    s.z0 = Field2(4, 5, 0.03F);
     s.z0(2, 2) = 1.0F;
     fill_equilibrium_inflow(settings_of(1), g, s);
     EXPECT_NEAR(s.u(2, 2, 2), 0.649583 / 0.41 * std::log(11.0), 2e-5);
