@@ -108,9 +108,10 @@ TEST(CaseChecks, GivenAnglesAreNotLookedAtInEqualSectors) {
 
 TEST(CaseChecks, TagsDiffer) {
     EXPECT_THAT(refusal(item("NML_CASEFILE", given_angles(3, "22.5, 22.6, 22.4"))), IsEmpty());
-    EXPECT_THAT(refusal(item("NML_CASEFILE", given_angles(3, "22.5, 10, 22.5"))),
-                HasSubstr("key WIND_DIRECTION_ANGLE(3) is 22.5000000, expected an angle of its own: "
-                          "another direction has the tag 022_5 too"));
+    EXPECT_THAT(
+        refusal(item("NML_CASEFILE", given_angles(3, "22.5, 10, 22.5"))),
+        HasSubstr("key WIND_DIRECTION_ANGLE(3) is 22.5000000, expected an angle of its own: "
+                  "another direction has the tag 022_5 too"));
     EXPECT_THAT(refusal(item("NML_CASEFILE", given_angles(2, "22.5, 22.58"))),
                 HasSubstr("the tag 022_5"));
     EXPECT_THAT(refusal(item("NML_CASEFILE", given_angles(2, "0, 0.05"))),

@@ -9,8 +9,8 @@
 #include <string>
 
 #include "mesh/test_meshes.hpp"
-#include "solver/fields.hpp"
 #include "mesh/vec3.hpp"
+#include "solver/fields.hpp"
 #include "solver/wall.hpp"
 
 namespace torvex {

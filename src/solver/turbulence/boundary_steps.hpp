@@ -19,7 +19,8 @@ enum class OpenTop {
 //   sides     wall with WIND_TUNNEL_MODE above 1, else zero gradient   not with skip_sides
 //   outflow   zero gradient, ae stays as assembled                     not with skip_sides
 template <class Formula>
-void boundary_steps(const SolverContext& ctx, Field3& phi, OpenTop open_top, const Formula& formula) {
+void boundary_steps(const SolverContext& ctx, Field3& phi, OpenTop open_top,
+                    const Formula& formula) {
     const GridGeometry& g = ctx.grid;
     LinearSystem& eq = ctx.flow.eq;
     const int mode = ctx.settings.WIND_TUNNEL_MODE;
