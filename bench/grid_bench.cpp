@@ -28,7 +28,7 @@ GridGeometry mesh(const benchmark::State& state) {
 
 void cell_centres(benchmark::State& state) {
     GridGeometry g = mesh(state);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         torvex::XYZ2XYZC(g);
         benchmark::DoNotOptimize(g.zc.data());
         benchmark::ClobberMemory();
@@ -39,7 +39,7 @@ void cell_centres(benchmark::State& state) {
 void metric_and_factors(benchmark::State& state) {
     GridGeometry g = mesh(state);
     torvex::XYZ2XYZC(g);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         torvex::GRID(g);
         benchmark::DoNotOptimize(g.fz.data());
         benchmark::ClobberMemory();

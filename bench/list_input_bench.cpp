@@ -77,7 +77,7 @@ MapText roughness_map(std::size_t columns, bool repeated) {
 
 void read_rows(benchmark::State& state, const MapText& map) {
     std::vector<float> row(map.columns);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         torvex::ListInput in(map.text);
         for (std::size_t j = 0; j < map.rows; ++j) {
             if (!in.read_row(row.data(), row.size())) {

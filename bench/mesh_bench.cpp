@@ -104,7 +104,7 @@ void BM_MAKE_MESH(benchmark::State& state) {
         settings.TERRAIN_MODE = "normal";
     }
     GridGeometry grid;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         MAKE_MESH(settings, lines, maps, 1, log, grid);
         benchmark::DoNotOptimize(grid.zn.data());
     }
@@ -149,7 +149,7 @@ void BM_maps_sizing_and_mesh(benchmark::State& state) {
     CaseSettings settings = bench_case();
     settings.BASIC_H_FILE = file.path();
     GridGeometry grid;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         const Silence silence;
         RunLog log;
         MapState maps;

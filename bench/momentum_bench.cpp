@@ -58,7 +58,7 @@ struct Flow {
 template <class Step>
 void run(benchmark::State& state, Step step) {
     const auto flow = std::make_unique<Flow>(state.range(0));
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         step(*flow);
         benchmark::ClobberMemory();
     }
@@ -77,7 +77,7 @@ void boundary(benchmark::State& state) {
 void relaxation(benchmark::State& state) {
     const auto flow = std::make_unique<Flow>(state.range(0));
     torvex::assemble_momentum<Component::u>(flow->context, flow->work.momentum);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         torvex::relax_momentum(flow->context, Component::u);
         benchmark::ClobberMemory();
     }
@@ -92,7 +92,7 @@ void triad(benchmark::State& state) {
     float* x = a.data();
     const float* y = b.data();
     const float* z = c.data();
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
 #pragma omp parallel for simd schedule(static)
         for (int i = 0; i < n; ++i) {
             x[i] = y[i] + 3.0F * z[i];

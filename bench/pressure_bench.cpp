@@ -35,7 +35,7 @@ PressureCase flow(const benchmark::State& state) {
 
 template <class Step>
 void run(benchmark::State& state, PressureCase& c, Step step) {
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         step();
         benchmark::DoNotOptimize(c.s.flxU.data());
         benchmark::ClobberMemory();

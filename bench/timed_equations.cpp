@@ -1,7 +1,6 @@
 #include "timed_equations.hpp"
 
 #include <chrono>
-#include <utility>
 
 namespace torvex::bench {
 
@@ -9,42 +8,56 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-template <class Call>
-void timed(double& seconds, Call call) {
-    const Clock::time_point start = Clock::now();
-    call();
-    seconds += std::chrono::duration<double>(Clock::now() - start).count();
-}
+class Stopwatch {
+ public:
+    explicit Stopwatch(double& seconds) : seconds_(seconds) {}
+    ~Stopwatch() { seconds_ += std::chrono::duration<double>(Clock::now() - start_).count(); }
+    Stopwatch(const Stopwatch&) = delete;
+    Stopwatch& operator=(const Stopwatch&) = delete;
+
+ private:
+    double& seconds_;
+    Clock::time_point start_ = Clock::now();
+};
+
+struct TimedSweep {
+    Equations::Sweep call;
+    double& seconds;
+
+    void operator()(const SolverContext& context, int iter, int interval) const {
+        const Stopwatch watch(seconds);
+        call(context, iter, interval);
+    }
+};
+
+struct TimedUpdate {
+    Equations::Update call;
+    double& seconds;
+
+    void operator()(const SolverContext& context) const {
+        const Stopwatch watch(seconds);
+        call(context);
+    }
+};
 
 }  // namespace
 
 Equations timed_equations(RoutineSeconds& seconds,
                           const std::function<void(const SolverContext&)>& behind) {
-    const auto place = [&seconds](Routine routine) -> double& {
+    const auto of = [&seconds](Routine routine) -> double& {
         return seconds.at(static_cast<std::size_t>(routine));
     };
-    const auto sweep = [&place](Routine routine, Equations::Sweep call) -> Equations::Sweep {
-        return [call = std::move(call), &total = place(routine)](const SolverContext& context,
-                                                                 int iter, int interval) {
-            timed(total, [&] { call(context, iter, interval); });
-        };
-    };
-    const auto update = [&place](Routine routine, Equations::Update call) -> Equations::Update {
-        return [call = std::move(call), &total = place(routine)](const SolverContext& context) {
-            timed(total, [&] { call(context); });
-        };
-    };
     const Equations plain = flow_equations();
-    const Equations::Update last = update(Routine::CALCVIS, plain.CALCVIS);
-    return {.CALCU = sweep(Routine::CALCU, plain.CALCU),
-            .CALCV = sweep(Routine::CALCV, plain.CALCV),
-            .CALCW = sweep(Routine::CALCW, plain.CALCW),
-            .CALCP = sweep(Routine::CALCP, plain.CALCP),
-            .CALCKE = sweep(Routine::CALCKE, plain.CALCKE),
-            .CALCED = sweep(Routine::CALCED, plain.CALCED),
-            .CALCKLM = sweep(Routine::CALCKLM, plain.CALCKLM),
-            .CALCLM = update(Routine::CALCLM, plain.CALCLM),
-            .CALCLM_ = update(Routine::CALCLM_, plain.CALCLM_),
+    const TimedUpdate last{plain.CALCVIS, of(Routine::CALCVIS)};
+    return {.CALCU = TimedSweep{plain.CALCU, of(Routine::CALCU)},
+            .CALCV = TimedSweep{plain.CALCV, of(Routine::CALCV)},
+            .CALCW = TimedSweep{plain.CALCW, of(Routine::CALCW)},
+            .CALCP = TimedSweep{plain.CALCP, of(Routine::CALCP)},
+            .CALCKE = TimedSweep{plain.CALCKE, of(Routine::CALCKE)},
+            .CALCED = TimedSweep{plain.CALCED, of(Routine::CALCED)},
+            .CALCKLM = TimedSweep{plain.CALCKLM, of(Routine::CALCKLM)},
+            .CALCLM = TimedUpdate{plain.CALCLM, of(Routine::CALCLM)},
+            .CALCLM_ = TimedUpdate{plain.CALCLM_, of(Routine::CALCLM_)},
             .CALCVIS = [last, behind](const SolverContext& context) {
                 last(context);
                 behind(context);

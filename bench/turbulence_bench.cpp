@@ -79,7 +79,7 @@ struct Case {
 template <class Routine>
 void measure(benchmark::State& state, Routine routine) {
     Case c(state);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         routine(c.ctx);
         benchmark::ClobberMemory();
     }
@@ -108,7 +108,7 @@ void triad(benchmark::State& state) {
     const torvex::Field2 b(cells, 1, 1.0F);
     const torvex::Field2 c(cells, 1, 2.0F);
     torvex::Field2 a(cells, 1);
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         float* out = a.data();
         const float* x = b.data();
         const float* y = c.data();

@@ -17,7 +17,7 @@ inline constexpr float largest_mean_roughness = 9.999F;
 
 // A roughness length of 0 gives 0, and Z(0) is 0.
 inline double R(float z0) {
-    const double L = static_cast<double>(std::log(10.0F / std::min(z0, largest_mean_roughness)));
+    const auto L = static_cast<double>(std::log(10.0F / std::min(z0, largest_mean_roughness)));
     return 1.0 / (L * L);
 }
 
