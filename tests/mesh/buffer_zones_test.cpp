@@ -45,8 +45,8 @@ double volume(const MeshLines& lines, const Field2& h, int i1, int i2, int j1, i
     for (int i = i1; i < i2; ++i) {
         for (int j = j1; j < j2; ++j) {
             const auto at = [&](int di, int dj) { return static_cast<double>(h(i + di, j + dj)); };
-            const double dx = static_cast<double>(lines.x_line(i + 1) - lines.x_line(i));
-            const double dy = static_cast<double>(lines.y_line(j + 1) - lines.y_line(j));
+            const auto dx = static_cast<double>(lines.x_line(i + 1) - lines.x_line(i));
+            const auto dy = static_cast<double>(lines.y_line(j + 1) - lines.y_line(j));
             sum += (at(0, 0) + at(1, 0) + at(0, 1) + at(1, 1)) / 4.0 * dx * dy;
         }
     }

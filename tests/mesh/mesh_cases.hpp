@@ -58,8 +58,8 @@ inline TerrainMap centred_map(int columns, int rows, float d,
     auto values = std::make_shared<Field2>(columns, rows);
     for (int j = 1; j <= rows; ++j) {
         for (int i = 1; i <= columns; ++i) {
-            const double X = static_cast<double>(map.X0 + static_cast<float>(i - 1) * d);
-            const double Y = static_cast<double>(map.Y0 + static_cast<float>(j - 1) * d);
+            const auto X = static_cast<double>(map.X0 + static_cast<float>(i - 1) * d);
+            const auto Y = static_cast<double>(map.Y0 + static_cast<float>(j - 1) * d);
             (*values)(i, j) = static_cast<float>(height(X, Y));
         }
     }
