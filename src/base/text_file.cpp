@@ -1,5 +1,6 @@
 #include "base/text_file.hpp"
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -15,11 +16,21 @@ std::optional<std::string> read_text_file(const std::string& path) {
     if (!file) {
         return std::nullopt;
     }
-    std::string text(std::filesystem::file_size(path, error), '\0');
-    if (error || !file.read(text.data(), static_cast<std::streamsize>(text.size()))) {
+    const std::uintmax_t size = std::filesystem::file_size(path, error);
+    if (error || size > largest_text_bytes) {
         return std::nullopt;
     }
+    std::string text(size, '\0');
+    if (!file.read(text.data(), static_cast<std::streamsize>(text.size()))) {
+        return std::nullopt;
+    }
+    text.erase(0, text.size() - without_byte_order_mark(text).size());
     return text;
+}
+
+std::string_view without_byte_order_mark(std::string_view text) {
+    constexpr std::string_view mark = "\xEF\xBB\xBF";
+    return text.starts_with(mark) ? text.substr(mark.size()) : text;
 }
 
 std::vector<std::string_view> split_lines(std::string_view text) {

@@ -8,8 +8,14 @@
 
 namespace torvex {
 
-// A whole text file in memory; nothing if it is absent, no regular file, or unreadable.
+// A whole text file in memory, without the mark that some editors put in front; nothing if it is
+// absent, no regular file, unreadable, or larger than any text of a run (largest_text_bytes).
 std::optional<std::string> read_text_file(const std::string& path);
+
+inline constexpr std::size_t largest_text_bytes = std::size_t{256} * 1024 * 1024;
+
+// A text without the byte order mark of UTF-8.
+std::string_view without_byte_order_mark(std::string_view text);
 
 // The lines of a text without their ends (LF or CR LF). A last line without an end counts.
 std::vector<std::string_view> split_lines(std::string_view text);

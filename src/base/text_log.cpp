@@ -26,11 +26,13 @@ void TextLog::open(const std::string& path, Existing existing) {
     close();
     path_ = path;
     const int mode = existing == Existing::append ? O_APPEND : O_TRUNC;
-    descriptor_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | mode, 0666);
+    // Without waiting: a pipe of that name would otherwise hold the run until somebody reads.
+    descriptor_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | mode, 0666);
     if (descriptor_ < 0) {
         stop(1, "the log cannot be opened: " + reason(), path_,
              "the case directory must exist and be writable");
     }
+    ::fcntl(descriptor_, F_SETFL, mode == O_APPEND ? O_APPEND : 0);
 }
 
 void TextLog::close() {

@@ -48,7 +48,12 @@ WholeFile::WholeFile(const std::string& path) : path_(path), temporary_(path + "
     ::unlink(temporary_.c_str());
     descriptor_ = ::open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor_ < 0) {
-        fail("created", errno);
+        const int error = errno;
+        if (error == EEXIST) {
+            stop(1, "the file cannot be created: it exists and cannot be removed", temporary_,
+                 "remove it by hand");
+        }
+        fail("created", error);
     }
     try {
         buffer_.reserve(buffer_bytes);

@@ -110,13 +110,24 @@ Bytes read_all(const OpenFile& file, const FileIdentity& identity, const MapRole
     return bytes;
 }
 
+double value_count(const MapHeader& header) {
+    return static_cast<double>(header.columns) * static_cast<double>(header.rows);
+}
+
+// Up to so many values a map may be written in short, with repeat counts and slashes. Beyond, a few
+// damaged bytes could fill the memory with gigabytes.
+constexpr double largest_short_map = 1.0e8;
+
 // No more values than this can stand in a text: one for each byte, but for repeat counts and for
 // slashes, which end a row wherever they stand.
-double most_values(std::string_view text, int columns) {
+double most_values(std::string_view text, const MapHeader& header) {
     auto most = static_cast<double>(text.size()) + 1.0;
+    if (value_count(header) > largest_short_map) {
+        return most;
+    }
     for (std::size_t at = text.find('/'); at != std::string_view::npos;
          at = text.find('/', at + 1)) {
-        most += columns;
+        most += header.columns;
     }
     for (std::size_t at = text.find('*'); at != std::string_view::npos;
          at = text.find('*', at + 1)) {
@@ -172,12 +183,15 @@ struct Peak {
 std::shared_ptr<const Field2> read_values(ListInput& input, double most, const MapHeader& header,
                                           const std::string& path, const MapRole& role,
                                           Peak& peak) {
-    const double count = static_cast<double>(header.columns) * static_cast<double>(header.rows);
+    const double count = value_count(header);
     const std::string size = std::to_string(header.columns) + " columns (n_lon) by " +
                              std::to_string(header.rows) + " rows (n_lat)";
     if (count > most) {
         stop_read(role, "the data are too short for " + size, place(path, input.line()),
-                  "correct the counts, or complete the map");
+                  count > largest_short_map
+                      ? "correct the counts, or complete the map; one so large takes no repeat "
+                        "counts or slashes"
+                      : "correct the counts, or complete the map");
     }
     require_memory(count * sizeof(float), "its values take", path, role);
 
@@ -230,7 +244,8 @@ std::shared_ptr<const ParsedMap> read_map_file(const std::string& path, const Ma
         return last;
     }
     const Bytes bytes = read_all(file, identity, role);
-    ListInput input(bytes.text());
+    const std::string_view text = without_byte_order_mark(bytes.text());
+    ListInput input(text);
     const MapHeader header = read_map_header(input);
     if (header.error != 0) {
         stop(role.code + header.error, std::string(role.name) + ": " + header.problem,
@@ -239,8 +254,7 @@ std::shared_ptr<const ParsedMap> read_map_file(const std::string& path, const Ma
              "base_longitude, base_latitude and the line --DATA--");
     }
     Peak peak;
-    auto values =
-        read_values(input, most_values(bytes.text(), header.columns), header, path, role, peak);
+    auto values = read_values(input, most_values(text, header), header, path, role, peak);
     warn_of_signs("base_longitude", header.base_longitude, path, log);
     warn_of_signs("base_latitude", header.base_latitude, path, log);
     if (peak.line > 0) {

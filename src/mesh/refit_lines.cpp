@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cmath>
-#include <fstream>
 #include <optional>
 #include <span>
 #include <string>
@@ -13,6 +12,7 @@
 #include "base/list_input.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
+#include "base/whole_file.hpp"
 
 namespace torvex {
 
@@ -105,9 +105,9 @@ Line1 refitted(const Line1& line, std::span<const Anchor> anchors, const MeshLog
 }
 
 void write_lines(const MeshLines& lines) {
-    std::ofstream file(refitted_name, std::ios::binary | std::ios::trunc);
-    const auto integer = [&file](int value) { file << edit::I(value, 8) << '\n'; };
-    const auto real = [&file](float value) { file << edit::E(value, 16, 8) << '\n'; };
+    std::string text;
+    const auto integer = [&text](int value) { text += edit::I(value, 8) + '\n'; };
+    const auto real = [&text](float value) { text += edit::E(value, 16, 8) + '\n'; };
     const int c = lines.i_centre;
     const int d = lines.j_centre;
     integer(lines.nx + 1);
@@ -116,22 +116,18 @@ void write_lines(const MeshLines& lines) {
     real(lines.x_line(c - lines.n_inner));
     real(lines.x_line(c));
     real(lines.x_line(c + lines.n_inner));
-    file << "#==y==\n";
+    text += "#==y==\n";
     real(lines.y_line(d));
     real(lines.y_line(d + lines.n_inner));
-    file << "#==x(i)==\n";
+    text += "#==x(i)==\n";
     for (const float x : lines.x_line.values()) {
         real(x);
     }
-    file << "#==y(j)==\n";
+    text += "#==y(j)==\n";
     for (const float y : lines.y_line.values()) {
         real(y);
     }
-    file.close();
-    if (!file) {
-        stop(1, "cannot write the refitted mesh lines", refitted_name,
-             "the case directory must be writable");
-    }
+    write_text_file_whole(refitted_name, text);
 }
 
 }  // namespace

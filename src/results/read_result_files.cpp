@@ -1,5 +1,6 @@
 #include <limits>
 #include <optional>
+#include <string>
 
 #include "base/assertion.hpp"
 #include "base/edit.hpp"
@@ -203,6 +204,11 @@ StoredResult read_vpkeout(const std::string& path, int turbulence_model, const R
     file.read_arrays(*f.u, *f.v, *f.w, *f.p, *f.tke, *f.ted, *f.flxU, *f.flxV, *f.flxW, *f.vis,
                      *f.pp);
     file.read(result.outer_count);
+    if (result.outer_count < 0) {
+        stop(codes.extents,
+             "the iteration is " + std::to_string(result.outer_count) + ", expected 0 or more",
+             path, codes.fix);
+    }
     file.read(result.max_resid_m);
     if (result.id == 122 && turbulence_model == 2) {
         file.read_arrays(*f.lm);

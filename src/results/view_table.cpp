@@ -24,6 +24,19 @@ namespace {
 constexpr int slot_length = 120;
 using SlotBytes = std::array<char, slot_length>;
 
+// Four hundred times the rows of a long run. What is larger is no table, and blanking or copying it
+// would fill the disk.
+constexpr off_t largest_table = off_t{4000000} * slot_length;
+
+void require_table_size(off_t bytes, const std::string& path) {
+    if (bytes > largest_table) {
+        stop(1,
+             "the monitor file has " + std::to_string(bytes) + " bytes, expected " +
+                 std::to_string(largest_table) + " at most",
+             path, "remove it: no run writes so many rows");
+    }
+}
+
 off_t slot_offset(int n) {
     return static_cast<off_t>(n - 1) * slot_length;
 }
@@ -71,6 +84,7 @@ int ViewTable::slots() const {
     if (fstat(descriptor_, &status) != 0) {
         fail("examine", path_);
     }
+    require_table_size(status.st_size, path_);
     const off_t whole = status.st_size / slot_length;
     return static_cast<int>(std::min<off_t>(whole, std::numeric_limits<int>::max()));
 }
@@ -120,6 +134,16 @@ void ViewTable::write_last(std::string_view row) {
     write_slot(count(), row);
 }
 
+bool table_is_held(const std::string& path) {
+    const int descriptor = ::open(path.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) {
+        return false;
+    }
+    const bool held = flock(descriptor, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    ::close(descriptor);
+    return held;
+}
+
 void clear_view_log(ViewTable& table) {
     for (int n = 2; n <= table.slots(); ++n) {
         table.write_slot(n, "");
@@ -131,6 +155,10 @@ bool copy_view_log(const std::string& from, const std::string& to) {
     std::error_code error;
     if (!std::filesystem::exists(from, error)) {
         return false;
+    }
+    const std::uintmax_t bytes = std::filesystem::file_size(from, error);
+    if (!error) {
+        require_table_size(static_cast<off_t>(bytes), from);
     }
     std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
     if (error) {

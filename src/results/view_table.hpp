@@ -46,6 +46,9 @@ class ViewTable {
     std::string path_;
 };
 
+// True if a run has the table of this name open. Nothing is changed or created.
+bool table_is_held(const std::string& path);
+
 // Blanks all slots but the first and sets the count to 1.
 void clear_view_log(ViewTable& table);
 

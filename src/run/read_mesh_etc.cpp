@@ -16,21 +16,19 @@
 
 #include "run/read_mesh_etc.hpp"
 
-#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <string>
 #include <system_error>
 
-#include "base/edit.hpp"
 #include "base/stop.hpp"
-#include "base/text_file.hpp"
 #include "canopy/canopy_file.hpp"
 #include "mesh/cell_geometry.hpp"
 #include "mesh/check_given_mesh.hpp"
 #include "mesh/grid.hpp"
 #include "mesh/mesh_count_file.hpp"
 #include "results/result_files.hpp"
+#include "run/check_fields.hpp"
 #include "run/stored_start.hpp"
 #include "solver/equilibrium_inflow.hpp"
 #include "solver/init.hpp"
@@ -60,21 +58,6 @@ void read_nodes(const std::string& file, const MeshLines& lines, GridGeometry& g
     check_xyz(file, {.ni = lines.nx, .nj = lines.ny, .nk = lines.nz}, given_xyz_codes);
     allocate_nodes(grid, lines.nx, lines.ny, lines.nz);
     read_xyz(file, grid.xn, grid.yn, grid.zn, given_xyz_codes);
-}
-
-void check_roughness(const Field2& z0, const std::string& file) {
-    for (int j = 1; j <= z0.nj(); ++j) {
-        for (int i = 1; i <= z0.ni(); ++i) {
-            if (!(z0(i, j) > 0.0F) || !std::isfinite(z0(i, j))) {
-                stop(1,
-                     "cell (" + std::to_string(i) + ", " + std::to_string(j) +
-                         "): the roughness length is " +
-                         std::string(trimmed(edit::E(z0(i, j), 12, 4))) +
-                         " m, expected a finite value above 0",
-                     file);
-            }
-        }
-    }
 }
 
 void read_roughness(const std::string& file, const GridGeometry& grid, Field2& z0) {

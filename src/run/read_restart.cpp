@@ -4,6 +4,7 @@
 
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
+#include "run/check_fields.hpp"
 
 namespace torvex {
 
@@ -16,8 +17,12 @@ void read_restart(const Run& run, Direction& direction) {
     allocate_fields(flow, grid, model);
     flow.z0.allocate(grid.ni, grid.nj);
 
-    read_xyz(stem + std::string(xyz_name), grid.xn, grid.yn, grid.zn);
-    read_z0(stem + std::string(z0_name), flow.z0);
+    const std::string xyz = stem + std::string(xyz_name);
+    const std::string z0 = stem + std::string(z0_name);
+    read_xyz(xyz, grid.xn, grid.yn, grid.zn);
+    check_nodes(grid, xyz, xyz_codes.extents);
+    read_z0(z0, flow.z0);
+    check_roughness(flow.z0, z0, z0_codes.extents);
 
     direction.outer_count = 0;
     direction.tested.k = 0.0F;

@@ -2,6 +2,8 @@
 
 #include "run/run_torvex.hpp"
 
+#include <algorithm>
+#include <array>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -22,6 +24,7 @@
 #include "run/case_checks.hpp"
 #include "run/case_directory.hpp"
 #include "run/case_file.hpp"
+#include "run/check_fields.hpp"
 #include "run/command_line.hpp"
 #include "run/control_files.hpp"
 #include "run/criteria.hpp"
@@ -44,6 +47,7 @@ namespace {
 
 constexpr const char* version = "5.0176";
 constexpr const char* log_file = "torvex.log";
+const std::string directions_name = "view-wind_direction.dat";
 
 CaseText find_case(const std::vector<std::string>& arguments) {
     const std::string case_file = full_path(case_file_argument(arguments));
@@ -78,7 +82,7 @@ void read_settings(const CaseText& file, Run& run) {
 void open_directions_table(Run& run) {
     using Existing = ViewTable::Existing;
     try {
-        run.directions.open(run.settings.run_prefix + "view-wind_direction.dat",
+        run.directions.open(run.settings.run_prefix + directions_name,
                             run.settings.RESTART_FLAG == 0 ? Existing::discard : Existing::keep);
     } catch (const Stop&) {
         run.log.discard();
@@ -134,8 +138,8 @@ void prepare_canopy(Run& run, Direction& direction) {
     const GridGeometry& grid = direction.grid;
     FlowState& flow = direction.flow;
     flow.z0.allocate(grid.ni, grid.nj, least_roughness);
-    read_canopy_file(direction.restart_stem + std::string(canopy_file_name), run.settings.canopy,
-                     run.canopy,
+    const std::string file = direction.restart_stem + std::string(canopy_file_name);
+    read_canopy_file(file, run.settings.canopy, run.canopy,
                      {.ni = grid.ni,
                       .nj = grid.nj,
                       .nk = grid.nk,
@@ -143,6 +147,7 @@ void prepare_canopy(Run& run, Direction& direction) {
                       .gp_k = flow.gp_k,
                       .gp_e = flow.gp_e,
                       .z0_out = &flow.z0});
+    check_roughness(flow.z0, file);
     calc_sbz_roughness2(roughness_pass(run, direction), run.upwind, flow.z0);
     write_z0(direction.restart_stem, flow.z0);
 }
@@ -283,10 +288,18 @@ int run_case(const std::vector<std::string>& arguments, const Solve& solve, Run&
     return stopped ? 2 : 0;
 }
 
-// A case that cannot be read ends before the log is open; what was told until then belongs there.
-// The run has already failed for a reason that is told, so a log that cannot be opened is let go.
+// True if some run is at work in the current directory, under whatever prefix.
+bool directory_is_taken() {
+    constexpr std::array prefixes{"", "atlas-", "flat-", "flat2-", "nest-"};
+    return std::ranges::any_of(
+        prefixes, [](const char* prefix) { return table_is_held(prefix + directions_name); });
+}
+
+// A case that cannot be read ends before the log is open; what was told until then belongs there,
+// unless it is the log of another run. The run has already failed for a reason that is told, so a
+// log that cannot be opened is let go.
 void save_log(RunLog& log) {
-    if (log.is_open() || log.kept().empty()) {
+    if (log.is_open() || log.kept().empty() || directory_is_taken()) {
         return;
     }
     try {

@@ -93,8 +93,7 @@ InflowProfile read_inflow_profile(const CaseSettings& settings) {
              "name an existing text file in INFLOW_PROFILE_FILE, or set SPECIFY_INFLOW_PROFILE to "
              "false");
     }
-    return settings.INFLOW_PROFILE_TABLE ? read_table(path, *file)
-                                         : read_tpd(path, without_byte_order_mark(*file));
+    return settings.INFLOW_PROFILE_TABLE ? read_table(path, *file) : read_tpd(path, *file);
 }
 
 }  // namespace torvex

@@ -56,7 +56,7 @@ std::optional<TableFault> read_profile_table(std::string_view text, std::size_t 
     const std::vector<float>& height = table.columns[0];
     std::vector<float> row(columns);
     long number = 0;
-    for (const std::string_view line : split_lines(without_byte_order_mark(text))) {
+    for (const std::string_view line : split_lines(text)) {
         ++number;
         const bool below_header = !height.empty();
         if (!begins_with_number(line) && !(below_header && looks_like_number(line))) {
@@ -80,11 +80,6 @@ std::optional<TableFault> read_profile_table(std::string_view text, std::size_t 
         return TableFault{std::max(number, 1L), "no line begins with a number"};
     }
     return std::nullopt;
-}
-
-std::string_view without_byte_order_mark(std::string_view text) {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
-    return text.starts_with(mark) ? text.substr(mark.size()) : text;
 }
 
 ProfilePlace place_in(const std::vector<float>& height, float h) {

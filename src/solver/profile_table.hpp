@@ -32,9 +32,6 @@ std::optional<TableFault> read_profile_line(std::string_view line, long number,
 
 bool all_finite(std::span<const float> values);
 
-// Without the mark that some editors put in front, which would turn a first row into a header.
-std::string_view without_byte_order_mark(std::string_view text);
-
 // A place between two levels of a profile.
 struct ProfilePlace {
     std::size_t level = 0;  // the lower level, from 0

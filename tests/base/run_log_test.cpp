@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <ctime>
 #include <filesystem>
@@ -115,6 +116,15 @@ TEST(RunLog, StopsWhereItCannotBeOpened) {
     }
     EXPECT_FALSE(log.is_open());
     EXPECT_EQ(log.kept(), "kept\n");
+}
+
+// Opening a pipe that nobody reads would wait for ever.
+TEST(RunLog, StopsAtAPipeThatNobodyReads) {
+    const test::TemporaryDirectory directory;
+    ASSERT_EQ(::mkfifo(directory.file("torvex.log").c_str(), 0600), 0);
+    RunLog log;
+    EXPECT_THROW(log.open(directory.file("torvex.log")), Stop);
+    EXPECT_FALSE(log.is_open());
 }
 
 TEST(RunLog, StopsWhereTheDiskIsFull) {

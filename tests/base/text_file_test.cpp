@@ -7,6 +7,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 
 #include "support/temporary_directory.hpp"
 
@@ -63,6 +64,26 @@ TEST(ReadTextFile, AFileWithoutReadPermissionGivesNothing) {
     directory.write("closed.txt", "a");
     std::filesystem::permissions(directory.file("closed.txt"), std::filesystem::perms::none);
     EXPECT_FALSE(read_text_file(directory.file("closed.txt")).has_value());
+}
+
+TEST(ReadTextFile, LeavesOutTheMarkThatSomeEditorsPutInFront) {
+    const test::TemporaryDirectory directory;
+    for (const auto& [bytes, text] : {std::pair{"\xEF\xBB\xBF&A", "&A"},
+                                      {"\xEF\xBB\xBF", ""},
+                                      {"\xEF\xBB", "\xEF\xBB"},
+                                      {"a\xEF\xBB\xBF", "a\xEF\xBB\xBF"},
+                                      {"\xEF\xBB\xBF\xEF\xBB\xBF", "\xEF\xBB\xBF"}}) {
+        directory.write("some.txt", bytes);
+        EXPECT_EQ(read_text_file(directory.file("some.txt")), text);
+    }
+}
+
+// Hundreds of gigabytes of nothing take no room on the disk, but would take all memory.
+TEST(ReadTextFile, AFileLargerThanAnyTextGivesNothing) {
+    const test::TemporaryDirectory directory;
+    directory.write("hole.txt", "");
+    std::filesystem::resize_file(directory.file("hole.txt"), largest_text_bytes + 1);
+    EXPECT_FALSE(read_text_file(directory.file("hole.txt")).has_value());
 }
 
 TEST(SplitLines, TakesBothLineEndsAndNone) {

@@ -146,6 +146,17 @@ TEST(WholeFile, ReadOnlyDirectoryStopsAndKeepsTheEarlierFile) {
     fs::permissions(dir.path() / "sub", fs::perms(0755));
 }
 
+TEST(WholeFile, DirectoryInPlaceOfTheTemporaryFileIsNamed) {
+    const TemporaryDirectory dir;
+    dir.write("a", "earlier");
+    std::filesystem::create_directory(dir.path() / "a.tmp");
+    const std::optional<Stop> s = stop_of([&] { write_text_file_whole(dir.file("a"), "text"); });
+    ASSERT_TRUE(s);
+    EXPECT_EQ(s->code(), 1);
+    EXPECT_EQ(s->where(), dir.file("a.tmp"));
+    EXPECT_EQ(dir.read("a"), "earlier");
+}
+
 TEST(WholeFile, DirectoryOfThatNameStopsAndIsKept) {
     const TemporaryDirectory dir;
     std::filesystem::create_directory(dir.path() / "a");

@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <vector>
@@ -302,15 +304,29 @@ TEST_F(LoadMaps, BadMapsStopWithTheCodesOfTheirRole) {
 }
 
 TEST_F(LoadMaps, AMapBeyondTheMemoryOfTheMachineIsRefused) {
-    // 200 rows that a slash leaves at zero: the notation allows it, 1.7 TB of it are too much.
-    std::string data;
-    for (int j = 0; j < 200; ++j) {
-        data += "/\n";
-    }
-    directory.write("h.map", map_text(data, "", "n_lon = 2147483647, n_lat = 200"));
+    write_good_maps();
+    std::filesystem::resize_file(directory.file("h.map"), std::uintmax_t{1} << 43);
     const Stop s = stop_of([this] { load(); });
     EXPECT_EQ(s.code(), 113);
-    EXPECT_THAT(s.reason(), HasSubstr("1718.0 GB"));
+    EXPECT_THAT(s.reason(), HasSubstr("8796.1 GB"));
+    EXPECT_EQ(s.where(), directory.file("h.map"));
+}
+
+// The notation would allow it, at the price of gigabytes for a few bytes.
+TEST_F(LoadMaps, ALargeMapMayNotBeWrittenInShort) {
+    const std::string counts = "n_lon = 50000001, n_lat = 2";
+    for (const char* data : {"/\n/\n", "50000001*1\n50000001*1\n"}) {
+        directory.write("h.map", map_text(data, "", counts));
+        const Stop s = stop_of([this] { load(); });
+        EXPECT_EQ(s.code(), 113);
+        EXPECT_THAT(s.reason(), HasSubstr("the data are too short for 50000001 columns"));
+        EXPECT_THAT(s.fix(), HasSubstr("no repeat counts or slashes"));
+    }
+}
+
+TEST_F(LoadMaps, TheMarkThatSomeEditorsPutInFrontIsPassedOver) {
+    directory.write("h.map", "\xEF\xBB\xBF" + map_text("1 2 3\n4 5 6\n"));
+    EXPECT_EQ((*load().basic_h.values)(3, 2), 6.0F);
 }
 
 TEST_F(LoadMaps, FilesThatCannotBeOpenedStopWithTheFirstCode) {

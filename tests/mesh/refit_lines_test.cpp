@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 
 #include "mesh/mesh_line_file.hpp"
@@ -71,6 +72,14 @@ TEST_F(RefitLines, RefittedLinesAreWrittenAsAMeshLineFile) {
     EXPECT_EQ(again.y_line.values(), lines.y_line.values());
     EXPECT_EQ(again.n_add, lines.n_add);
     EXPECT_EQ(again.n_inner, lines.n_inner);
+}
+
+TEST_F(RefitLines, LinesThatCannotBeWrittenEndTheRun) {
+    directory.write("log-meshnumber", good_log());
+    std::filesystem::create_directory(directory.path() / "tmp");
+    const Stop stop = stop_of([&] { refit_lines(settings, log, lines); });
+    EXPECT_EQ(stop.code(), 1);
+    EXPECT_EQ(stop.where(), "tmp");
 }
 
 TEST_F(RefitLines, WithoutAMeshLogNothingChanges) {

@@ -151,6 +151,19 @@ TEST(ReadVpkeout, TheCountIsThatOfTheFileAndNotOfItsName) {
               100);
 }
 
+TEST(ReadVpkeout, NegativeCountIs232) {
+    const TemporaryDirectory dir;
+    for (const std::int32_t count : {-1, std::numeric_limits<std::int32_t>::min()}) {
+        write_vpkeout(dir.file(""), count, 0.5F, 1, Flow::filled().source());
+        Flow flow = Flow::blank();
+        const auto s =
+            stop_of([&] { read_vpkeout(dir.file("vpkeout_*****.tuf"), 1, flow.target()); });
+        ASSERT_TRUE(s) << count;
+        EXPECT_EQ(s->code(), 232);
+        EXPECT_THAT(s->reason(), HasSubstr("the iteration is " + std::to_string(count)));
+    }
+}
+
 TEST(ReadVpkeout, MissingFileIs231) {
     const TemporaryDirectory dir;
     Flow flow = Flow::blank();

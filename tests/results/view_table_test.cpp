@@ -8,6 +8,10 @@
 #include <sys/file.h>
 #include <unistd.h>
 
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+
 #include "support/failures.hpp"
 #include "support/file_descriptors.hpp"
 #include "support/temporary_directory.hpp"
@@ -197,6 +201,34 @@ TEST_F(ViewTableTest, FailedCloseIsTold) {
     EXPECT_FALSE(table.close());
     EXPECT_FALSE(table.is_open());
     EXPECT_TRUE(table.close()) << "a closed table closes well";
+}
+
+// A table of a terabyte takes no room on the disk until somebody blanks or copies it.
+TEST_F(ViewTableTest, OneLargerThanAnyIsRefusedAndLeftAlone) {
+    constexpr std::uintmax_t bytes_of_one = std::uintmax_t{1} << 40;
+    write("");
+    std::filesystem::resize_file(path, bytes_of_one);
+    for (const auto& call :
+         {std::function<void()>([&] { table.open(path, Existing::keep); }),
+          std::function<void()>([&] { copy_view_log(path, directory.file("copy.dat")); })}) {
+        const auto stopped = stop_of(call);
+        ASSERT_TRUE(stopped);
+        EXPECT_EQ(stopped->code(), 1);
+        EXPECT_THAT(stopped->reason(), HasSubstr("has 1099511627776 bytes"));
+        EXPECT_EQ(stopped->where(), path);
+        EXPECT_EQ(std::filesystem::file_size(path), bytes_of_one);
+        EXPECT_FALSE(directory.has("copy.dat"));
+    }
+}
+
+TEST_F(ViewTableTest, IsHeldForAsLongAsItIsOpen) {
+    EXPECT_FALSE(table_is_held(path));
+    EXPECT_FALSE(directory.has("table.dat"));
+    open();
+    EXPECT_TRUE(table_is_held(path));
+    table.close();
+    EXPECT_FALSE(table_is_held(path));
+    EXPECT_FALSE(table_is_held(directory.path().string()));
 }
 
 TEST_F(ViewTableTest, CopyTakesTheWholeFile) {

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <functional>
+#include <limits>
 #include <string>
 #include <utility>
 
@@ -511,6 +512,20 @@ TEST_F(Canopy, FileOfAnotherMeshEndsTheRun) {
     EXPECT_THAT(ran.err,
                 testing::StartsWith("Error: File Inconsistency.\n  in restart-270_0-ccd.tuf"
                                     ": the counts are 23 x 33 x "));
+}
+
+TEST_F(Canopy, RoughnessThatIsNotAboveZeroEndsTheRun) {
+    CanopyRecords records = records_of_wood();
+    for (const float bad : {0.0F, -0.1F, std::numeric_limits<float>::infinity(),
+                            std::numeric_limits<float>::quiet_NaN()}) {
+        records.gp_z0(5, 4) = bad;
+        write_canopy_file(directory.file(canopy_path), records);
+        write_small_case(iterations(0), block());
+        const ProgramRun ran = run();
+        EXPECT_EQ(ran.status, 1);
+        EXPECT_THAT(ran.err, testing::StartsWith("cell (5, 4): the roughness length is "));
+        EXPECT_THAT(ran.err, HasSubstr("\n  in restart-270_0-ccd.tuf"));
+    }
 }
 
 TEST_F(Canopy, OtherModesAreRefused) {

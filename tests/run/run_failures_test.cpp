@@ -54,6 +54,26 @@ TEST_F(RunFailures, SecondRunInADirectoryChangesNotAByte) {
     }
 }
 
+TEST_F(RunFailures, BadCaseInADirectoryThatIsTakenLeavesNoTrace) {
+    for (const char* held : {"view-wind_direction.dat", "flat2-view-wind_direction.dat"}) {
+        write_case(one_direction);
+        ASSERT_EQ(run().status, 0);
+        directory.write(held, directory.read(table));
+        for (const CaseItems& items :
+             {CaseItems{{"NML_ER", "BOGUS = 1"}}, CaseItems{{"NML_MONITOR", "MONITOR_STEP = 0"}}}) {
+            write_case(items);
+            const auto before = files_below(directory.path());
+            {
+                const HeldLock lock(held);
+                EXPECT_EQ(run().status, 1);
+                EXPECT_EQ(files_below(directory.path()), before) << held;
+            }
+            EXPECT_EQ(run().status, 1);
+            EXPECT_NE(files_below(directory.path()), before) << "alone it tells its log";
+        }
+    }
+}
+
 TEST_F(RunFailures, RunsOfDifferentPrefixShareADirectory) {
     write_case(one_direction);
     ASSERT_EQ(run().status, 0);

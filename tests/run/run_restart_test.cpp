@@ -4,6 +4,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+
+#include "results/result_files.hpp"
 #include "run/run_fixture.hpp"
 
 namespace torvex::test {
@@ -136,6 +139,30 @@ TEST_F(RunRestart, UnreadableCountMeansTheDefaultPath) {
         EXPECT_THAT(ran.out, Not(HasSubstr(resume_text))) << info;
         EXPECT_EQ(slot(table, 2), "  0.0 2") << info;
     }
+}
+
+// Such values would show later only, as a direction that diverges.
+TEST_F(RunRestart, MeshOrRoughnessThatIsNoUseIsRefused) {
+    directory.write(info_of_first, "0\n 1.0 1.0 1.0 1.0\n");
+    const Extents n = read_extents("restart-000_0-xyz.tuf", xyz_codes);
+    Field3 x(n.ni, n.nj, n.nk, 1.0F);
+    Field3 z = x;
+    z(2, 3, 1) = std::numeric_limits<float>::quiet_NaN();
+    const std::string good = directory.read("restart-000_0-xyz.tuf");
+    write_xyz("restart-000_0-", x, x, z);
+    ProgramRun ran = run_again("1");
+    EXPECT_EQ(ran.status, 212);
+    EXPECT_THAT(ran.err, HasSubstr("node (2, 3, 1): z is no finite number\n"
+                                   "  in restart-000_0-xyz.tuf"));
+    directory.write("restart-000_0-xyz.tuf", good);
+
+    Field2 z0(n.ni + 1, n.nj + 1, 0.03F);
+    z0(4, 2) = -0.03F;
+    write_z0("restart-000_0-", z0);
+    ran = run_again("1");
+    EXPECT_EQ(ran.status, 222);
+    EXPECT_THAT(ran.err, HasSubstr("cell (4, 2): the roughness length is -0.3000E-01 m"));
+    EXPECT_THAT(ran.err, HasSubstr("in restart-000_0-z0.tuf"));
 }
 
 TEST_F(RunRestart, OtherFlagsTakeNoSavedState) {
