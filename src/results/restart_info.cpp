@@ -1,10 +1,15 @@
 #include "results/restart_info.hpp"
 
+#include <unistd.h>
+
+#include <cerrno>
 #include <limits>
 #include <string_view>
+#include <system_error>
 
 #include "base/edit.hpp"
 #include "base/list_input.hpp"
+#include "base/stop.hpp"
 #include "base/text_file.hpp"
 #include "base/value_scanner.hpp"
 #include "base/whole_file.hpp"
@@ -48,6 +53,13 @@ void write_restart_info(RestartInfoName& last, const std::string& stem, const Re
         last.path = stem + "restart.info";
     }
     write_restart_file(last.path, info);
+}
+
+void forget_restart_info(const std::string& path) {
+    if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
+        stop(1, "the file cannot be removed: " + std::generic_category().message(errno), path,
+             "remove it by hand");
+    }
 }
 
 std::optional<RestartInfo> read_restart_info(const std::string& path) {

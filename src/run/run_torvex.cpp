@@ -208,6 +208,7 @@ void prepare_from_maps(Run& run, Direction& direction) {
     const DirectionMaps maps = load_maps(run.settings, direction.iwd, run.maps, run.log);
     GridGeometry& grid = direction.grid;
     MAKE_MESH(run.settings, run.lines, maps, direction.iwd, run.log, grid);
+    forget_restart_info(direction.restart_stem + "restart.info");
     write_xyz(direction.restart_stem, grid.xn, grid.yn, grid.zn);
     make_cell_geometry(direction);
     if (run.settings.canopy.canopy_mode != 1) {

@@ -11,8 +11,6 @@
 #include <stdexcept>
 #include <thread>
 
-#include "support/temporary_directory.hpp"
-
 namespace torvex::test {
 
 namespace {
@@ -41,37 +39,61 @@ namespace {
 
 }  // namespace
 
-ProgramRun run_program(const std::string& program, const std::vector<std::string>& arguments,
-                       const std::filesystem::path& directory, int seconds) {
-    const TemporaryDirectory console;
-    const pid_t child = fork();
-    if (child < 0) {
+StartedProgram::StartedProgram(const std::string& program,
+                               const std::vector<std::string>& arguments,
+                               const std::filesystem::path& directory)
+    : child_(fork()) {
+    if (child_ < 0) {
         throw std::runtime_error("cannot fork");
     }
-    if (child == 0) {
-        become(program, arguments, directory, console.file("out"), console.file("err"));
+    if (child_ == 0) {
+        become(program, arguments, directory, console_.file("out"), console_.file("err"));
     }
+}
 
+StartedProgram::~StartedProgram() {
+    kill();
+}
+
+bool StartedProgram::running() {
+    if (!ended_ && waitpid(child_, &status_, WNOHANG) == child_) {
+        ended_ = true;
+    }
+    return !ended_;
+}
+
+void StartedProgram::kill() {
+    if (!ended_) {
+        ::kill(child_, SIGKILL);
+        waitpid(child_, &status_, 0);
+        ended_ = true;
+    }
+}
+
+ProgramRun StartedProgram::wait(int seconds) {
     ProgramRun run;
-    int status = 0;
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
-    while (waitpid(child, &status, WNOHANG) == 0) {
+    while (running()) {
         if (std::chrono::steady_clock::now() > limit) {
             run.timed_out = true;
-            kill(child, SIGKILL);
-            waitpid(child, &status, 0);
+            kill();
             break;
         }
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
-    if (WIFEXITED(status)) {
-        run.status = WEXITSTATUS(status);
-    } else if (WIFSIGNALED(status)) {
-        run.signal = WTERMSIG(status);
+    if (WIFEXITED(status_)) {
+        run.status = WEXITSTATUS(status_);
+    } else if (WIFSIGNALED(status_)) {
+        run.signal = WTERMSIG(status_);
     }
-    run.out = console.read("out");
-    run.err = console.read("err");
+    run.out = console_.read("out");
+    run.err = console_.read("err");
     return run;
+}
+
+ProgramRun run_program(const std::string& program, const std::vector<std::string>& arguments,
+                       const std::filesystem::path& directory, int seconds) {
+    return StartedProgram(program, arguments, directory).wait(seconds);
 }
 
 std::string torvex_program() {

@@ -1,8 +1,12 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
+
+#include "support/temporary_directory.hpp"
 
 namespace torvex::test {
 
@@ -13,6 +17,26 @@ struct ProgramRun {
     bool timed_out = false;  // killed after the time limit
     std::string out;         // standard output
     std::string err;         // standard error
+};
+
+// A program at work in a directory, killed with its owner if it still runs then.
+class StartedProgram {
+ public:
+    StartedProgram(const std::string& program, const std::vector<std::string>& arguments,
+                   const std::filesystem::path& directory);
+    ~StartedProgram();
+    StartedProgram(const StartedProgram&) = delete;
+    StartedProgram& operator=(const StartedProgram&) = delete;
+
+    bool running();
+    void kill();  // as a power failure would, without a chance to tidy up
+    ProgramRun wait(int seconds = 60);
+
+ private:
+    TemporaryDirectory console_;
+    pid_t child_;
+    int status_ = 0;
+    bool ended_ = false;
 };
 
 // Runs a program in a directory and waits for its end, at most `seconds`.
