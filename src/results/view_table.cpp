@@ -9,8 +9,8 @@
 #include <array>
 #include <cerrno>
 #include <cstring>
-#include <filesystem>
 #include <limits>
+#include <system_error>
 
 #include "base/edit.hpp"
 #include "base/stop.hpp"
@@ -35,6 +35,30 @@ void require_table_size(off_t bytes, const std::string& path) {
                  std::to_string(largest_table) + " at most",
              path, "remove it: no run writes so many rows");
     }
+}
+
+struct Descriptor {
+    explicit Descriptor(int opened) : number(opened) {}
+    ~Descriptor() {
+        if (number >= 0) {
+            ::close(number);
+        }
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int number;
+};
+
+bool write_all(int descriptor, std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t put = ::write(descriptor, bytes.data(), bytes.size());
+        if (put < 0) {
+            return false;
+        }
+        bytes.remove_prefix(static_cast<std::size_t>(put));
+    }
+    return true;
 }
 
 off_t slot_offset(int n) {
@@ -151,18 +175,41 @@ void clear_view_log(ViewTable& table) {
     table.write_count(1);
 }
 
+// By hand, since the library's copy also wants to set the mode of the file that it overwrites,
+// which only its owner may.
 bool copy_view_log(const std::string& from, const std::string& to) {
-    std::error_code error;
-    if (!std::filesystem::exists(from, error)) {
+    const auto refuse = [&](int error) {
+        stop(1,
+             "cannot copy the monitor file \"" + from +
+                 "\": " + std::generic_category().message(error),
+             to);
+    };
+    const Descriptor source(::open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (source.number < 0 && errno == ENOENT) {
         return false;
     }
-    const std::uintmax_t bytes = std::filesystem::file_size(from, error);
-    if (!error) {
-        require_table_size(static_cast<off_t>(bytes), from);
+    struct stat status {};
+    if (source.number < 0 || fstat(source.number, &status) != 0) {
+        refuse(errno);
     }
-    std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing, error);
-    if (error) {
-        stop(1, "cannot copy the monitor file \"" + from + "\": " + error.message(), to);
+    if (!S_ISREG(status.st_mode)) {
+        refuse(EINVAL);
+    }
+    require_table_size(status.st_size, from);
+    const Descriptor target(
+        ::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0644));
+    if (target.number < 0) {
+        refuse(errno);
+    }
+    std::array<char, 65536> piece{};
+    ssize_t got = 0;
+    while ((got = ::read(source.number, piece.data(), piece.size())) > 0) {
+        if (!write_all(target.number, {piece.data(), static_cast<std::size_t>(got)})) {
+            refuse(errno);
+        }
+    }
+    if (got < 0) {
+        refuse(errno);
     }
     return true;
 }

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdint>
@@ -251,6 +252,36 @@ TEST_F(ViewTableTest, CopyKeepsItsPlaceOnDisk) {
     EXPECT_TRUE(copy_view_log(path, directory.file("copy.dat")));
     EXPECT_EQ(lseek(viewer, 0, SEEK_END), 240);
     ::close(viewer);
+}
+
+TEST_F(ViewTableTest, CopyMayBeWrittenOverTheFileOfAnotherUser) {
+    write(slots({"       2", "row"}));
+    directory.write("copy.dat", "of another user");
+    namespace fs = std::filesystem;
+    fs::permissions(directory.path(), fs::perms::all);
+    fs::permissions(directory.file("copy.dat"), fs::perms(0666));
+    {
+        const test::OrdinaryUser user;
+        EXPECT_TRUE(copy_view_log(path, directory.file("copy.dat")));
+    }
+    EXPECT_EQ(directory.read("copy.dat"), bytes());
+}
+
+TEST_F(ViewTableTest, CopyOfWhatIsNoRegularFileIsRefused) {
+    ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+    const auto stopped = stop_of([&] { copy_view_log(path, directory.file("copy.dat")); });
+    ASSERT_TRUE(stopped);
+    EXPECT_THAT(stopped->what(), HasSubstr("table.dat"));
+    EXPECT_FALSE(directory.has("copy.dat"));
+}
+
+TEST_F(ViewTableTest, CopyThatFindsNoRoomIsNamed) {
+    write(slots({"       2", "row"}));
+    const test::FileSizeLimit limit(200);
+    const auto stopped = stop_of([&] { copy_view_log(path, directory.file("copy.dat")); });
+    ASSERT_TRUE(stopped);
+    EXPECT_THAT(stopped->reason(), HasSubstr("File too large"));
+    EXPECT_EQ(stopped->where(), directory.file("copy.dat"));
 }
 
 TEST_F(ViewTableTest, CopyThatCannotBeMadeIsNamed) {
