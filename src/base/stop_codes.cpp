@@ -137,22 +137,28 @@ constexpr std::array table{
              "bring the file back, or start the direction afresh with RESTART_FLAG = 0; in a user "
              "domain mend xyz_file"},
     StopCode{211, "xyz.tuf", "the id cannot be read or is not 101", "give a file of mesh nodes"},
-    StopCode{212, "xyz.tuf",
-             "the extents differ from the mesh, or an array cannot be read; differing extents are "
-             "printed first",
-             "restore the mesh keys of the earlier run, or start afresh; in a user domain compare "
-             "xyz_file with mesh_n_file"},
+    StopCode{
+        212, "xyz.tuf",
+        "the extents differ from the mesh, an array cannot be read, or a node of a resume is no "
+        "finite number; differing extents are printed first",
+        "restore the mesh keys of the earlier run, or start afresh; in a user domain compare "
+        "xyz_file with mesh_n_file"},
     StopCode{221, "z0.tuf",
              "the roughness file cannot be opened, or its id cannot be read or is not 102",
              "bring the file back, or start afresh; in a user domain mend roughness_file"},
-    StopCode{222, "z0.tuf", "the extents differ from the mesh, or the array cannot be read",
-             "restore the mesh keys of the earlier run, or start afresh; in a user domain compare "
-             "roughness_file with mesh_n_file"},
+    StopCode{
+        222, "z0.tuf",
+        "the extents differ from the mesh, the array cannot be read, or a roughness length of a "
+        "resume is not above 0",
+        "restore the mesh keys of the earlier run, or start afresh; in a user domain compare "
+        "roughness_file with mesh_n_file"},
     StopCode{231, "result file",
              "the file cannot be opened, or its id cannot be read or is none of 112, 122, 132",
              "restart.info names the file: bring it back, or start afresh"},
-    StopCode{232, "result file", "the extents differ from the mesh, or a record cannot be read",
-             "restore the mesh keys of the earlier run, or start afresh"},
+    StopCode{
+        232, "result file",
+        "the extents differ from the mesh, a record cannot be read, or the iteration is negative",
+        "restore the mesh keys of the earlier run, or start afresh"},
 };
 
 }  // namespace

@@ -35,7 +35,7 @@ struct CanopyTarget {
 // what an earlier file of these extents gave, and with nothing there *z0_out stays as it is.
 //
 // stops 1 with the text on the console: "... not found.", "Error: File Inconsistency.", "ERROR: NAN
-// detacted in ccd.tuf file."; and with the column where gp_z0 is wanted and is not above 0
+// detacted in ccd.tuf file."
 void read_canopy_file(const std::string& file_name, const CanopyParameters& parameters,
                       CanopyRecords& records, const CanopyTarget& target);
 

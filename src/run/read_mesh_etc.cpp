@@ -27,6 +27,7 @@
 #include "mesh/check_given_mesh.hpp"
 #include "mesh/grid.hpp"
 #include "mesh/mesh_count_file.hpp"
+#include "results/restart_info.hpp"
 #include "results/result_files.hpp"
 #include "run/check_fields.hpp"
 #include "run/stored_start.hpp"
@@ -171,6 +172,7 @@ void READ_MESH_ETC(Run& run, Direction& direction) {
     check_given_mesh(grid, user.xyz_file);
     read_user_canopy(run, direction);
     start_fields(run, direction);
+    forget_restart_info(direction.restart_stem + "restart.info");
     write_domain(user, direction);
     finish_start(run, direction);
 }

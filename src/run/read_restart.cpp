@@ -13,12 +13,14 @@ void read_restart(const Run& run, Direction& direction) {
     const int model = run.settings.TURBULENCE_MODEL;
     GridGeometry& grid = direction.grid;
     FlowState& flow = direction.flow;
+    const std::string xyz = stem + std::string(xyz_name);
+    const std::string z0 = stem + std::string(z0_name);
+    // Before memory is taken for counts that the file does not bear out.
+    check_xyz(xyz, {.ni = run.lines.nx, .nj = run.lines.ny, .nk = run.lines.nz});
     allocate_nodes(grid, run.lines.nx, run.lines.ny, run.lines.nz);
     allocate_fields(flow, grid, model);
     flow.z0.allocate(grid.ni, grid.nj);
 
-    const std::string xyz = stem + std::string(xyz_name);
-    const std::string z0 = stem + std::string(z0_name);
     read_xyz(xyz, grid.xn, grid.yn, grid.zn);
     check_nodes(grid, xyz, xyz_codes.extents);
     read_z0(z0, flow.z0);

@@ -20,6 +20,7 @@
 #include "canopy/canopy_file.hpp"
 #include "maps/load_maps.hpp"
 #include "maps/map_file.hpp"
+#include "mesh/mesh_count_file.hpp"
 #include "mesh/mesh_line_file.hpp"
 #include "mesh/refit_lines.hpp"
 #include "results/restart_info.hpp"
@@ -88,6 +89,7 @@ void make_files(const TemporaryDirectory& directory, const std::string& example)
     directory.write("profile.txt",
                     "height u tke\n10 5.5 1.25\n50 8 1.1 remark\n200.0 1.1E+01 0.9\n");
     directory.write("alpha.txt", "3\n0 0.2\n180.0 0.3\n270 0.15\n");
+    directory.write("counts.txt", "35\n24\n14\n");
     directory.write("#OutputIntermediateCount", "100\n");
     directory.write("view-monitor-000_0.dat", directory.read("view-convergence-000_0.dat"));
 }
@@ -188,6 +190,7 @@ std::vector<Kind> kinds_of_texts(CaseSettings& settings, RunLog& log) {
             profile("sites-000_0-_INFLOW_PROFILE.tpd", false),
             {"alpha.txt", Kind::Form::text, [&settings] { read_alpha_table(settings); }},
             {"tmp", Kind::Form::text, [] { read_mesh_line_file("tmp"); }},
+            {"counts.txt", Kind::Form::text, [] { read_mesh_counts("counts.txt"); }},
             {"log-meshnumber", Kind::Form::text,
              [&settings, &log, lines] {
                  MeshLines moved = lines;

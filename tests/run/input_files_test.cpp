@@ -20,6 +20,11 @@ namespace fs = std::filesystem;
 
 const std::string stem = "restart-000_0-";
 const CaseItems resumed{{"NML_RUN", "RESTART_FLAG = 1"}};
+const CaseItems user_domain{{"NML_RUN", "TORVEX_MODE = 1"}};
+const std::string domain_block =
+    "&user_domain\nmesh_n_file = counts.txt\nxyz_file = given-xyz.tuf\n"
+    "roughness_file = given-z0.tuf\nccd_file = given-ccd.tuf\ninlet = 1\n"
+    "inflow_profile_file = table.txt\nspecify_turbulence = F\n/\n";
 const std::string with_canopy = "&canopy_parameters\ncanopy_mode = 1\n/\n";
 
 enum class Need : std::uint8_t {
@@ -63,6 +68,11 @@ std::vector<Input> inputs() {
         {stem + "xyz.tuf", resumed, {}, Need::must, true},
         {stem + "z0.tuf", resumed, {}, Need::must, true},
         {stem + "vpkeout_00002.tuf", resumed, {}, Need::must, true},
+        {"counts.txt", user_domain, domain_block},
+        {"given-xyz.tuf", user_domain, domain_block, Need::must, true},
+        {"given-z0.tuf", user_domain, domain_block, Need::must, true},
+        {"given-ccd.tuf", user_domain, domain_block, Need::must, true},
+        {"table.txt", user_domain, domain_block},
         {stem + "restart.info", resumed, {}, Need::may},
         {stem + "vpkeinp.tuf", resumed, {}, Need::may, true},
         {"view-convergence-000_0.dat", resumed, {}, Need::may},
@@ -92,6 +102,12 @@ class InputFiles : public RunTest {
         const Extents n = read_extents(stem + "xyzc.tuf", {1, 1, 1});
         const Field3 third(n.ni, n.nj, n.nk, 0.3F);
         write_canopy_file(stem + "ccd.tuf", {third, third, third, Field2(n.ni, n.nj, 0.3F)});
+        directory.write("counts.txt", std::to_string(n.ni) + "\n" + std::to_string(n.nj) + "\n" +
+                                          std::to_string(n.nk) + "\n");
+        directory.write("table.txt", "height u sigma\n10 5 1\n50 8 1\n200 10 0.5\n");
+        for (const char* name : {"xyz.tuf", "z0.tuf", "ccd.tuf"}) {
+            fs::copy_file(stem + name, std::string("given-") + name);
+        }
         good_ = files_below(directory.path());
     }
 

@@ -163,6 +163,22 @@ TEST_F(UserDomain, LeavesTheFilesOfADirection) {
     EXPECT_EQ(read_extents("restart-000_0-vpkeinp.tuf", {1, 1, 1}), (Extents{7, 6, 9}));
 }
 
+TEST_F(UserDomain, ForgetsTheStateOfAnEarlierRunBeforeItsFilesAreWritten) {
+    ASSERT_EQ(run_domain().status, 0);
+    ASSERT_TRUE(directory.has("restart-000_0-restart.info"));
+    fs::create_directory("restart-000_0-xyzc.tuf.tmp");  // ends the run while it writes them
+    EXPECT_EQ(run_domain().status, 1);
+    EXPECT_FALSE(directory.has("restart-000_0-restart.info"));
+}
+
+TEST_F(UserDomain, CountsThatTheMeshDoesNotBearOutEndAResume) {
+    ASSERT_EQ(run_domain().status, 0);
+    directory.write("counts.txt", "300\n300\n300\n");
+    const ProgramRun ran = run_domain("", {{"NML_RUN", "RESTART_FLAG = 1"}});
+    EXPECT_EQ(ran.status, 212);
+    EXPECT_THAT(ran.err, HasSubstr("restart-000_0-xyz.tuf"));
+}
+
 TEST_F(UserDomain, NeverWritesOverAFileThatItReads) {
     fs::rename("given-xyz.tuf", "restart-000_0-xyz.tuf");
     fs::rename("given-z0.tuf", "restart-000_0-z0.tuf");
