@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/edit.hpp"
@@ -29,8 +30,8 @@ struct Anchor {
 
 class MeshLog {
  public:
-    MeshLog(const std::string& path, std::string_view text)
-        : path_(path), lines_(split_lines(text)) {}
+    MeshLog(std::string path, std::string_view text)
+        : path_(std::move(path)), lines_(split_lines(text)) {}
 
     // The real at the head of a line, counted from 1.
     float real(std::size_t line) const {

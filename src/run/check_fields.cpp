@@ -25,11 +25,10 @@ void check_coordinate(const Field3& x, const char* name, const std::string& file
     }
 }
 
-}  // namespace
-
-void check_roughness(const Field2& z0, const std::string& file, int code) {
-    for (int j = 1; j <= z0.nj(); ++j) {
-        for (int i = 1; i <= z0.ni(); ++i) {
+// All columns but `margin` of them along the edge.
+void check_columns(const Field2& z0, int margin, const std::string& file, int code) {
+    for (int j = 1 + margin; j <= z0.nj() - margin; ++j) {
+        for (int i = 1 + margin; i <= z0.ni() - margin; ++i) {
             if (!(z0(i, j) > 0.0F) || !std::isfinite(z0(i, j))) {
                 stop(code,
                      "cell (" + std::to_string(i) + ", " + std::to_string(j) +
@@ -40,6 +39,16 @@ void check_roughness(const Field2& z0, const std::string& file, int code) {
             }
         }
     }
+}
+
+}  // namespace
+
+void check_roughness(const Field2& z0, const std::string& file, int code) {
+    check_columns(z0, 0, file, code);
+}
+
+void check_inner_roughness(const Field2& z0, const std::string& file) {
+    check_columns(z0, 1, file, 1);
 }
 
 void check_nodes(const GridGeometry& grid, const std::string& file, int code) {

@@ -147,7 +147,7 @@ void prepare_canopy(Run& run, Direction& direction) {
                       .gp_k = flow.gp_k,
                       .gp_e = flow.gp_e,
                       .z0_out = &flow.z0});
-    check_roughness(flow.z0, file);
+    check_inner_roughness(flow.z0, file);
     calc_sbz_roughness2(roughness_pass(run, direction), run.upwind, flow.z0);
     write_z0(direction.restart_stem, flow.z0);
 }

@@ -528,6 +528,21 @@ TEST_F(Canopy, RoughnessThatIsNotAboveZeroEndsTheRun) {
     }
 }
 
+// Ghost columns take the value of the cells beside them, whatever the file holds there.
+TEST_F(Canopy, RoughnessOfGhostColumnsIsNotLookedAt) {
+    lay_wood();
+    run_case(iterations(1));
+    const std::string expected = state(1);
+    CanopyRecords records = records_of_wood();
+    for (int i = 1; i <= records.gp_z0.ni(); ++i) {
+        records.gp_z0(i, 1) = 0.0F;
+        records.gp_z0(i, records.gp_z0.nj()) = std::numeric_limits<float>::quiet_NaN();
+    }
+    write_canopy_file(directory.file(canopy_path), records);
+    run_case(iterations(1));
+    EXPECT_EQ(state(1), expected);
+}
+
 TEST_F(Canopy, OtherModesAreRefused) {
     for (const char* mode : {"2", "-1"}) {
         write_small_case(iterations(0),
