@@ -8,7 +8,7 @@
 #include "canopy/canopy_records.hpp"
 
 // The canopy of one wind direction on its mesh, prepared before the run, is a file of records (see
-// results/record_framing.hpp):
+// base/record_framing.hpp):
 //
 //   1      104
 //   2      ni nj nk

@@ -4,11 +4,11 @@
 #include <optional>
 
 #include "base/assertion.hpp"
+#include "base/record_file.hpp"
 #include "base/run_log.hpp"
 #include "base/stop.hpp"
 #include "canopy/canopy_factors.hpp"
 #include "canopy/canopy_file.hpp"
-#include "results/record_file.hpp"
 
 namespace torvex {
 

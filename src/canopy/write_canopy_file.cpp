@@ -1,6 +1,6 @@
 #include "base/assertion.hpp"
+#include "base/record_file.hpp"
 #include "canopy/canopy_file.hpp"
-#include "results/record_file.hpp"
 
 namespace torvex {
 

@@ -4,9 +4,9 @@
 
 #include "base/assertion.hpp"
 #include "base/edit.hpp"
+#include "base/record_file.hpp"
 #include "base/run_log.hpp"
 #include "base/stop.hpp"
-#include "results/record_file.hpp"
 #include "results/result_files.hpp"
 
 namespace torvex {

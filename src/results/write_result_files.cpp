@@ -3,8 +3,8 @@
 
 #include "base/assertion.hpp"
 #include "base/edit.hpp"
+#include "base/record_file.hpp"
 #include "base/stop.hpp"
-#include "results/record_file.hpp"
 #include "results/result_files.hpp"
 
 namespace torvex {

@@ -9,7 +9,7 @@
 #include <utility>
 #include <vector>
 
-#include "results/record_file.hpp"
+#include "base/record_file.hpp"
 #include "results/result_files.hpp"
 #include "results/sample_flow.hpp"
 #include "support/failures.hpp"

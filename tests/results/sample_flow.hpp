@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "results/record_file.hpp"
+#include "base/record_file.hpp"
 #include "results/result_files.hpp"
 
 namespace torvex::test {

@@ -8,8 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "base/record_file.hpp"
 #include "base/text_file.hpp"
-#include "results/record_file.hpp"
 #include "results/result_files.hpp"
 #include "results/sample_flow.hpp"
 #include "support/failures.hpp"

@@ -7,7 +7,7 @@
 #include <span>
 #include <vector>
 
-#include "results/record_file.hpp"
+#include "base/record_file.hpp"
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
 

@@ -15,9 +15,9 @@
 #include <string>
 #include <utility>
 
+#include "base/record_file.hpp"
 #include "canopy/canopy_file.hpp"
 #include "mesh/test_meshes.hpp"
-#include "results/record_file.hpp"
 #include "results/result_files.hpp"
 #include "run/run_fixture.hpp"
 

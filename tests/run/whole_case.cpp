@@ -5,8 +5,8 @@
 #include <cmath>
 
 #include "base/edit.hpp"
+#include "base/record_file.hpp"
 #include "maps/local_metric.hpp"
-#include "results/record_file.hpp"
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
 #include "run/run_state.hpp"

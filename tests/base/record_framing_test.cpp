@@ -1,4 +1,4 @@
-#include "results/record_framing.hpp"
+#include "base/record_framing.hpp"
 
 #include <gtest/gtest.h>
 

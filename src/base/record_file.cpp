@@ -1,4 +1,4 @@
-#include "results/record_file.hpp"
+#include "base/record_file.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>

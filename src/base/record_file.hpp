@@ -10,8 +10,8 @@
 #include <type_traits>
 
 #include "base/field.hpp"
+#include "base/record_framing.hpp"
 #include "base/whole_file.hpp"
-#include "results/record_framing.hpp"
 
 namespace torvex {
 
