@@ -1,5 +1,7 @@
 #include "base/run_log.hpp"
 
+#include <unistd.h>
+
 #include <iostream>
 
 #include "base/date_stamp.hpp"
@@ -8,10 +10,15 @@
 namespace torvex {
 
 void console(std::string_view line) {
-    StatusLine& status = status_line();
-    status.hide();
+    // Only lines on the same terminal need room.
+    static const bool is_terminal = isatty(STDOUT_FILENO) == 1;
+    if (is_terminal) {
+        status_line().hide();
+    }
     std::cout << line << '\n' << std::flush;
-    status.redraw();
+    if (is_terminal) {
+        status_line().redraw();
+    }
 }
 
 void RunLog::open(const std::string& path) {

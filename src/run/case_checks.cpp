@@ -7,6 +7,8 @@
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
 #include "maps/local_metric.hpp"
+#include "run/case_keys.hpp"
+#include "run/keyed_block.hpp"
 #include "run/wind_directions.hpp"
 
 namespace torvex {
@@ -117,6 +119,20 @@ void warn_of_mixed_signs(const CaseText& file, const CaseSettings& settings, con
         const std::string name = "SITE(" + std::to_string(n) + ")%";
         warn(name + "LON", site.LON);
         warn(name + "LAT", site.LAT);
+    }
+}
+
+void warn_of_unknown_keys(const CaseText& file, RunLog& log) {
+    for (const CaseGroup& block : keyed_blocks()) {
+        for (const UnknownKey& key : unknown_keys(file, block)) {
+            NearestName nearest(key.name);
+            for (const CaseKey& known : block.keys) {
+                nearest.offer(known.name);
+            }
+            log.timed(" (Warning) " + place(file.name, key.line) + ": block &" +
+                      std::string(block.name) + " has no key " + excerpt(key.name) +
+                      nearest.hint() + "; the line is passed over.");
+        }
     }
 }
 

@@ -15,4 +15,7 @@ void check_limits(const CaseText& file, const CaseSettings& settings, const KeyL
 void warn_of_mixed_signs(const CaseText& file, const CaseSettings& settings, const KeyLines& lines,
                          RunLog& log);
 
+// Warns of keys in the keyed blocks that no key of the run answers to: they are passed over.
+void warn_of_unknown_keys(const CaseText& file, RunLog& log);
+
 }  // namespace torvex

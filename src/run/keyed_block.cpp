@@ -1,5 +1,7 @@
 #include "run/keyed_block.hpp"
 
+#include <algorithm>
+
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
 #include "base/value_scanner.hpp"
@@ -8,6 +10,31 @@
 namespace torvex {
 
 namespace {
+
+// Shows the lines of a block to `see(line, number)` until that returns false. False if there is no
+// such block.
+template <class See>
+bool walk_block(const CaseText& file, std::string_view block, const See& see) {
+    const std::string head = "&" + std::string(block);
+    bool inside = false;
+    long number = 0;
+    for (const std::string_view whole_line : split_lines(file.text)) {
+        ++number;
+        const std::string_view line = left_adjusted(whole_line);
+        if (!inside) {
+            inside = line.starts_with(head);
+        } else if (line.starts_with('/') || !see(line, number)) {
+            break;
+        }
+    }
+    return inside;
+}
+
+// The key of a line of a block; blank if it has none.
+std::string_view key_of(std::string_view line) {
+    const std::size_t equals = line.find('=');
+    return equals == std::string_view::npos ? std::string_view{} : trimmed(line.substr(0, equals));
+}
 
 struct FoundLine {
     KeyStatus status = KeyStatus::no_rewind;
@@ -19,26 +46,16 @@ FoundLine find_key(const CaseText& file, std::string_view block, std::string_vie
     if (!file.available) {
         return {};
     }
-    FoundLine found{KeyStatus::no_block, {}, 0};
-    const std::string head = "&" + std::string(block);
-    for (const std::string_view whole_line : split_lines(file.text)) {
-        ++found.line;
-        const std::string_view line = left_adjusted(whole_line);
-        if (found.status == KeyStatus::no_block) {
-            if (line.starts_with(head)) {
-                found.status = KeyStatus::no_key;
-            }
-            continue;
+    FoundLine found{KeyStatus::no_key, {}, 0};
+    const bool there = walk_block(file, block, [&](std::string_view line, long number) {
+        if (key_of(line) != key) {
+            return true;
         }
-        if (line.starts_with('/')) {
-            break;
-        }
-        const std::size_t equals = line.find('=');
-        if (equals != std::string_view::npos && trimmed(line.substr(0, equals)) == key) {
-            found.status = KeyStatus::read;
-            found.value = line.substr(equals + 1);
-            break;
-        }
+        found = {KeyStatus::read, line.substr(line.find('=') + 1), number};
+        return false;
+    });
+    if (!there) {
+        found.status = KeyStatus::no_block;
     }
     return found;
 }
@@ -120,6 +137,20 @@ KeyStatus read_table_key(const CaseText& file, std::string_view block, const Cas
              place(file.name, found.line));
     }
     return found.status;
+}
+
+std::vector<UnknownKey> unknown_keys(const CaseText& file, const CaseGroup& block) {
+    std::vector<UnknownKey> unknown;
+    walk_block(file, block.name, [&](std::string_view line, long number) {
+        const std::string_view name = key_of(line);
+        const bool known = std::ranges::any_of(
+            block.keys, [name](const CaseKey& key) { return key.name == name; });
+        if (!name.empty() && !line.starts_with('!') && !known) {
+            unknown.push_back({std::string(name), number});
+        }
+        return true;
+    });
+    return unknown;
 }
 
 }  // namespace torvex

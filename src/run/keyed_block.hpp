@@ -4,6 +4,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "run/case_keys.hpp"
 #include "run/case_text.hpp"
@@ -45,5 +46,12 @@ KeyStatus read_logical_key(const CaseText& file, std::string_view block, std::st
 // naming file, line, block and key.
 KeyStatus read_table_key(const CaseText& file, std::string_view block, const CaseKey& key,
                          CaseSettings& settings);
+
+// A line of a block whose key the table does not know.
+struct UnknownKey {
+    std::string name;
+    long line = 0;
+};
+std::vector<UnknownKey> unknown_keys(const CaseText& file, const CaseGroup& block);
 
 }  // namespace torvex

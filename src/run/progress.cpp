@@ -72,11 +72,12 @@ double DecayEstimate::iterations_left() const {
     return slope < 0 ? std::max(0.0, tests_.back().log_ratio / -slope) : -1;
 }
 
+// The time left stands before the residuals, which a narrow terminal may cut.
 std::string progress_text(const ProgressState& s) {
     return "WD " + edit::F(s.angle, 5, 1) + " (" + std::to_string(s.iwd) + " of " +
-           std::to_string(s.directions) + "): iteration " + std::to_string(s.iter) + ", m " +
-           ratio_text(s.ratio.m) + " u " + ratio_text(s.ratio.u) + " v " + ratio_text(s.ratio.v) +
-           " w " + ratio_text(s.ratio.w) + " of the criteria" + time_left(s);
+           std::to_string(s.directions) + "): iteration " + std::to_string(s.iter) + time_left(s) +
+           "; m " + ratio_text(s.ratio.m) + " u " + ratio_text(s.ratio.u) + " v " +
+           ratio_text(s.ratio.v) + " w " + ratio_text(s.ratio.w) + " of the criteria";
 }
 
 Progress::Progress(const CaseSettings& settings, const Direction& direction, int last_iter)

@@ -33,7 +33,7 @@ struct ProgressState {
     double iterations_left = -1;  // of the estimate
 };
 
-// "WD 270.0 (2 of 4): iteration 120, m 2.1 u 0.8 v 0.3 w 1.4 of the criteria, about 12 s left".
+// "WD 270.0 (2 of 4): iteration 120, about 12 s left; m 2.1 u 0.8 v 0.3 w 1.4 of the criteria".
 std::string progress_text(const ProgressState& state);
 
 // Keeps that text on the terminal while a direction is solved; does nothing without a terminal.

@@ -68,6 +68,7 @@ void read_settings(const CaseText& file, Run& run) {
     read_user_domain(file, settings);
     check_limits(file, settings, lines);
     warn_of_mixed_signs(file, settings, lines, run.log);
+    warn_of_unknown_keys(file, run.log);
 
     if (settings.nest.nest_mode != 0) {
         settings.nest.lon = settings.CENT_LON;

@@ -17,6 +17,7 @@ namespace {
 using test::case_text;
 using test::CaseItems;
 using test::line_of;
+using test::nest_block;
 using test::ReadCase;
 using test::stop_of;
 using test::without_dates;
@@ -213,6 +214,30 @@ TEST(MixedSigns, SitesCountUpToTheirNumber) {
     EXPECT_THAT(text, HasSubstr("SITE(2)%LAT has members of different sign"));
     EXPECT_EQ(text.find("SITE(3)"), std::string::npos);
     EXPECT_THAT(text, HasSubstr("line " + std::to_string(line_of(case_text(items), "SITE(2)"))));
+}
+
+std::string unknown_key_warnings(const std::string& behind) {
+    RunLog log;
+    warn_of_unknown_keys({"case.tin", case_text({}, behind)}, log);
+    return without_dates(log.kept());
+}
+
+TEST(UnknownKeys, OfKeyedBlocksAreWarnedOfWithALikelyName) {
+    const std::string block = "&canopy_parameters\n  canopy_mod = 1\n  beta_d = 5\n/\n";
+    EXPECT_EQ(unknown_key_warnings(block),
+              "<date> (Warning) case.tin, line " +
+                  std::to_string(line_of(case_text({}, block), "canopy_mod")) +
+                  ": block &canopy_parameters has no key \"canopy_mod\"; did you mean "
+                  "canopy_mode?; the line is passed over.\n");
+    EXPECT_THAT(unknown_key_warnings("&user_domain\n Inlet = 1\n/\n"), HasSubstr("\"Inlet\""));
+}
+
+TEST(UnknownKeys, KnownKeysCommentsAndTextBesideTheBlocksAreFine) {
+    EXPECT_THAT(unknown_key_warnings("&canopy_parameters\n canopy_mode = 0 ! a = b\n ! c = 1\n"
+                                     " a remark\n\n/\nelsewhere = 3\n"),
+                IsEmpty());
+    EXPECT_THAT(unknown_key_warnings(""), IsEmpty());
+    EXPECT_THAT(unknown_key_warnings(nest_block()), IsEmpty());
 }
 
 }  // namespace

@@ -54,8 +54,8 @@ ProgressState some_state() {
 
 TEST(ProgressText, TellsPlaceResidualsAndTimeLeft) {
     EXPECT_EQ(progress_text(some_state()),
-              "WD 270.0 (2 of 4): iteration 120, m 2.1 u 0.8 v 12.0 w - of the criteria, "
-              "about 12 s left");
+              "WD 270.0 (2 of 4): iteration 120, about 12 s left; m 2.1 u 0.8 v 12.0 w - of the "
+              "criteria");
 }
 
 // Without a decay, and with one that the iterations allowed cut short: 480 iterations of 0.2 s.
@@ -85,8 +85,8 @@ TEST_F(ProgressRun, ShowsOneLineOnATerminalAndTakesItAway) {
     test::Terminal terminal;
     run_with_errors_on(terminal.name());
     const std::string screen = terminal.read();
-    EXPECT_THAT(screen, HasSubstr("WD   0.0 (1 of 2): iteration 1, m "));
-    EXPECT_THAT(screen, HasSubstr("WD 180.0 (2 of 2): iteration 1, m "));
+    EXPECT_THAT(screen, HasSubstr("WD   0.0 (1 of 2): iteration 1, at most "));
+    EXPECT_THAT(screen, HasSubstr("WD 180.0 (2 of 2): iteration 1, at most "));
     EXPECT_THAT(screen, testing::EndsWith("\r\033[K"));
     EXPECT_THAT(screen, testing::Not(HasSubstr("\n")));
     EXPECT_THAT(directory.read("out"), testing::Not(HasSubstr("of the criteria")));
