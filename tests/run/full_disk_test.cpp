@@ -88,8 +88,9 @@ TEST_F(FullDisk, NamesTheFileThatFindsNoRoomAndLeavesNoPieceOfIt) {
             const ProgramRun ran = run();
             EXPECT_EQ(ran.status, 1) << name;
             EXPECT_EQ(ran.signal, 0);
-            EXPECT_THAT(ran.err, StartsWith("the file cannot be written: File too large\n  in " +
-                                            stem + name + "\n  make room on the disk"));
+            std::string told = "the file cannot be written: File too large\n  in ";
+            told.append(stem).append(name).append("\n  make room on the disk");
+            EXPECT_THAT(ran.err, StartsWith(told));
         }
         EXPECT_FALSE(directory.has(stem + name));
         EXPECT_FALSE(has_temporary_file(directory.path())) << name;

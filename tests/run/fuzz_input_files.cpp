@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -37,6 +38,7 @@
 #include "support/temporary_directory.hpp"
 
 // Larger than the largest text, and than the largest map that may be written in short.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the name that the sanitizer looks for
 extern "C" const char* __asan_default_options() {
     return "max_allocation_size_mb=600";
 }
@@ -277,8 +279,14 @@ int main(int argc, char** argv) {
         std::cerr << "usage: fuzz_input_files EXAMPLE COUNT SEED\n";
         return 1;
     }
-    torvex::test::keep_failing_input(std::filesystem::absolute("fuzz_input_files.bad").string());
-    std::cout.setstate(std::ios::failbit);  // what a run shows on its console is of no interest
-    return torvex::test::fuzz(argv[1], std::stol(argv[2]),
-                              static_cast<std::uint32_t>(std::stoul(argv[3])));
+    try {
+        torvex::test::keep_failing_input(
+            std::filesystem::absolute("fuzz_input_files.bad").string());
+        std::cout.setstate(std::ios::failbit);  // what a run shows on its console is of no interest
+        return torvex::test::fuzz(argv[1], std::stol(argv[2]),
+                                  static_cast<std::uint32_t>(std::stoul(argv[3])));
+    } catch (const std::exception& failure) {
+        std::cerr << failure.what() << '\n';
+        return 1;
+    }
 }
