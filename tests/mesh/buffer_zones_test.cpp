@@ -150,8 +150,9 @@ TEST_F(BufferZones, FlatPartsAreFlatAndRampsAreStraight) {
     flatten();
     const auto x = [&](int i) { return static_cast<double>(lines.x_line(i)); };
     const auto y = [&](int j) { return static_cast<double>(lines.y_line(j)); };
-    const auto on_line = [](double s, double s1, double h1, double s2, double h2) {
-        return h1 + (h2 - h1) * (s - s1) / (s2 - s1);
+    const auto on_line = [](double s, double s1, float h1, double s2, float h2) {
+        return static_cast<double>(h1) +
+               (static_cast<double>(h2) - static_cast<double>(h1)) * (s - s1) / (s2 - s1);
     };
     const float upwind = after(1, 1);
     for (int j = 1; j <= lines.ny; ++j) {
@@ -266,7 +267,7 @@ TEST_F(BufferZones, MissingFlatPartsTakeTheWidthFromTheConnection) {
     for (int j = 1; j <= lines.ny; ++j) {
         entry(inner, j) = after(inner, j);
     }
-    const double width = static_cast<double>(lines.y_line(lines.ny) - lines.y_line(1));
+    const auto width = static_cast<double>(lines.y_line(lines.ny) - lines.y_line(1));
     const double w_in = x(inner) - x(1);
     const double w_out = x(c - lines.n_connect_up) - x(1);
     const double V = volume(lines, entry, 1, inner, 1, lines.ny);
@@ -279,7 +280,7 @@ TEST_F(BufferZones, MissingFlatPartsTakeTheWidthFromTheConnection) {
     for (int j = 1; j <= lines.ny; ++j) {
         entry(first, j) = after(first, j);
         const double I = section_x(lines, entry, j, first, lines.nx);
-        const double h_e = static_cast<double>(after(first, j));
+        const auto h_e = static_cast<double>(after(first, j));
         EXPECT_NEAR(after(lines.nx, j), (I - 0.5 * h_e * d_in) / (d_out + 0.5 * d_in), 1e-3);
     }
 }

@@ -46,7 +46,7 @@ TEST(InterpolatedAlpha, FindsEveryIntervalOfALongTable) {
         a.push_back(static_cast<float>(n * n));
     }
     for (int n = 0; n < 36; ++n) {
-        const float middle = static_cast<float>(10 * n + 5);
+        const auto middle = static_cast<float>(10 * n + 5);
         EXPECT_FLOAT_EQ(interpolated_alpha(d, a, middle).value(),
                         0.5F * static_cast<float>(n * n + (n + 1) * (n + 1)));
         EXPECT_FLOAT_EQ(interpolated_alpha(d, a, static_cast<float>(10 * n)).value(),

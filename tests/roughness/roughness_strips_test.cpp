@@ -9,7 +9,6 @@
 namespace torvex {
 namespace {
 
-using test::dx;
 using test::dy;
 using test::StripSum;
 
