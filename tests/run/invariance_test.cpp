@@ -140,6 +140,56 @@ TEST_F(Density, OfSeaLevelWeakensTheDeferredConvectionAcrossTheWind) {
 }
 
 // The case of a real mountain in a directory of its own.
+class Interruption : public WholeCase {
+ protected:
+    Interruption() { write_ground(lopsided_hills, patchy_roughness); }
+
+    // With criteria that are never met, so that the run ends at its iterations.
+    void run_for(int iterations, const std::string& model, const std::string& restart) const {
+        write_case(
+            hill_case({{"NML_RUN", "RESTART_FLAG = " + restart},
+                       {"NML_MONITOR", "MONITOR_STEP = 10"},
+                       {"NML_NAVIER_STOKES", "TURBULENCE_MODEL = " + model + ", RATIO_KL = 0.3"},
+                       {"NML_NUMERICAL_SOLVER", "MAXIT = " + std::to_string(iterations)},
+                       {"NML_NUMERICAL_SOLVER", "CC_OUT_U = 1e-20, CC_OUT_M = 1e-20"}}));
+        const ProgramRun ran = run();
+        EXPECT_EQ(ran.status, 0) << ran.err;
+    }
+    std::string result() const { return directory.read("restart-270_0-vpkeout_00080.tuf"); }
+    std::string last_row() const { return slot("view-convergence-270_0.dat", 9); }
+    // The residual sum before the sweeps of u in iteration 41, from a report of one line each.
+    std::string reference_of_41() const {
+        const std::string text = directory.read("restart-270_0-torvex.conv.log");
+        std::size_t at = 0;
+        for (int iteration = 1; iteration <= 41; ++iteration) {
+            at = text.find("   u: n=", at) + 1;
+        }
+        const std::size_t value = text.find("ru0=", at) + 4;
+        return text.substr(value, 14);
+    }
+};
+
+// Forty iterations and forty more after a resume leave the bytes of eighty in one go. What is not
+// stored are the residual sums that the stop test of the sweeps compares with: they are 0 until the
+// next monitor step renews them, where an uninterrupted run has those of iteration 40, already
+// normalised and far too small to stop a sweep.
+TEST_F(Interruption, LeavesNoTraceInTheResults) {
+    for (const std::string model : {"1", "2", "3", "4"}) {
+        SCOPED_TRACE(model);
+        run_for(80, model, "0");
+        const std::string straight = result();
+        const std::string row = last_row();
+        EXPECT_NE(reference_of_41(), " 0.0000000E+00");
+
+        std::filesystem::remove(directory.file("restart-270_0-vpkeout_00080.tuf"));
+        run_for(40, model, "0");
+        run_for(40, model, "1");
+        EXPECT_EQ(reference_of_41(), " 0.0000000E+00");
+        EXPECT_EQ(last_row(), row);
+        EXPECT_TRUE(result() == straight) << "the bytes of the result files differ";
+    }
+}
+
 class Threads : public ::testing::Test {
  protected:
     static constexpr const char* example = TORVEX_EXAMPLES_DIR "/big_butte/";
