@@ -1,6 +1,6 @@
 // A whole case as a user runs it: a Gaussian hill, solved by the program's own sequence.
 //
-//   torvex_bench_case                      rates at 0.1, 0.3 and 1 million cells, 1 and 2 threads
+//   torvex_bench_case                      rates at 0.05 to 1 million cells, 1 and 2 threads
 //   torvex_bench_case answer               time to the answer at 0.05, 0.3 and 1 million cells
 //   torvex_bench_case rate CELLS THREADS ITERATIONS [MODEL]
 //   torvex_bench_case answer CELLS THREADS [MODEL]
@@ -305,7 +305,7 @@ int run(const std::vector<std::string>& arguments) {
     if (given != 0) {
         return usage();
     }
-    for (const double cells : {0.1e6, 0.3e6, 1e6}) {
+    for (const double cells : {0.05e6, 0.1e6, 0.3e6, 1e6}) {
         for (const int threads : {1, 2}) {
             print_rate({.min_dxy = spacing_for(cells), .max_iterations = 31}, threads);
         }
