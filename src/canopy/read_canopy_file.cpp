@@ -7,6 +7,7 @@
 #include "base/record_file.hpp"
 #include "base/run_log.hpp"
 #include "base/stop.hpp"
+#include "base/text_file.hpp"
 #include "canopy/canopy_factors.hpp"
 #include "canopy/canopy_file.hpp"
 
@@ -20,10 +21,6 @@ namespace {
     stop(1, text, where, fix);
 }
 
-std::string trimmed(const std::string& text) {
-    return text.substr(0, text.find_last_not_of(' ') + 1);
-}
-
 std::string text_of(int ni, int nj, int nk) {
     return std::to_string(ni) + " x " + std::to_string(nj) + " x " + std::to_string(nk);
 }
@@ -32,7 +29,7 @@ class CanopyReader {
  public:
     CanopyReader(const std::string& path, const CanopyTarget& mesh) : path_(path), mesh_(mesh) {
         if (!file_.open(path)) {
-            fail(trimmed(path) + " not found.", {},
+            fail(std::string(trimmed(path)) + " not found.", {},
                  file_.fault() +
                      "; prepare the canopy file of this direction, or set canopy_mode = 0");
         }

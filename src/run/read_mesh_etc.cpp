@@ -22,7 +22,6 @@
 #include <system_error>
 
 #include "base/stop.hpp"
-#include "canopy/canopy_file.hpp"
 #include "mesh/cell_geometry.hpp"
 #include "mesh/check_given_mesh.hpp"
 #include "mesh/grid.hpp"
@@ -30,6 +29,7 @@
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
 #include "run/check_fields.hpp"
+#include "run/direction_canopy.hpp"
 #include "run/stored_start.hpp"
 #include "solver/equilibrium_inflow.hpp"
 #include "solver/init.hpp"
@@ -66,20 +66,6 @@ void read_roughness(const std::string& file, const GridGeometry& grid, Field2& z
     z0.allocate(grid.ni, grid.nj);
     read_z0(file, z0, given_z0_codes);
     check_roughness(z0, file);
-}
-
-// gp_d, gp_k, gp_e from the cells of a canopy file, z0 from its roughness where it holds one.
-void read_given_canopy(const std::string& file, Run& run, Direction& direction) {
-    const GridGeometry& grid = direction.grid;
-    FlowState& flow = direction.flow;
-    read_canopy_file(file, run.settings.canopy, run.canopy,
-                     {.ni = grid.ni,
-                      .nj = grid.nj,
-                      .nk = grid.nk,
-                      .gp_d = flow.gp_d,
-                      .gp_k = flow.gp_k,
-                      .gp_e = flow.gp_e,
-                      .z0_out = &flow.z0});
 }
 
 void start_fields(Run& run, Direction& direction) {
@@ -149,7 +135,7 @@ void read_user_canopy(Run& run, Direction& direction) {
         return;
     }
     console("- Read canopy_parameters from : " + file);
-    read_given_canopy(file, run, direction);
+    read_direction_canopy(file, run, direction);
     FlowState& flow = direction.flow;
     check_roughness(flow.z0, file);
     if (run.settings.canopy.canopy_mode == 0) {

@@ -28,6 +28,7 @@
 #include "run/command_line.hpp"
 #include "run/control_files.hpp"
 #include "run/criteria.hpp"
+#include "run/direction_canopy.hpp"
 #include "run/mesh_log.hpp"
 #include "run/monitor_logs.hpp"
 #include "run/outcome.hpp"
@@ -140,14 +141,7 @@ void prepare_canopy(Run& run, Direction& direction) {
     FlowState& flow = direction.flow;
     flow.z0.allocate(grid.ni, grid.nj, least_roughness);
     const std::string file = direction.restart_stem + std::string(canopy_file_name);
-    read_canopy_file(file, run.settings.canopy, run.canopy,
-                     {.ni = grid.ni,
-                      .nj = grid.nj,
-                      .nk = grid.nk,
-                      .gp_d = flow.gp_d,
-                      .gp_k = flow.gp_k,
-                      .gp_e = flow.gp_e,
-                      .z0_out = &flow.z0});
+    read_direction_canopy(file, run, direction);
     check_inner_roughness(flow.z0, file);
     calc_sbz_roughness2(roughness_pass(run, direction), run.upwind, flow.z0);
     write_z0(direction.restart_stem, flow.z0);
