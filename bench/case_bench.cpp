@@ -9,8 +9,10 @@
 // the first, with the compulsory traffic that goes with it (see traffic.hpp). The answer is there
 // when the speeds at twelve points (top, upwind foot, lee foot and side of the hill, at 10, 30 and
 // 80 m) stay within 1 % of what they are at convergence. Every case runs in a process of its own,
-// whose peak memory is told per cell. The triad beside them is that of the same machine, over
-// arrays that no cache holds.
+// whose peak memory is told per cell. The triad beside it, over arrays that no cache holds, is the
+// mean of one before and one behind the case: on a shared machine the memory's speed changes from
+// minute to minute. "over memory time" is the time over that of the compulsory traffic at its
+// speed.
 
 #include <omp.h>
 #include <sys/resource.h>
@@ -147,6 +149,7 @@ struct Result {
     int answer_iterations = 0;
     double answer_seconds = 0;
     double peak_bytes = 0;  // filled by the parent process
+    double triad = 0;       // bytes per second, likewise
 };
 
 struct Solver {
@@ -200,38 +203,53 @@ void solve_here(const HillCase& hill, int threads, int answer) {
     _exit(status == 0 && told ? 0 : 2);
 }
 
-Result solve(const HillCase& hill, int threads) {
+// What `work` writes to the pipe that it is given, in a process of its own: threads of an earlier
+// case would not live through a fork.
+template <class Answer, class Work>
+Answer in_child(const Work& work, rusage& usage) {
     std::array<int, 2> ends{};
     if (pipe(ends.data()) != 0) {
         std::exit(3);
     }
     std::cout.flush();
+    std::fflush(stdout);
     const pid_t child = fork();
     if (child == 0) {
-        solve_here(hill, threads, ends[1]);
+        work(ends[1]);
     }
     close(ends[1]);
-    Result result;
-    const bool told = read(ends[0], &result, sizeof result) == sizeof result;
+    Answer answer{};
+    const bool told = read(ends[0], &answer, sizeof answer) == sizeof answer;
     close(ends[0]);
     int status = 0;
-    rusage usage{};
     wait4(child, &status, 0, &usage);
     if (!told || status != 0) {
-        std::cerr << "the case of " << hill.min_dxy << " m failed\n";
+        std::cerr << "a measurement failed\n";
         std::exit(1);
     }
+    return answer;
+}
+
+double triad_now(int threads) {
+    rusage usage{};
+    return in_child<double>(
+        [&](int answer) {
+            const double speed = triad(threads);
+            _exit(write(answer, &speed, sizeof speed) == sizeof speed ? 0 : 2);
+        },
+        usage);
+}
+
+Result solve(const HillCase& hill, int threads) {
+    const double before = triad_now(threads);
+    rusage usage{};
+    auto result = in_child<Result>([&](int answer) { solve_here(hill, threads, answer); }, usage);
+    result.triad = 0.5 * (before + triad_now(threads));
     result.peak_bytes = 1024.0 * static_cast<double>(usage.ru_maxrss);
     return result;
 }
 
 // --- tables --------------------------------------------------------------------------------------
-
-void print_triad(int threads) {
-    std::printf("triad, %d thread%s: %5.1f GB/s\n", threads, threads == 1 ? "" : "s",
-                1e-9 * triad(threads));
-    std::fflush(stdout);
-}
 
 // Time and compulsory traffic of a routine per cell and iteration.
 void print_row(std::string_view name, double seconds, double bytes, const Result& r) {
@@ -260,6 +278,8 @@ void print_rate(const HillCase& hill, int threads) {
     }
     print_row("other", rest, 0, r);
     print_row("all", r.rate_seconds, bytes, r);
+    std::printf("    triad %.1f GB/s, over memory time %.2f\n", 1e-9 * r.triad,
+                r.rate_seconds * r.triad / (bytes * r.cells));
     std::fflush(stdout);
 }
 
@@ -309,9 +329,6 @@ int run(const std::vector<std::string>& arguments) {
         for (const int threads : {1, 2}) {
             print_rate({.min_dxy = spacing_for(cells), .max_iterations = 31}, threads);
         }
-    }
-    for (const int threads : {1, 2}) {  // last: a process with threads of its own must not fork
-        print_triad(threads);
     }
     return 0;
 }

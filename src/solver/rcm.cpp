@@ -24,6 +24,7 @@
 
 #include "base/assertion.hpp"
 #include "solver/chained_sums.hpp"
+#include "solver/fetch_ahead.hpp"
 #include "solver/lsq_weights.hpp"
 #include "solver/plane_sums.hpp"
 #include "solver/sip.hpp"
@@ -40,6 +41,7 @@ float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq
         const FieldRows x = field_rows(phi, i, j, k);
         const double* su = &eq.su(i, j, k);
         float* r = &rhs(i, j, k);
+        fetch_rows_ahead(n, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su, r);
 #pragma omp simd
         for (int m = 0; m < n; ++m) {
             r[m] = static_cast<float>(static_cast<double>(c.products(x, m)) + su[m]);
@@ -64,7 +66,9 @@ std::array<float, 2 * M> image_and_products(const CellRange& cells, const Linear
             std::array<const float*, M> image;
             for (std::size_t a = 0; a < M; ++a) {
                 image[a] = &work.image[a](cells.i1, j, k);
+                fetch_rows_ahead(n, image[a]);
             }
+            fetch_rows_ahead(n, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, d.top, r);
 #pragma omp simd
             for (int m = 0; m < n; ++m) {
                 newest[m] = c.ap[m] * d.c[m] - c.neighbours(d, m);
@@ -131,6 +135,7 @@ void add_corrections(int m, const CellRange& cells, const LeastSquares& system,
             const float* d2 = &(*d[1])(cells.i1, j, k);
             const float* d3 = &(*d[2])(cells.i1, j, k);
             const float* d4 = &(*d[3])(cells.i1, j, k);
+            fetch_rows_ahead(n, x, d1, d2, d3, d4);
 #pragma omp simd
             for (int c = 0; c < n; ++c) {
                 x[c] += beta[0] * d1[c] + beta[1] * d2[c] + beta[2] * d3[c] + beta[3] * d4[c];

@@ -17,6 +17,7 @@
 
 #include "solver/chained_sums.hpp"
 #include "solver/constants.hpp"
+#include "solver/fetch_ahead.hpp"
 #include "solver/plane_sums.hpp"
 #include "solver/system_rows.hpp"
 
@@ -32,6 +33,10 @@ void cell_terms(const LinearSystem& eq, const Field3& phi, int i, int j, int k, 
     const FieldRows x = field_rows(phi, i, j, k);
     const double* su = &eq.su(i, j, k);
     const double* sp = &eq.sp(i, j, k);
+    fetch_rows_ahead(n, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su);
+    if constexpr (skip_pinned) {
+        fetch_rows_ahead(n, sp);
+    }
     constexpr float pin = -static_cast<float>(BIG);
 #pragma omp simd
     for (int m = 0; m < n; ++m) {

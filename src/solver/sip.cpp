@@ -23,6 +23,7 @@
 
 #include <algorithm>
 
+#include "solver/fetch_ahead.hpp"
 #include "solver/plane_progress.hpp"
 #include "solver/row_recurrence.hpp"
 #include "solver/sip_factors.hpp"
@@ -60,9 +61,14 @@ void forward_row(const Sip& s, bool first_sweep, int j, int k) {
         store(w + m, solve_rising(known * pivot, -(load<V>(lw + m) * pivot), before).x);
     };
     if (first_sweep) {
-        rising_cells(cells_i(s.cells), [&]<class V>(V, int m) { substitute(load<V>(rhs + m), m); });
+        rising_cells(cells_i(s.cells), [&]<class V>(V, int m) {
+            fetch_ahead(m, rhs, lb, lw, ls, lpr, w);
+            substitute(load<V>(rhs + m), m);
+        });
     } else {
         rising_cells(cells_i(s.cells), [&]<class V>(V, int m) {
+            fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, rhs, lb, lw, ls, lpr, w,
+                        x.top);
             substitute(c.products<V>(x, m) + load<V>(rhs + m), m);
         });
     }
@@ -80,6 +86,7 @@ void backward_row(const Sip& s, bool first_sweep, int j, int k) {
     float* phi = &s.phi(i, j, k);
     Block before = filled_block(w[n]);
     falling_cells(n, [&]<class V>(V, int m) {
+        fetch_ahead<Heading::falling>(m, un, ue, ut, w, phi);
         const V known = load<V>(w + m) - load<V>(un + m) * load<V>(north + m) -
                         load<V>(ut + m) * load<V>(top + m);
         const V x = solve_falling(known, -load<V>(ue + m), before);

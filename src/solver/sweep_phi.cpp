@@ -27,6 +27,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "solver/fetch_ahead.hpp"
 #include "solver/plane_progress.hpp"
 #include "solver/row_recurrence.hpp"
 #include "solver/system_rows.hpp"
@@ -97,6 +98,7 @@ struct RowIn {
 
     template <class V>
     Terms<V> terms(int m) const {
+        fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su);
         const V ap = load<V>(c.ap + m);
         return {load<V>(c.ae + m) * load<V>(x.c + m + 1) + load<V>(c.at + m) * load<V>(x.top + m) +
                     load<V>(c.ab + m) * load<V>(x.bottom + m) - ap * load<V>(x.c + m),
