@@ -23,8 +23,8 @@
 #include <utility>
 
 #include "base/assertion.hpp"
-#include "solver/chained_sums.hpp"
 #include "solver/fetch_ahead.hpp"
+#include "solver/lane_sum.hpp"
 #include "solver/lsq_weights.hpp"
 #include "solver/plane_sums.hpp"
 #include "solver/sip.hpp"
@@ -36,18 +36,22 @@ namespace {
 
 // work.rhs = r; the sum of |r|.
 float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq, Field3& rhs) {
-    return chained_sum(cells, [&](int i, int j, int k, int n, float* size) {
-        const CoefficientRow c = coefficient_row(eq, i, j, k);
-        const FieldRows x = field_rows(phi, i, j, k);
-        const double* su = &eq.su(i, j, k);
-        float* r = &rhs(i, j, k);
-        fetch_rows_ahead(n, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su, r);
-#pragma omp simd
-        for (int m = 0; m < n; ++m) {
-            r[m] = static_cast<float>(static_cast<double>(c.products(x, m)) + su[m]);
-            size[m] = std::abs(r[m]);
+    return plane_sums<1>(cells, [&](int k) {
+        std::array<LaneSum, 1> sum;
+        for (int j = cells.j1; j <= cells.j2; ++j) {
+            const CoefficientRow c = coefficient_row(eq, cells.i1, j, k);
+            const FieldRows x = field_rows(phi, cells.i1, j, k);
+            const double* su = &eq.su(cells.i1, j, k);
+            float* r = &rhs(cells.i1, j, k);
+            rising_cells(cells_i(cells), [&]<class V>(V, int m) {
+                fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su, r);
+                const V rest = add_wide(c.products<V>(x, m), load_wide<V>(su + m));
+                store(r + m, rest);
+                sum[0].add(magnitude(rest), m);
+            });
         }
-    });
+        return totals(sum);
+    })[0];
 }
 
 // The image of the newest correction, and its products with the M images and with the residual:
@@ -55,32 +59,29 @@ float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq
 template <std::size_t M>
 std::array<float, 2 * M> image_and_products(const CellRange& cells, const LinearSystem& eq,
                                             SolverWork& work) {
-    const int n = cells_i(cells);
     return plane_sums<2 * M>(cells, [&](int k) {
-        std::array<float, 2 * M> sum{};
+        std::array<LaneSum, 2 * M> sum;
         for (int j = cells.j1; j <= cells.j2; ++j) {
             const CoefficientRow c = coefficient_row(eq, cells.i1, j, k);
             const FieldRows d = field_rows(work.correction[0], cells.i1, j, k);
             const float* r = &work.rhs(cells.i1, j, k);
-            float* newest = &work.image[0](cells.i1, j, k);
-            std::array<const float*, M> image;
+            std::array<float*, M> image;
             for (std::size_t a = 0; a < M; ++a) {
                 image[a] = &work.image[a](cells.i1, j, k);
-                fetch_rows_ahead(n, image[a]);
             }
-            fetch_rows_ahead(n, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, d.top, r);
-#pragma omp simd
-            for (int m = 0; m < n; ++m) {
-                newest[m] = c.ap[m] * d.c[m] - c.neighbours(d, m);
-            }
-            for (int m = 0; m < n; ++m) {
+            rising_cells(cells_i(cells), [&]<class V>(V, int m) {
+                fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, d.top, r);
+                const V newest = load<V>(c.ap + m) * load<V>(d.c + m) - c.neighbours<V>(d, m);
+                store(image[0] + m, newest);
                 for (std::size_t a = 0; a < M; ++a) {
-                    sum[a] += image[a][m] * newest[m];
-                    sum[M + a] += image[a][m] * r[m];
+                    fetch_ahead(m, image[a]);
+                    const V of_image = a == 0 ? newest : load<V>(image[a] + m);
+                    sum[a].add(of_image * newest, m);
+                    sum[M + a].add(of_image * load<V>(r + m), m);
                 }
-            }
+            });
         }
-        return sum;
+        return totals(sum);
     });
 }
 

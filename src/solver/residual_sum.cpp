@@ -4,20 +4,18 @@
 //       + su - ap phi
 //
 // The six products are summed in single precision, su and the product ap phi join in double
-// precision. |r| and |ap phi| are summed in single precision in the order k, j, i, a plane at a
-// time.
+// precision. |r| and |ap phi| are summed in single precision, every eighth cell of the rows of a
+// plane by itself, then these eight sums, then the planes.
 //
 // reads   ae..ab, ap, su, sp, phi in and beside the range
 
 #include "solver/residual_sum.hpp"
 
-#include <algorithm>
 #include <array>
-#include <cmath>
 
-#include "solver/chained_sums.hpp"
 #include "solver/constants.hpp"
 #include "solver/fetch_ahead.hpp"
+#include "solver/lane_sum.hpp"
 #include "solver/plane_sums.hpp"
 #include "solver/system_rows.hpp"
 
@@ -25,40 +23,46 @@ namespace torvex {
 
 namespace {
 
-// |r| and, if asked for, |ap phi| of n cells from (i,j,k) on.
+struct Sums {
+    LaneSum residual, scale;
+};
+
+// Adds |r| and, if asked for, |ap phi| of the cells of a row.
 template <bool skip_pinned, bool with_scale>
-void cell_terms(const LinearSystem& eq, const Field3& phi, int i, int j, int k, int n, float* r,
-                float* scale) {
+void add_row(const CellRange& cells, const LinearSystem& eq, const Field3& phi, int j, int k,
+             Sums& sums) {
+    const int i = cells.i1;
     const CoefficientRow c = coefficient_row(eq, i, j, k);
     const FieldRows x = field_rows(phi, i, j, k);
     const double* su = &eq.su(i, j, k);
     const double* sp = &eq.sp(i, j, k);
-    fetch_rows_ahead(n, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su);
-    if constexpr (skip_pinned) {
-        fetch_rows_ahead(n, sp);
-    }
     constexpr float pin = -static_cast<float>(BIG);
-#pragma omp simd
-    for (int m = 0; m < n; ++m) {
-        const float diagonal = c.ap[m] * x.c[m];
-        const auto rest = static_cast<float>(static_cast<double>(c.neighbours(x, m)) + su[m] -
-                                             static_cast<double>(diagonal));
-        if constexpr (with_scale) {
-            scale[m] = std::abs(diagonal);
-        }
+    rising_cells(cells_i(cells), [&]<class V>(V, int m) {
+        fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su);
+        const V diagonal = load<V>(c.ap + m) * load<V>(x.c + m);
+        const V rest =
+            narrow<V>(widen(c.neighbours<V>(x, m)) + load_wide<V>(su + m) - widen(diagonal));
+        V size = magnitude(rest);
         if constexpr (skip_pinned) {
-            r[m] = static_cast<float>(sp[m]) == pin ? 0.0F : std::abs(rest);
-        } else {
-            r[m] = std::abs(rest);
+            fetch_ahead(m, sp);
+            size = narrow<V>(load_wide<V>(sp + m)) == pin ? V{} : size;
         }
-    }
+        sums.residual.add(size, m);
+        if constexpr (with_scale) {
+            sums.scale.add(magnitude(diagonal), m);
+        }
+    });
 }
 
 template <bool skip_pinned>
 float sum(const CellRange& cells, const LinearSystem& eq, const Field3& phi) {
-    return chained_sum(cells, [&](int i, int j, int k, int n, float* r) {
-        cell_terms<skip_pinned, false>(eq, phi, i, j, k, n, r, nullptr);
-    });
+    return plane_sums<1>(cells, [&](int k) {
+        Sums sums;
+        for (int j = cells.j1; j <= cells.j2; ++j) {
+            add_row<skip_pinned, false>(cells, eq, phi, j, k, sums);
+        }
+        return std::array{sums.residual.total()};
+    })[0];
 }
 
 }  // namespace
@@ -70,20 +74,12 @@ float residual_sum(const CellRange& cells, const LinearSystem& eq, const Field3&
 
 std::optional<float> residual_sum_below(const CellRange& cells, const LinearSystem& eq,
                                         const Field3& phi, float ratio, float r0) {
-    constexpr int stretch = 256;
     const auto is_below = [=](float r1) { return ratio > r1 / r0; };
     // The first plane in the order of the whole sum.
-    float part = 0;
-    for (int j = cells.j1; j <= cells.j2 && cells.k1 <= cells.k2; ++j) {
-        for (int i = cells.i1; i <= cells.i2; i += stretch) {
-            alignas(64) float r[stretch];
-            const int n = std::min(stretch, cells.i2 - i + 1);
-            cell_terms<true, false>(eq, phi, i, j, cells.k1, n, r, nullptr);
-            for (int m = 0; m < n; ++m) {
-                part += r[m];
-            }
-        }
-        if (!is_below(part)) {
+    Sums part;
+    for (int j = cells.j1; j <= cells.j2 && !is_empty(cells); ++j) {
+        add_row<true, false>(cells, eq, phi, j, cells.k1, part);
+        if (!is_below(part.residual.total())) {
             return std::nullopt;
         }
     }
@@ -92,22 +88,12 @@ std::optional<float> residual_sum_below(const CellRange& cells, const LinearSyst
 }
 
 EquationSums equation_sums(const CellRange& cells, const LinearSystem& eq, const Field3& phi) {
-    constexpr int stretch = 256;
     const auto [residual, scale] = plane_sums<2>(cells, [&](int k) {
-        alignas(64) float r[stretch];
-        alignas(64) float of_phi[stretch];
-        std::array<float, 2> sums{};
+        Sums sums;
         for (int j = cells.j1; j <= cells.j2; ++j) {
-            for (int i = cells.i1; i <= cells.i2; i += stretch) {
-                const int n = std::min(stretch, cells.i2 - i + 1);
-                cell_terms<true, true>(eq, phi, i, j, k, n, r, of_phi);
-                for (int m = 0; m < n; ++m) {
-                    sums[0] += r[m];
-                    sums[1] += of_phi[m];
-                }
-            }
+            add_row<true, true>(cells, eq, phi, j, k, sums);
         }
-        return sums;
+        return std::array{sums.residual.total(), sums.scale.total()};
     });
     return {residual, scale};
 }

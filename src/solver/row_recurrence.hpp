@@ -49,14 +49,26 @@ void store(T* p, V v) {
     std::memcpy(p, &v, sizeof v);
 }
 
+template <class V>
+Wide<V> widen(V x) {
+    if constexpr (std::is_same_v<V, float>) {
+        return static_cast<double>(x);
+    } else {
+        return __builtin_convertvector(x, Wide<V>);
+    }
+}
+template <class V>
+V narrow(Wide<V> x) {
+    if constexpr (std::is_same_v<V, float>) {
+        return static_cast<float>(x);
+    } else {
+        return __builtin_convertvector(x, V);
+    }
+}
 // sum + su, added in double precision and narrowed.
 template <class V>
 V add_wide(V sum, Wide<V> su) {
-    if constexpr (std::is_same_v<V, float>) {
-        return static_cast<float>(static_cast<double>(sum) + su);
-    } else {
-        return __builtin_convertvector(__builtin_convertvector(sum, Wide<V>) + su, V);
-    }
+    return narrow<V>(widen(sum) + su);
 }
 
 // A block with x in every cell.
