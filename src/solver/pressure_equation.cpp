@@ -7,7 +7,7 @@
 //
 // reads   fx, fy, fz, den, the fluxes; coefXi, coefEt, coefZe, 0 on the boundary faces: no
 //         correction passes the boundary, the inflow included, and the boundary coefficients are 0
-// writes  eq in 2..nx, 2..ny, 2..nz; all of pp
+// writes  eq in 2..nx, 2..ny, 2..nz, and ae, an, at of the cells before the first, 0 as well; pp
 //
 // The sum is in single precision: every eighth cell of the rows of a plane by itself, then these
 // eight sums, then the planes. So it is the same for any number of threads.
@@ -60,6 +60,14 @@ void coefficient_row(const GridGeometry& g, FlowState& s, int j, int k) {
         eq.at(i, j, k) = at;
         eq.ab(i, j, k) = ab;
         eq.ap(i, j, k) = ae + aw + an + as + at + ab;  // sp is 0
+    }
+    // The lower boundary faces from outside: the matrix is symmetric there too.
+    eq.ae(1, j, k) = eq.aw(2, j, k);
+    if (j == 2) {
+        std::copy_n(&eq.as(2, j, k), g.nx - 1, &eq.an(2, 1, k));
+    }
+    if (k == 2) {
+        std::copy_n(&eq.ab(2, j, k), g.nx - 1, &eq.at(2, j, 1));
     }
 }
 

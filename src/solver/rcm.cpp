@@ -35,14 +35,15 @@ namespace torvex {
 namespace {
 
 // work.rhs = r; the sum of |r|.
-float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq, Field3& rhs) {
+float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq,
+               SolverWork& work) {
     return plane_sums<1>(cells, [&](int k) {
         std::array<LaneSum, 1> sum;
         for (int j = cells.j1; j <= cells.j2; ++j) {
-            const CoefficientRow c = coefficient_row(eq, cells.i1, j, k);
+            const CoefficientRow c = coefficient_row(eq, cells.i1, j, k, work.matrix);
             const FieldRows x = field_rows(phi, cells.i1, j, k);
             const double* su = &eq.su(cells.i1, j, k);
-            float* r = &rhs(cells.i1, j, k);
+            float* r = &work.rhs(cells.i1, j, k);
             rising_cells(cells_i(cells), [&]<class V>(V, int m) {
                 fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su, r);
                 const V rest = add_wide(c.products<V>(x, m), load_wide<V>(su + m));
@@ -62,7 +63,7 @@ std::array<float, 2 * M> image_and_products(const CellRange& cells, const Linear
     return plane_sums<2 * M>(cells, [&](int k) {
         std::array<LaneSum, 2 * M> sum;
         for (int j = cells.j1; j <= cells.j2; ++j) {
-            const CoefficientRow c = coefficient_row(eq, cells.i1, j, k);
+            const CoefficientRow c = coefficient_row(eq, cells.i1, j, k, work.matrix);
             const FieldRows d = field_rows(work.correction[0], cells.i1, j, k);
             const float* r = &work.rhs(cells.i1, j, k);
             std::array<float*, M> image;
@@ -167,7 +168,8 @@ RcmResult RCM(const CellRange& cells, Field3& phi, int L, int ncycle, float r0, 
     if (ncycle < 1) {
         return result;
     }
-    residual(cells, phi, eq, work.rhs);
+    work.matrix = Matrix::general;  // until SIP has looked
+    residual(cells, phi, eq, work);
     for (; result.n <= ncycle; ++result.n) {
         const int m = std::min(L, result.n);
         shift(L, work.correction);
@@ -176,7 +178,7 @@ RcmResult RCM(const CellRange& cells, Field3& phi, int L, int ncycle, float r0, 
         least_squares(m, cells, eq, work, system);
         lsq_weights(m, omega, system);
         add_corrections(m, cells, system, work, phi);
-        result.r1 = residual(cells, phi, eq, work.rhs);
+        result.r1 = residual(cells, phi, eq, work);
         result.a = result.r1 / r0;
         if (stop_ratio > result.a) {
             break;

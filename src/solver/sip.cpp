@@ -6,8 +6,10 @@
 //   for k, j, i rising:   w = (r - lb w(k-1) - lw w(i-1) - ls w(j-1)) lpr
 //   for k, j, i falling:  w = w - un w(j+1) - ue w(i+1) - ut w(k+1),   phi = phi + w
 //
-// reads   ae..ab, ap, work.rhs
-// writes  phi in the range, its neighbours outside the range are zero; work.w, the factors
+// reads   ae..ab, ap, work.rhs; of a symmetric matrix, as that of the pressure correction is, only
+//         ae, an, at, those below and beside the range included, and ap
+// writes  phi in the range, its neighbours outside the range are zero; work.w, the factors,
+// work.matrix
 //
 // phi starts from zero, so that the first residual is the right side itself.
 //
@@ -27,6 +29,7 @@
 #include "solver/plane_progress.hpp"
 #include "solver/row_recurrence.hpp"
 #include "solver/sip_factors.hpp"
+#include "solver/symmetry.hpp"
 #include "solver/system_rows.hpp"
 
 namespace torvex {
@@ -43,7 +46,7 @@ struct Sip {
 
 void forward_row(const Sip& s, bool first_sweep, int j, int k) {
     const int i = s.cells.i1;
-    const CoefficientRow c = coefficient_row(s.eq, i, j, k);
+    const CoefficientRow c = coefficient_row(s.eq, i, j, k, s.work.matrix);
     const FieldRows x = field_rows(s.phi, i, j, k);
     const float* rhs = &s.work.rhs(i, j, k);
     const float* lb = &s.work.lb(i, j, k);
@@ -184,6 +187,7 @@ void SIP(const CellRange& cells, Field3& phi, int nsweep, float alpha, int cycle
         clear_shell(cells, work.un);
         clear_shell(cells, work.ue);
         clear_shell(cells, work.ut);
+        work.matrix = is_symmetric(cells, eq) ? Matrix::symmetric : Matrix::general;
     }
     const Sip sip{cells, eq, phi, work, alpha};
     PlaneProgress progress(omp_get_max_threads());

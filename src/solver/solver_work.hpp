@@ -4,6 +4,7 @@
 
 #include "base/field.hpp"
 #include "solver/momentum_work.hpp"
+#include "solver/system_rows.hpp"
 #include "solver/turbulence/transport_scratch.hpp"
 
 namespace torvex {
@@ -16,6 +17,7 @@ inline constexpr int stored_corrections = 4;
 struct SolverWork {
     Field3 rhs;                                         // right side of SIP, residual of RCM
     Field3 lb, lw, ls, lpr, un, ue, ut;                 // factors of SIP
+    Matrix matrix = Matrix::general;                    // what SIP found when it made the factors
     Field3 w;                                           // SIP's residual, then its correction
     std::array<Field3, stored_corrections> correction;  // of RCM, the newest first
     std::array<Field3, stored_corrections> image;       // the matrix times each correction

@@ -45,9 +45,20 @@ struct CoefficientRow {
     }
 };
 
-inline CoefficientRow coefficient_row(const LinearSystem& eq, int i, int j, int k) {
-    return {&eq.ae(i, j, k), &eq.aw(i, j, k), &eq.an(i, j, k), &eq.as(i, j, k),
-            &eq.at(i, j, k), &eq.ab(i, j, k), &eq.ap(i, j, k)};
+// Of a symmetric matrix the coefficients towards i-1, j-1, k-1 are read where the neighbours keep
+// theirs, which the loop has just read or soon will.
+enum class Matrix { general, symmetric };
+
+inline CoefficientRow coefficient_row(const LinearSystem& eq, int i, int j, int k,
+                                      Matrix matrix = Matrix::general) {
+    CoefficientRow row{&eq.ae(i, j, k), &eq.aw(i, j, k), &eq.an(i, j, k), &eq.as(i, j, k),
+                       &eq.at(i, j, k), &eq.ab(i, j, k), &eq.ap(i, j, k)};
+    if (matrix == Matrix::symmetric) {
+        row.aw = &eq.ae(i - 1, j, k);
+        row.as = &eq.an(i, j - 1, k);
+        row.ab = &eq.at(i, j, k - 1);
+    }
+    return row;
 }
 
 // Cells, rows and planes of a range; a range whose upper bound lies below the lower one is empty.
