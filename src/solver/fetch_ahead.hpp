@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/field.hpp"
+
 namespace torvex {
 
 // Asks for the cells of rows that a loop will come to soon. The processor looks ahead on its own,
@@ -38,13 +40,22 @@ template <Heading heading = Heading::rising, class... T>
     }
 }
 
-// For a whole row of n cells, ahead of its loop: hints inside would keep the loop from being
-// vectorised.
+// The n cells from `first` on, asked for ahead of the loop that needs them: hints inside would keep
+// it from being vectorised.
 template <class... T>
-[[gnu::always_inline]] inline void fetch_rows_ahead(int n, const T*... row) {
+[[gnu::always_inline]] inline void fetch_cells(std::ptrdiff_t first, int n, const T*... x) {
     for (int m = 0; m < n; m += line_cells) {
-        (fetch_cell(row, m + cells_ahead), ...);
+        (fetch_cell(x, first + m), ...);
     }
+}
+
+// Row (j,k) of every field; it may lie outside.
+template <class... T>
+[[gnu::always_inline]] inline void fetch_row(int j, int k, const Array3<T>&... x) {
+    const auto first = [=](const auto& field) {
+        return field.ni() * (j - 1 + static_cast<std::ptrdiff_t>(field.nj()) * (k - 1));
+    };
+    (fetch_cells(first(x), x.ni(), x.data()), ...);
 }
 
 }  // namespace torvex

@@ -24,6 +24,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "solver/fetch_ahead.hpp"
 #include "solver/momentum_faces.hpp"
 #include "solver/momentum_work.hpp"
 
@@ -70,12 +71,23 @@ class PlaneAssembly {
             faces<Axis::j>(north_, 1, k);
             for (int j = 2; j <= g_.ny; ++j) {
                 std::swap(north_, south_);
+                const Place next = f_.row(j + 1, k) + 1;
+                const Place above = next + f_.plane_step;
+                fetch(above + f_.row_step, f_.velocity.x, f_.velocity.y, f_.velocity.z);
                 node_row<true>(j, k);
+                fetch(above, f_.xi.x, f_.xi.y, f_.xi.z, f_.et.x, f_.et.y);
                 faces<Axis::i>(east_, j, k);
+                fetch(above, f_.et.z, f_.ze.x, f_.ze.y, f_.ze.z, f_.vol, f_.vis);
                 faces<Axis::j>(north_, j, k);
+                fetch(above, f_.fx, f_.fy, f_.fz, f_.p);
+                fetch(next, f_.flxU, f_.flxV, f_.flxW);
                 faces<Axis::k>(top_, j, k);
+                fetch(next, eq_.su.data(), eq_.sp.data());
                 sources(j, k);
                 if constexpr (A == Component::u) {
+                    fetch(above, f_.den);
+                    fetch(next, eq_.ae.data(), eq_.aw.data(), eq_.an.data(), eq_.as.data(),
+                          eq_.at.data(), eq_.ab.data());
                     coefficients(j, k);
                 }
                 keep_top(j);
@@ -97,6 +109,12 @@ class PlaneAssembly {
             faces<Axis::k>(top_, j, k - 1);
             keep_top(j);
         }
+    }
+
+    // The row from place n on, which the walk comes to next.
+    template <class... T>
+    void fetch(Place n, const T*... x) const {
+        fetch_cells(n, g_.ni, x...);
     }
 
     // u, v, w between the columns of row 1 of cell plane k.

@@ -78,6 +78,8 @@ void relax_momentum(const SolverContext& c, Component component) {
             const float* phi = &e.phi(1, j, k);
             const double* sp = &eq.sp(1, j, k);
             double* su = &eq.su(1, j, k);
+            fetch_row(j + 1, k, eq.ae, eq.aw, eq.an, eq.as, eq.at, eq.ab, e.xi, e.et, e.ze, e.phi,
+                      eq.sp, eq.su, eq.ap, e.dxi, e.det, e.dze);
             float* ap = &eq.ap(1, j, k);
             float* dxi = &e.dxi(1, j, k);
             float* det = &e.det(1, j, k);

@@ -14,6 +14,7 @@
 
 #include "solver/pressure_correction.hpp"
 
+#include "solver/fetch_ahead.hpp"
 #include "solver/interpolation.hpp"
 
 namespace torvex {
@@ -54,8 +55,12 @@ void correct_flow(const GridGeometry& g, FlowState& s, float URFP) {
 #pragma omp parallel for schedule(static)
     for (int k = 2; k <= g.nz; ++k) {
         for (int j = 2; j <= g.ny; ++j) {
+            fetch_row(j + 1, k, s.u, s.v, s.w, s.p, s.dUxi, s.dUet, s.dUze, s.dVxi, s.dVet, s.dVze,
+                      s.dWxi, s.dWet, s.dWze);
+            fetch_row(j + 1, k + 1, s.pp);
             correct_cells(g, s, URFP, pp_ref, j, k);
             if (j < g.ny && k < g.nz) {
+                fetch_row(j + 1, k, s.coefXi, s.coefEt, s.coefZe, s.flxU, s.flxV, s.flxW);
                 correct_faces(g, s, j, k);
             }
         }

@@ -18,6 +18,7 @@
 #include <array>
 #include <cstddef>
 
+#include "solver/fetch_ahead.hpp"
 #include "solver/interpolation.hpp"
 #include "solver/lane_sum.hpp"
 #include "solver/plane_sums.hpp"
@@ -77,6 +78,7 @@ float mass_source(const GridGeometry& g, const FaceFlows& flow, FlowState& s) {
     return plane_sums<1>({2, 2, 2, g.nx, g.ny, g.nz}, [&](int k) {
         LaneSum sum;
         for (int j = 2; j <= g.ny; ++j) {
+            fetch_row(j + 1, k, flow.east, flow.north, flow.top, s.eq.su, s.eq.sp, s.den);
             source_row(g, flow, s, j, k);
             const double* su = &s.eq.su(2, j, k);
             rising_cells(g.nx - 1, [&]<class V>(V, int m) {
@@ -94,6 +96,8 @@ void pressure_equation(const GridGeometry& g, FlowState& s) {
         std::fill_n(s.pp.data() + plane * (k - 1), plane, 0.0F);
         if (k > 1 && k <= g.nz) {
             for (int j = 2; j <= g.ny; ++j) {
+                fetch_row(j + 1, k, s.coefXi, s.coefEt, s.coefZe, s.eq.ae, s.eq.aw, s.eq.an,
+                          s.eq.as, s.eq.at, s.eq.ab, s.eq.ap);
                 coefficient_row(g, s, j, k);
             }
         }

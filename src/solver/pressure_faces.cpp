@@ -27,6 +27,7 @@
 
 #include "mesh/cell_nodes.hpp"
 #include "solver/face_area.hpp"
+#include "solver/fetch_ahead.hpp"
 #include "solver/interpolation.hpp"
 
 namespace torvex {
@@ -139,23 +140,44 @@ void clear_row(Field3& coef, const GridGeometry& g, int j, int k) {
     }
 }
 
+// The faces of row (j,k) across i and j.
+template <bool with_flux>
+void side_faces(const GridGeometry& g, FlowState& s, int j, int k) {
+    s.coefXi(1, j, k) = 0.0F;
+    face_row<Axis::i, with_flux>(g, s, g.nx - 1, j, k);
+    s.coefXi(g.nx, j, k) = 0.0F;
+    if (j == g.ny) {
+        clear_row(s.coefEt, g, j, k);
+    } else {
+        face_row<Axis::j, with_flux>(g, s, g.nx, j, k);
+    }
+}
+
+// What the next row needs first.
+template <bool with_flux>
+void fetch_next(const GridGeometry& g, const FlowState& s, int j, int k) {
+    fetch_row(j + 1, k, s.dUxi, s.dVxi, s.dWxi, s.coefXi, s.dUet, s.dVet, s.dWet, s.coefEt,
+              s.coefZe);
+    fetch_row(j + 1, k + 1, g.xn, g.yn, g.zn, s.dUze, s.dVze, s.dWze);
+    if constexpr (with_flux) {
+        fetch_row(j + 1, k, s.flxU, s.flxV, s.flxW);
+        fetch_row(j + 1, k + 1, s.u, s.v, s.w);
+        fetch_row(j + 1, k + 2, s.p);
+    }
+}
+
 template <bool with_flux>
 void all_faces(const GridGeometry& g, FlowState& s) {
 #pragma omp parallel for schedule(static)
     for (int k = 1; k <= g.nz; ++k) {
         if (k > 1) {
-            for (int j = 2; j <= g.ny; ++j) {
-                s.coefXi(1, j, k) = 0.0F;
-                face_row<Axis::i, with_flux>(g, s, g.nx - 1, j, k);
-                s.coefXi(g.nx, j, k) = 0.0F;
-            }
             clear_row(s.coefEt, g, 1, k);
-            for (int j = 2; j < g.ny; ++j) {
-                face_row<Axis::j, with_flux>(g, s, g.nx, j, k);
-            }
-            clear_row(s.coefEt, g, g.ny, k);
         }
         for (int j = 2; j <= g.ny; ++j) {
+            fetch_next<with_flux>(g, s, j, k);
+            if (k > 1) {
+                side_faces<with_flux>(g, s, j, k);
+            }
             if (k == 1 || k == g.nz) {
                 clear_row(s.coefZe, g, j, k);
             } else {

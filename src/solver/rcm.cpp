@@ -137,7 +137,7 @@ void add_corrections(int m, const CellRange& cells, const LeastSquares& system,
             const float* d2 = &(*d[1])(cells.i1, j, k);
             const float* d3 = &(*d[2])(cells.i1, j, k);
             const float* d4 = &(*d[3])(cells.i1, j, k);
-            fetch_rows_ahead(n, x, d1, d2, d3, d4);
+            fetch_cells(cells_ahead, n, x, d1, d2, d3, d4);
 #pragma omp simd
             for (int c = 0; c < n; ++c) {
                 x[c] += beta[0] * d1[c] + beta[1] * d2[c] + beta[2] * d3[c] + beta[3] * d4[c];

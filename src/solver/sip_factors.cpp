@@ -11,13 +11,15 @@
 // writes  lb, lw, ls, lpr, un, ue, ut
 //
 // Every cell waits for two divisions of its west neighbour. Several rows advance together, each one
-// cell behind the row south of it, so that the waits overlap.
+// cell behind the row south of it, so that the waits overlap. On its way the walk asks for the
+// cells of the rows behind these.
 
 #include "solver/sip_factors.hpp"
 
 #include <algorithm>
 #include <cstddef>
 
+#include "solver/fetch_ahead.hpp"
 #include "solver/system_rows.hpp"
 
 namespace torvex {
@@ -58,6 +60,7 @@ void sip_factor_rows(const CellRange& cells, int j, int rows, int k, float alpha
     const std::ptrdiff_t row = eq.ap.ni();
     const std::ptrdiff_t plane = row * eq.ap.nj();
     const int n = cells_i(cells);
+    const std::ptrdiff_t behind = together * row;
     for (int first = 0; first < rows; first += together) {
         const int i = cells.i1;
         const int lanes = std::min(together, rows - first);
@@ -67,6 +70,10 @@ void sip_factor_rows(const CellRange& cells, int j, int rows, int k, float alpha
                         &work.un(i, j + first, k), &work.ue(i, j + first, k),
                         &work.ut(i, j + first, k)};
         for (int step = 0; step < n + lanes - 1; ++step) {
+            if (step * together % line_cells == 0) {
+                fetch_cells(behind + step * together, 1, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap,
+                            f.lb, f.lw, f.ls, f.lpr, f.un, f.ue, f.ut);
+            }
             const int lowest = std::max(0, step - n + 1);
             const int highest = std::min(lanes - 1, step);
             for (int lane = lowest; lane <= highest; ++lane) {

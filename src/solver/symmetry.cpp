@@ -18,7 +18,7 @@ bool row_is_symmetric(const CellRange& cells, const LinearSystem& eq, int j, int
     const int n = cells_i(cells);
     const CoefficientRow stored = coefficient_row(eq, cells.i1, j, k);
     const CoefficientRow mirrored = coefficient_row(eq, cells.i1, j, k, Matrix::symmetric);
-    fetch_rows_ahead(n, stored.ae, stored.aw, stored.an, stored.as, stored.at, stored.ab);
+    fetch_cells(cells_ahead, n, stored.ae, stored.aw, stored.an, stored.as, stored.at, stored.ab);
     int different = 0;
 #pragma omp simd reduction(+ : different)
     for (int m = 0; m < n; ++m) {

@@ -11,6 +11,7 @@
 
 #include "base/edit.hpp"
 #include "solver/constants.hpp"
+#include "solver/fetch_ahead.hpp"
 #include "solver/residual_sum.hpp"
 #include "solver/sweep_until.hpp"
 #include "solver/turbulence/row.hpp"
@@ -43,6 +44,7 @@ void under_relax(const GridGeometry& g, LinearSystem& eq, const Field3& phi, flo
 #pragma omp parallel for schedule(static)
     for (int k = 2; k <= g.nz; ++k) {
         for (int j = 2; j <= g.ny; ++j) {
+            fetch_row(j + 1, k, eq.ae, eq.aw, eq.an, eq.as, eq.at, eq.ab, eq.sp, phi, eq.ap, eq.su);
             relax_row(eq, phi, urf, j, k, g.nx);
         }
     }

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "base/field.hpp"
+#include "solver/fetch_ahead.hpp"
 #include "solver/interpolation.hpp"
 
 namespace torvex {
@@ -187,10 +188,15 @@ void TransportWalk::start_plane(int k) {
 }
 
 Row<const float> TransportWalk::next_row(int j, int k, bool with_plane_above) {
+    fetch_row(j + 2, k + 1, phi_, g_.fx, g_.fy);
     next_node_row(j, k);
+    fetch_row(j + 1, k + 1, g_.fz, s_.vis, g_.vol, s_.den);
+    fetch_row(j + 1, k, s_.flxU, s_.flxV, s_.flxW);
     metric_products(g_, j + 1, k, products_high_);
     north_faces(j, k);
+    fetch_row(j + 1, k + 1, g_.xix, g_.xiy, g_.xiz, g_.etx, g_.ety, g_.etz, g_.zex, g_.zey, g_.zez);
     east_faces(j, k);
+    fetch_row(j + 1, k, s_.eq.ae, s_.eq.aw, s_.eq.an, s_.eq.as, s_.eq.at, s_.eq.ab);
     top_faces(j, k, products_low_, row(s_.eq.at, j, k),
               with_plane_above ? row(s_.eq.ab, j, k + 1) : named(PlaneScratch::unused),
               named(PlaneScratch::cross_top));
