@@ -13,6 +13,7 @@
 #include "solver/pressure_cases.hpp"
 #include "solver/pressure_faces.hpp"
 #include "solver/reference/plain_pressure.hpp"
+#include "solver/symmetry.hpp"
 
 namespace torvex {
 namespace {
@@ -152,6 +153,20 @@ TEST(PressureEquation, boundary_coefficients_are_exactly_zero) {
         EXPECT_EQ(eq.ab(i, j, k) == 0.0F, k == 2);
         EXPECT_EQ(eq.at(i, j, k) == 0.0F, k == c.g.nz);
     });
+}
+
+// Also beside the range, where another equation has left its coefficients: the solver may read them
+// from either side of a face.
+TEST(PressureEquation, is_symmetric_to_the_bit) {
+    for (const Planes n : {Planes{9, 7, 6}, Planes{2, 5, 4}, Planes{6, 2, 4}, Planes{6, 4, 2}}) {
+        PressureCase c = random_case(shaken_hill(n, 9U), 9U);
+        for (Field3* x : {&c.s.eq.ae, &c.s.eq.an, &c.s.eq.at}) {
+            x->fill(3.0F);
+        }
+        face_fluxes(c.g, c.s);
+        pressure_equation(c.g, c.s);
+        EXPECT_TRUE(is_symmetric({2, 2, 2, c.g.nx, c.g.ny, c.g.nz}, c.s.eq));
+    }
 }
 
 TEST(PressureEquation, has_the_same_bits_for_any_number_of_threads) {
