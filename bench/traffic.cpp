@@ -26,12 +26,18 @@ double equation(double assembly, int sweeps) {
 }
 
 // Faces 100, equation 88, one sweep, velocity and flux correction 120, first residual 44, factors
-// 56; then the cycles.
+// 56; then the cycles: SIP, image and products, combination, residual.
 double pressure(int cycles) {
+    constexpr double matrix = 16;  // ae, an, at, ap: it is symmetric
+    constexpr double later_sweep = matrix + 4 + 28 + 8 + 8;
+    constexpr double first_sweep = later_sweep - matrix - 4;  // phi is 0 before it
     double bytes = 100 + 88 + sweep_bytes + 120 + 44 + 56;
     for (int cycle = 1; cycle <= cycles; ++cycle) {
         const int stored = std::min(4, cycle);
-        bytes += 7 * 76 + 40 + 4 * (stored - 1) + 8 + 4 * stored + 44;
+        bytes += first_sweep + 6 * later_sweep;
+        bytes += matrix + 8 + 4 * stored;
+        bytes += 8 + 4 * stored;
+        bytes += matrix + 16;
     }
     return bytes;
 }

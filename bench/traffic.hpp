@@ -13,9 +13,10 @@ namespace torvex::bench {
 // out.
 //
 // A pass: assembly 13 arrays of geometry, 9 of flow, su and sp in double, and what it writes;
-// sweep_phi ae..ab, ap, su, phi twice, res; one residual sum of an equation; SIP ae..ab, ap, rhs,
+// sweep_phi ae..ab, ap, su, phi twice, res; one residual sum of an equation; SIP the matrix, rhs,
 // seven factors, phi and w twice; the rest of a cycle of RCM the image, the products, the
-// combination and the residual.
+// combination and the residual. The matrix of the pressure correction is symmetric: ae, an, at, ap
+// say all of it.
 std::array<double, routines> compulsory_bytes(const std::filesystem::path& convergence_log,
                                               int behind);
 
