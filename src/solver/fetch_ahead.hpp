@@ -21,13 +21,14 @@ enum class Heading { rising, falling };
 // leaves out the calls.
 template <class T>
 [[gnu::always_inline]] inline void fetch_cell(const T* row, std::ptrdiff_t m) {
-    constexpr std::ptrdiff_t lines = sizeof(T) / sizeof(float);
+    constexpr std::size_t line_bytes = 64;
+    constexpr std::size_t lines = line_cells * sizeof(T) / line_bytes;
     // The address may lie outside the array, where a pointer may not point.
     const auto at = reinterpret_cast<std::uintptr_t>(row) +
                     static_cast<std::uintptr_t>(m) * static_cast<std::uintptr_t>(sizeof(T));
-    for (std::ptrdiff_t line = 0; line < lines; ++line) {
-        __builtin_prefetch(
-            reinterpret_cast<const void*>(at + static_cast<std::uintptr_t>(64 * line)));
+    for (std::size_t line = 0; line < lines; ++line) {
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
+        __builtin_prefetch(reinterpret_cast<const void*>(at + line_bytes * line));
     }
 }
 
