@@ -9,7 +9,7 @@
 // reads   ae..ab, ap, work.rhs; of a symmetric matrix, as that of the pressure correction is, only
 //         ae, an, at, those below and beside the range included, and ap
 // writes  phi in the range, its neighbours outside the range are zero; work.w, the factors,
-// work.matrix
+//         work.matrix
 //
 // phi starts from zero, so that the first residual is the right side itself.
 //
