@@ -79,8 +79,8 @@ inline GridGeometry centres_over(const MeshLines& lines) {
     GridGeometry grid;
     grid.xc.allocate(lines.ni, lines.nj, 1);
     grid.yc.allocate(lines.ni, lines.nj, 1);
-    for (int j = 2; j <= lines.ny; ++j) {
-        for (int i = 2; i <= lines.nx; ++i) {
+    for (int j = 2; j < lines.nj; ++j) {
+        for (int i = 2; i < lines.ni; ++i) {
             grid.xc(i, j, 1) = 0.5F * (lines.x_line(i - 1) + lines.x_line(i));
             grid.yc(i, j, 1) = 0.5F * (lines.y_line(j - 1) + lines.y_line(j));
         }
