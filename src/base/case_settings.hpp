@@ -91,7 +91,7 @@ struct UserDomain {
 // Everything that the case file says, and what follows from it alone. Filled once, read-only for
 // the rest of the run but for the scaled criteria CC_OUT_* and the factors URF* under BOOSTCAL.
 // Character values are kept without trailing blanks; array bounds begin at 1. Defaults are those of
-// the table of keys (run/case_keys), applied by set_defaults().
+// the table of keys (case/case_keys), applied by set_defaults().
 struct CaseSettings {
     // NML_RUN
     std::int32_t RESTART_FLAG = 0;  // 1: resume directions; other non-zero: keep the monitor logs

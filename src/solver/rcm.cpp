@@ -45,7 +45,7 @@ float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq
             const double* su = &eq.su(cells.i1, j, k);
             float* r = &work.rhs(cells.i1, j, k);
             rising_cells(cells_i(cells), [&]<class V>(V, int m) {
-                fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su, r);
+                fetch_ahead(m, c, x.top, su, r);
                 const V rest = add_wide(c.products<V>(x, m), load_wide<V>(su + m));
                 store(r + m, rest);
                 sum[0].add(magnitude(rest), m);
@@ -71,7 +71,7 @@ std::array<float, 2 * M> image_and_products(const CellRange& cells, const Linear
                 image[a] = &work.image[a](cells.i1, j, k);
             }
             rising_cells(cells_i(cells), [&]<class V>(V, int m) {
-                fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, d.top, r);
+                fetch_ahead(m, c, d.top, r);
                 const V newest = load<V>(c.ap + m) * load<V>(d.c + m) - c.neighbours<V>(d, m);
                 store(image[0] + m, newest);
                 for (std::size_t a = 0; a < M; ++a) {

@@ -38,7 +38,7 @@ void add_row(const CellRange& cells, const LinearSystem& eq, const Field3& phi, 
     const double* sp = &eq.sp(i, j, k);
     constexpr float pin = -static_cast<float>(BIG);
     rising_cells(cells_i(cells), [&]<class V>(V, int m) {
-        fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su);
+        fetch_ahead(m, c, x.top, su);
         const V diagonal = load<V>(c.ap + m) * load<V>(x.c + m);
         const V rest =
             narrow<V>(widen(c.neighbours<V>(x, m)) + load_wide<V>(su + m) - widen(diagonal));

@@ -70,8 +70,7 @@ void forward_row(const Sip& s, bool first_sweep, int j, int k) {
         });
     } else {
         rising_cells(cells_i(s.cells), [&]<class V>(V, int m) {
-            fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, rhs, lb, lw, ls, lpr, w,
-                        x.top);
+            fetch_ahead(m, c, rhs, lb, lw, ls, lpr, w, x.top);
             substitute(c.products<V>(x, m) + load<V>(rhs + m), m);
         });
     }

@@ -64,7 +64,7 @@ void sip_factor_rows(const CellRange& cells, int j, int rows, int k, float alpha
     for (int first = 0; first < rows; first += together) {
         const int i = cells.i1;
         const int lanes = std::min(together, rows - first);
-        const CoefficientRow c = coefficient_row(eq, i, j + first, k);
+        const CoefficientRow c = coefficient_row(eq, i, j + first, k, work.matrix);
         const Factors f{&work.lb(i, j + first, k), &work.lw(i, j + first, k),
                         &work.ls(i, j + first, k), &work.lpr(i, j + first, k),
                         &work.un(i, j + first, k), &work.ue(i, j + first, k),

@@ -98,7 +98,7 @@ struct RowIn {
 
     template <class V>
     Terms<V> terms(int m) const {
-        fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, x.top, su);
+        fetch_ahead(m, c, x.top, su);
         const V ap = load<V>(c.ap + m);
         return {load<V>(c.ae + m) * load<V>(x.c + m + 1) + load<V>(c.at + m) * load<V>(x.top + m) +
                     load<V>(c.ab + m) * load<V>(x.bottom + m) - ap * load<V>(x.c + m),

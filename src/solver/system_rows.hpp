@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/field.hpp"
+#include "solver/fetch_ahead.hpp"
 #include "solver/linear_system.hpp"
 #include "solver/row_recurrence.hpp"
 
@@ -59,6 +60,12 @@ inline CoefficientRow coefficient_row(const LinearSystem& eq, int i, int j, int 
         row.ab = &eq.at(i, j, k - 1);
     }
     return row;
+}
+
+// The coefficients and other rows that the loop comes to.
+template <class... T>
+[[gnu::always_inline]] inline void fetch_ahead(int m, const CoefficientRow& c, const T*... row) {
+    fetch_ahead(m, c.ae, c.aw, c.an, c.as, c.at, c.ab, c.ap, row...);
 }
 
 // Cells, rows and planes of a range; a range whose upper bound lies below the lower one is empty.

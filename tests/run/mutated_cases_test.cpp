@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "run/mutations.hpp"
+#include "case/mutations.hpp"
 #include "run/run_fixture.hpp"
 
 namespace torvex::test {

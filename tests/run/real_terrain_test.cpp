@@ -5,11 +5,11 @@
 #include <cmath>
 #include <string>
 
+#include "case/case_file.hpp"
+#include "case/wind_directions.hpp"
 #include "maps/load_maps.hpp"
 #include "mesh/make_mesh.hpp"
 #include "mesh/size_domain.hpp"
-#include "run/case_file.hpp"
-#include "run/wind_directions.hpp"
 
 namespace torvex {
 namespace {

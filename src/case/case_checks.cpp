@@ -1,0 +1,139 @@
+#include "case/case_checks.hpp"
+
+#include <set>
+#include <string>
+
+#include "base/edit.hpp"
+#include "base/stop.hpp"
+#include "base/text_file.hpp"
+#include "case/case_keys.hpp"
+#include "case/keyed_block.hpp"
+#include "case/wind_directions.hpp"
+#include "maps/local_metric.hpp"
+
+namespace torvex {
+
+namespace {
+
+// A test that fails names the key, what stands there, what was expected, and the line.
+class Checks {
+ public:
+    Checks(const CaseText& file, const KeyLines& lines) : file_(file), lines_(lines) {}
+
+    void integer(const char* key, std::int32_t value, bool good,
+                 const std::string& expected) const {
+        if (!good) {
+            fail(key, std::to_string(value), expected);
+        }
+    }
+    void above_zero(const char* key, float value) const {
+        if (!(value > 0.0F)) {
+            fail(key, edit::list(value), "a value above 0");
+        }
+    }
+    [[noreturn]] void fail(const std::string& key, const std::string& value,
+                           const std::string& expected) const {
+        const std::string name = key.substr(0, key.find('('));
+        stop(1, "key " + key + " is " + std::string(trimmed(value)) + ", expected " + expected,
+             lines_.where(file_, name));
+    }
+
+ private:
+    const CaseText& file_;
+    const KeyLines& lines_;
+};
+
+void check_angles(const Checks& check, const CaseSettings& settings) {
+    std::set<std::string> tags;
+    for (int iwd = 1; iwd <= settings.N_WIND_DIRECTION; ++iwd) {
+        const float angle = angle_of(settings, iwd);
+        const std::string key = "WIND_DIRECTION_ANGLE(" + std::to_string(iwd) + ")";
+        if (!(angle >= 0.0F && angle <= 360.0F)) {
+            check.fail(key, edit::list(angle), "0 to 360 degrees");
+        }
+        if (!tags.insert(wd_tag_of(angle)).second) {
+            check.fail(key, edit::list(angle),
+                       "an angle of its own: another direction has the tag " + wd_tag_of(angle) +
+                           " too, and their files would overwrite each other");
+        }
+    }
+}
+
+bool mixed_signs(const Triple& angle) {
+    bool positive = false;
+    bool negative = false;
+    for (const float member : angle.span()) {
+        positive = positive || member > 0.0F;
+        negative = negative || member < 0.0F;
+    }
+    return positive && negative;
+}
+
+}  // namespace
+
+void check_limits(const CaseText& file, const CaseSettings& settings, const KeyLines& lines) {
+    const Checks check(file, lines);
+    const int directions = settings.N_WIND_DIRECTION;
+    check.integer("N_WIND_DIRECTION", directions, directions >= 0 && directions <= max_directions,
+                  "0 to " + std::to_string(max_directions));
+    check.integer("N_SITE", settings.N_SITE, settings.N_SITE >= 0 && settings.N_SITE <= max_sites,
+                  "0 to " + std::to_string(max_sites));
+    check.integer("MONITOR_STEP", settings.MONITOR_STEP, settings.MONITOR_STEP >= 1,
+                  "at least 1 (it has no default)");
+    if (settings.WIND_TUNNEL_MODE > 0) {
+        check.above_zero("WIND_TUNNEL_Z0", settings.WIND_TUNNEL_Z0);
+    }
+    if (settings.BOUNDARY_HEIGHT_MODE == 1) {
+        check.above_zero("BUFFER_ZONE_SLOPE_GRADIENT", settings.BUFFER_ZONE_SLOPE_GRADIENT);
+    }
+    if (settings.TORVEX_MODE != 0) {
+        if (settings.nest.nest_mode != 0) {
+            check.integer("TORVEX_MODE", settings.TORVEX_MODE, false,
+                          "0 in a nested run: a child takes its mesh from its parent");
+        }
+        return;  // mesh and directions come from the user's files
+    }
+    check.above_zero("MIN_DXY", settings.MIN_DXY);
+    check.above_zero("MIN_DZ", settings.MIN_DZ);
+    check.above_zero("MESH_VRATIO", settings.MESH_VRATIO);
+    check_angles(check, settings);
+}
+
+void warn_of_mixed_signs(const CaseText& file, const CaseSettings& settings, const KeyLines& lines,
+                         RunLog& log) {
+    const auto warn = [&](const std::string& key, const Triple& angle) {
+        if (mixed_signs(angle)) {
+            log.timed(" (Warning) " + key + " has members of different sign; understood as " +
+                      std::string(left_adjusted(edit::F(minutes_of(angle) / 60.0, 14, 6))) +
+                      " degrees (" + lines.where(file, key) + ").");
+        }
+    };
+    warn("CENT_LON", settings.CENT_LON);
+    warn("CENT_LAT", settings.CENT_LAT);
+    if (settings.MONITOR_POSITION != 0) {
+        warn("MONITOR_LON", settings.MONITOR_LON);
+        warn("MONITOR_LAT", settings.MONITOR_LAT);
+    }
+    for (int n = 1; n <= settings.N_SITE; ++n) {
+        const Site& site = settings.SITE[static_cast<std::size_t>(n - 1)];
+        const std::string name = "SITE(" + std::to_string(n) + ")%";
+        warn(name + "LON", site.LON);
+        warn(name + "LAT", site.LAT);
+    }
+}
+
+void warn_of_unknown_keys(const CaseText& file, RunLog& log) {
+    for (const CaseGroup& block : keyed_blocks()) {
+        for (const UnknownKey& key : unknown_keys(file, block)) {
+            NearestName nearest(key.name);
+            for (const CaseKey& known : block.keys) {
+                nearest.offer(known.name);
+            }
+            log.timed(" (Warning) " + place(file.name, key.line) + ": block &" +
+                      std::string(block.name) + " has no key " + excerpt(key.name) +
+                      nearest.hint() + "; the line is passed over.");
+        }
+    }
+}
+
+}  // namespace torvex

@@ -1,0 +1,178 @@
+#include "case/typed_keys.hpp"
+
+namespace torvex::test {
+
+namespace {
+
+using S = CaseSettings;
+
+template <auto Member>
+double element(const CaseSettings& settings, int i) {
+    return static_cast<double>((settings.*Member)(i));
+}
+
+}  // namespace
+
+const std::vector<RealKey>& real_keys() {
+    static const std::vector<RealKey> keys{
+        {"NML_CASEFILE", "WE_LENGTH", &S::WE_LENGTH, 0.0F},
+        {"NML_CASEFILE", "NS_LENGTH", &S::NS_LENGTH, 0.0F},
+        {"NML_CASEFILE", "MIN_DXY", &S::MIN_DXY, 0.0F},
+        {"NML_CASEFILE", "MAX_DXY", &S::MAX_DXY, 0.0F},
+        {"NML_CASEFILE", "MIN_DXY_RAD", &S::MIN_DXY_RAD, 0.0F},
+        {"NML_CASEFILE", "MESH_HRATIO", &S::MESH_HRATIO, 0.0F},
+        {"NML_CASEFILE", "MIN_DZ", &S::MIN_DZ, 0.0F},
+        {"NML_CASEFILE", "MESH_VRATIO", &S::MESH_VRATIO, 0.0F},
+        {"NML_CASEFILE", "FLAT_ROUGHNESS", &S::FLAT_ROUGHNESS, 0.02F},
+        {"NML_MONITOR", "MONITOR_HEIGHT", &S::MONITOR_HEIGHT, 0.0F},
+        {"NML_ER", "INFLOW_ELEVATION", &S::INFLOW_ELEVATION, 0.0F},
+        {"NML_ER", "BUFFER_ZONE_SLOPE_GRADIENT", &S::BUFFER_ZONE_SLOPE_GRADIENT, 40.0F},
+        {"NML_ER", "DIRECTIONAL_ALPHA_Z0_MIN", &S::DIRECTIONAL_ALPHA_Z0_MIN, 0.0001F},
+        {"NML_ER", "DIRECTIONAL_ALPHA_Z0_MAX", &S::DIRECTIONAL_ALPHA_Z0_MAX, 1.0F},
+        {"NML_ER", "DIRECTIONAL_ALPHA_BS_EPS", &S::DIRECTIONAL_ALPHA_BS_EPS, 0.001F},
+        {"NML_BOUNDARY_TREATMENT", "SIDE_BR", &S::SIDE_BR, 0.3F},
+        {"NML_BOUNDARY_TREATMENT", "UP_BR", &S::UP_BR, 0.3F},
+        {"NML_BOUNDARY_TREATMENT", "DOWN_BR", &S::DOWN_BR, 0.3F},
+        {"NML_BOUNDARY_TREATMENT", "ADD_R", &S::ADD_R, 1.0F},
+        {"NML_BOUNDARY_TREATMENT", "BZ_LIMIT", &S::BZ_LIMIT, 2.0F},
+        {"NML_BOUNDARY_TREATMENT", "ADD_LIMIT", &S::ADD_LIMIT, 3.0F},
+        {"NML_BOUNDARY_TREATMENT", "CONSTANT_DZ_HEIGHT", &S::CONSTANT_DZ_HEIGHT, 100.0F},
+        {"NML_BOUNDARY_TREATMENT", "MAX_Z", &S::MAX_Z, 0.0F},
+        {"NML_BOUNDARY_TREATMENT", "WIND_TUNNEL_Z0", &S::WIND_TUNNEL_Z0, 0.0F},
+        {"NML_BOUNDARY_TREATMENT", "MIN_DZ_HEIGHT", &S::MIN_DZ_HEIGHT, 0.0F},
+        {"NML_NAVIER_STOKES", "VISCOS", &S::VISCOS, 0.0015F},
+        {"NML_NAVIER_STOKES", "DENSIT", &S::DENSIT, 1.0F},
+        {"NML_NAVIER_STOKES", "TM_MIX_PARAMETER", &S::TM_MIX_PARAMETER, 0.0F},
+        {"NML_NAVIER_STOKES", "KE_CMU", &S::KE_CMU, 0.09F},
+        {"NML_NAVIER_STOKES", "KE_CE1", &S::KE_CE1, 1.44F},
+        {"NML_NAVIER_STOKES", "KE_CE2", &S::KE_CE2, 1.92F},
+        {"NML_NAVIER_STOKES", "KE_SIGMA_K", &S::KE_SIGMA_K, 1.0F},
+        {"NML_NAVIER_STOKES", "KE_SIGMA_E", &S::KE_SIGMA_E, 1.3F},
+        {"NML_NAVIER_STOKES", "KL_CMU", &S::KL_CMU, 0.094F},
+        {"NML_NAVIER_STOKES", "KL_SIGMA_K", &S::KL_SIGMA_K, 1.86F},
+        {"NML_NAVIER_STOKES", "KL_ALPHA", &S::KL_ALPHA, 0.1F},
+        {"NML_NAVIER_STOKES", "RATIO_KL", &S::RATIO_KL, 0.0F},
+        {"NML_NAVIER_STOKES", "RATIO_OMEGA", &S::RATIO_OMEGA, 0.0F},
+        {"NML_NUMERICAL_SOLVER", "T_DT", &S::T_DT, 0.0F},
+        {"NML_NUMERICAL_SOLVER", "T_NUM", &S::T_NUM, 0.0F},
+        {"NML_NUMERICAL_SOLVER", "T_BEGIN", &S::T_BEGIN, 0.0F},
+        {"NML_NUMERICAL_SOLVER", "ETA", &S::ETA, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "RATIO", &S::RATIO, 1.0F},
+        {"NML_NUMERICAL_SOLVER", "URFU", &S::URFU, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFV", &S::URFV, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFW", &S::URFW, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFP", &S::URFP, 0.2F},
+        {"NML_NUMERICAL_SOLVER", "URFK", &S::URFK, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFE", &S::URFE, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFVIS", &S::URFVIS, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "CC_OUT_U", &S::CC_OUT_U, 0.001F},
+        {"NML_NUMERICAL_SOLVER", "CC_OUT_V", &S::CC_OUT_V, 0.001F},
+        {"NML_NUMERICAL_SOLVER", "CC_OUT_W", &S::CC_OUT_W, 0.001F},
+        {"NML_NUMERICAL_SOLVER", "CC_OUT_M", &S::CC_OUT_M, 0.001F},
+        {"NML_NUMERICAL_SOLVER", "CC_OUT_TKE", &S::CC_OUT_TKE, 0.001F},
+        {"NML_NUMERICAL_SOLVER", "CC_OUT_TED", &S::CC_OUT_TED, 0.001F},
+        {"NML_NUMERICAL_SOLVER", "CC_IN_U", &S::CC_IN_U, 0.1F},
+        {"NML_NUMERICAL_SOLVER", "CC_IN_V", &S::CC_IN_V, 0.1F},
+        {"NML_NUMERICAL_SOLVER", "CC_IN_W", &S::CC_IN_W, 0.1F},
+        {"NML_NUMERICAL_SOLVER", "CC_IN_PP", &S::CC_IN_PP, 0.1F},
+        {"NML_NUMERICAL_SOLVER", "CC_IN_TKE", &S::CC_IN_TKE, 0.1F},
+        {"NML_NUMERICAL_SOLVER", "CC_IN_TED", &S::CC_IN_TED, 0.1F},
+        {"NML_NUMERICAL_SOLVER", "SIP_ALPHA", &S::SIP_ALPHA, 0.9F},
+        {"NML_NUMERICAL_SOLVER", "URFU_MAX", &S::URFU_MAX, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFV_MAX", &S::URFV_MAX, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFW_MAX", &S::URFW_MAX, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFK_MAX", &S::URFK_MAX, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFE_MAX", &S::URFE_MAX, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFVIS_MAX", &S::URFVIS_MAX, 0.5F},
+        {"NML_NUMERICAL_SOLVER", "URFP_MAX", &S::URFP_MAX, 0.2F},
+        {"NML_NUMERICAL_SOLVER", "OUT_CC_RATIO", &S::OUT_CC_RATIO, 1.0F},
+        {"NML_NUMERICAL_SOLVER", "OUT_CC_LIMIT", &S::OUT_CC_LIMIT, 0.01F},
+    };
+    return keys;
+}
+
+const std::vector<IntegerKey>& integer_keys() {
+    static const std::vector<IntegerKey> keys{
+        {"NML_RUN", "RESTART_FLAG", &S::RESTART_FLAG, 0},
+        {"NML_RUN", "ATLAS_FLAG", &S::ATLAS_FLAG, 0},
+        {"NML_RUN", "TORVEX_MODE", &S::TORVEX_MODE, 0},
+        {"NML_RUN", "DEBUG_MODE", &S::DEBUG_MODE, 0},
+        {"NML_CASEFILE", "WD_TYPE", &S::WD_TYPE, 0},
+        {"NML_CASEFILE", "N_WIND_DIRECTION", &S::N_WIND_DIRECTION, 0},
+        {"NML_CASEFILE", "GS", &S::GS, 0},
+        {"NML_MONITOR", "MONITOR_POSITION", &S::MONITOR_POSITION, 0},
+        {"NML_MONITOR", "MONITOR_STEP", &S::MONITOR_STEP, 0},
+        {"NML_ER", "BOUNDARY_HEIGHT_MODE", &S::BOUNDARY_HEIGHT_MODE, 0},
+        {"NML_ER", "DIRECTIONAL_ALPHA_BS_MAXIT", &S::DIRECTIONAL_ALPHA_BS_MAXIT, 20},
+        {"NML_BOUNDARY_TREATMENT", "WIND_TUNNEL_MODE", &S::WIND_TUNNEL_MODE, 0},
+        {"NML_NAVIER_STOKES", "TURBULENCE_MODEL", &S::TURBULENCE_MODEL, 1},
+        {"NML_NUMERICAL_SOLVER", "MAXIT", &S::MAXIT, 500},
+        {"NML_NUMERICAL_SOLVER", "NSWPU", &S::NSWPU, 10},
+        {"NML_NUMERICAL_SOLVER", "NSWPV", &S::NSWPV, 10},
+        {"NML_NUMERICAL_SOLVER", "NSWPW", &S::NSWPW, 10},
+        {"NML_NUMERICAL_SOLVER", "NSWPP", &S::NSWPP, 10},
+        {"NML_NUMERICAL_SOLVER", "NSWPK", &S::NSWPK, 10},
+        {"NML_NUMERICAL_SOLVER", "NSWPE", &S::NSWPE, 10},
+        {"NML_NUMERICAL_SOLVER", "RCM_L", &S::RCM_L, 4},
+        {"NML_NUMERICAL_SOLVER", "RCM_N", &S::RCM_N, 7},
+        {"NML_SITE", "N_SITE", &S::N_SITE, 0},
+    };
+    return keys;
+}
+
+const std::vector<LogicalKey>& logical_keys() {
+    static const std::vector<LogicalKey> keys{
+        {"NML_RUN", "MESO_DWS_MODE", &S::MESO_DWS_MODE, false},
+        {"NML_CASEFILE", "SPECIFY_ELEVATION_CORRECTION_FACTOR",
+         &S::SPECIFY_ELEVATION_CORRECTION_FACTOR, false},
+        {"NML_ER", "USE_EQUIVALENT_ROUGHNESS", &S::USE_EQUIVALENT_ROUGHNESS, false},
+        {"NML_ER", "SPECIFY_INFLOW_ELEVATION", &S::SPECIFY_INFLOW_ELEVATION, false},
+        {"NML_ER", "USE_DIRECTIONAL_ALPHA", &S::USE_DIRECTIONAL_ALPHA, false},
+        {"NML_ER", "USE_CONSTANT_ROUGHNESS_IN_ADDITIONAL_DOMAIN",
+         &S::USE_CONSTANT_ROUGHNESS_IN_ADDITIONAL_DOMAIN, false},
+        {"NML_ER", "USE_CONSTANT_ROUGHNESS_IN_ALL_THE_DOMAIN",
+         &S::USE_CONSTANT_ROUGHNESS_IN_ALL_THE_DOMAIN, false},
+        {"NML_BOUNDARY_TREATMENT", "USE_DEFAULT_MAX_Z", &S::USE_DEFAULT_MAX_Z, true},
+        {"NML_BOUNDARY_TREATMENT", "USE_TFTB", &S::USE_TFTB, false},
+        {"NML_BOUNDARY_TREATMENT", "SPECIFY_INFLOW_PROFILE", &S::SPECIFY_INFLOW_PROFILE, false},
+        {"NML_BOUNDARY_TREATMENT", "INFLOW_PROFILE_TABLE", &S::INFLOW_PROFILE_TABLE, true},
+        {"NML_NAVIER_STOKES", "SOLVE_ENERGY_EQUATION", &S::SOLVE_ENERGY_EQUATION, false},
+        {"NML_NUMERICAL_SOLVER", "UNSTEADY_SOLVER", &S::UNSTEADY_SOLVER, false},
+        {"NML_NUMERICAL_SOLVER", "BOOSTCAL", &S::BOOSTCAL, false},
+        {"NML_NUMERICAL_SOLVER", "DOUBLE_CORRECTION", &S::DOUBLE_CORRECTION, false},
+    };
+    return keys;
+}
+
+const std::vector<TextKey>& text_keys() {
+    static const std::vector<TextKey> keys{
+        {"NML_RUN", "TERRAIN_MODE", &S::TERRAIN_MODE, "normal", 6},
+        {"NML_CASEFILE", "PROJECT_NAME", &S::PROJECT_NAME, "", 20},
+        {"NML_CASEFILE", "BASIC_H_FILE", &S::BASIC_H_FILE, "", 256},
+        {"NML_CASEFILE", "DETAILED_H_FILE", &S::DETAILED_H_FILE, "", 256},
+        {"NML_CASEFILE", "BASIC_Z0_FILE", &S::BASIC_Z0_FILE, "", 256},
+        {"NML_CASEFILE", "DETAILED_Z0_FILE", &S::DETAILED_Z0_FILE, "", 256},
+        {"NML_CASEFILE", "XYCONF", &S::XYCONF, "", 256},
+        {"NML_ER", "DIRECTIONAL_ALPHA_FILE_NAME", &S::DIRECTIONAL_ALPHA_FILE_NAME, "", 256},
+        {"NML_BOUNDARY_TREATMENT", "INFLOW_PROFILE_FILE", &S::INFLOW_PROFILE_FILE, "", 256},
+    };
+    return keys;
+}
+
+const std::vector<ListKey>& list_keys() {
+    static const std::vector<ListKey> keys{
+        {"NML_CASEFILE", "CENT_LON", 3, 0, element<&S::CENT_LON>},
+        {"NML_CASEFILE", "CENT_LAT", 3, 0, element<&S::CENT_LAT>},
+        {"NML_CASEFILE", "WIND_DIRECTION_ANGLE", 361, 0, element<&S::WIND_DIRECTION_ANGLE>},
+        {"NML_CASEFILE", "ELEVATION_CORRECTION_FACTOR", 361, 1,
+         element<&S::ELEVATION_CORRECTION_FACTOR>},
+        {"NML_MONITOR", "MONITOR_LON", 3, 0, element<&S::MONITOR_LON>},
+        {"NML_MONITOR", "MONITOR_LAT", 3, 0, element<&S::MONITOR_LAT>},
+        {"NML_ER", "EQUIVALENT_ROUGHNESS", 360, 0, element<&S::EQUIVALENT_ROUGHNESS>},
+        {"NML_ER", "DIRECTIONAL_ALPHA_APPLICABLE_WDS", 360, -1,
+         element<&S::DIRECTIONAL_ALPHA_APPLICABLE_WDS>},
+    };
+    return keys;
+}
+
+}  // namespace torvex::test
