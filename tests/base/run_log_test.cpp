@@ -136,6 +136,84 @@ TEST(RunLog, StopsWhereTheDiskIsFull) {
     EXPECT_THROW(log.line("lost"), Stop);
 }
 
+// Standard error of what `tell` does.
+template <class Tell>
+std::string error_of(Tell tell) {
+    ::testing::internal::CaptureStderr();
+    tell();
+    return ::testing::internal::GetCapturedStderr();
+}
+
+TEST(RunLog, WarnsOnStandardErrorAndInTheLog) {
+    const test::TemporaryDirectory directory;
+    RunLog log;
+    log.open(directory.file("torvex.log"));
+    EXPECT_EQ(error_of([&log] { log.warn("the map is odd."); }), "Warning: the map is odd.\n");
+    EXPECT_THAT(directory.read("torvex.log"),
+                MatchesRegex(std::string(stamp_form) + " Warning: the map is odd.\n"));
+}
+
+TEST(RunLog, TellsTheSameWarningOnce) {
+    const test::TemporaryDirectory directory;
+    RunLog log;
+    log.open(directory.file("torvex.log"));
+    log.warn("odd", "an odd map");
+    const std::string first = directory.read("torvex.log");
+    EXPECT_EQ(error_of([&log] { log.warn("odd", "an odd map"); }), "");
+    EXPECT_EQ(directory.read("torvex.log"), first);
+    ASSERT_EQ(log.warnings().size(), 1U);
+    EXPECT_EQ(error_of([&log] { log.warn("even"); }), "Warning: even\n");
+    ASSERT_EQ(log.warnings().size(), 2U);
+    EXPECT_EQ(log.warnings()[1].text, "Warning: even");
+    EXPECT_EQ(log.warnings()[1].reminder, "");
+}
+
+// Lines of the log that other programs look for keep their bytes and come as often as ever.
+TEST(RunLog, LeavesTheLineOfAWarningAsItIs) {
+    const test::TemporaryDirectory directory;
+    RunLog log;
+    log.open(directory.file("torvex.log"));
+    const std::string told = error_of([&log] {
+        log.warn_line(" WD 270.0: (Warning) no mast");
+        log.warn_line(" WD 270.0: (Warning) no mast");
+    });
+    EXPECT_EQ(told, "WD 270.0: (Warning) no mast\n");
+    const std::string line = std::string(stamp_form) + " WD 270.0: \\(Warning\\) no mast\n";
+    EXPECT_THAT(directory.read("torvex.log"), MatchesRegex(line + line));
+    EXPECT_EQ(log.warnings().size(), 1U);
+}
+
+TEST(RunLog, KeepsItsWarningsUntilItIsOpened) {
+    RunLog log;
+    EXPECT_EQ(error_of([&log] { log.warn("early"); }), "Warning: early\n");
+    EXPECT_THAT(log.kept(), MatchesRegex(std::string(stamp_form) + " Warning: early\n"));
+}
+
+TEST(RunLog, NamesEachReminderOnce) {
+    RunLog log;
+    EXPECT_EQ(log.reminders(), "");
+    error_of([&log] {
+        log.warn("first", "holes in a.map");
+        log.warn("second");
+        log.warn("third", "coarse b.map");
+        log.warn_line(" fourth", "holes in a.map");
+    });
+    EXPECT_EQ(log.reminders(), "holes in a.map; coarse b.map");
+}
+
+TEST(RunLog, WarnsOnStandardErrorWhereTheDiskIsFull) {
+    if (!std::filesystem::exists("/dev/full")) {
+        GTEST_SKIP();
+    }
+    RunLog log;
+    log.open("/dev/full");
+    EXPECT_EQ(error_of([&log] { EXPECT_THROW(log.warn("lost"), Stop); }), "Warning: lost\n");
+}
+
+TEST(Console, PrintsErrorsOnTheirOwnLines) {
+    EXPECT_EQ(error_of([] { console_error("a fault"); }), "a fault\n");
+}
+
 TEST(Console, PrintsOneLine) {
     ::testing::internal::CaptureStdout();
     console("- a step");
