@@ -26,8 +26,13 @@ void TextLog::open(const std::string& path, Existing existing) {
     close();
     path_ = path;
     const int mode = existing == Existing::append ? O_APPEND : O_TRUNC;
-    // Without waiting: a pipe of that name would otherwise hold the run until somebody reads.
-    descriptor_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | mode, 0666);
+    // Not through a link: it could lead to a file that the run was given. And without waiting: a
+    // pipe of that name would otherwise hold the run until somebody reads.
+    descriptor_ =
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW | mode, 0666);
+    if (descriptor_ < 0 && errno == ELOOP) {
+        stop(1, "the log cannot be opened: it is a link", path_, "remove the link");
+    }
     if (descriptor_ < 0) {
         stop(1, "the log cannot be opened: " + reason(), path_,
              "the case directory must exist and be writable");

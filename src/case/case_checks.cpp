@@ -6,10 +6,7 @@
 #include "base/edit.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
-#include "case/case_keys.hpp"
-#include "case/keyed_block.hpp"
 #include "case/wind_directions.hpp"
-#include "maps/local_metric.hpp"
 
 namespace torvex {
 
@@ -43,6 +40,20 @@ class Checks {
     const KeyLines& lines_;
 };
 
+// An iteration of more sweeps would never come to its end.
+void check_sweeps(const Checks& check, const CaseSettings& settings) {
+    constexpr std::int32_t most = 10000;
+    const auto sweeps = [&](const char* key, std::int32_t value) {
+        check.integer(key, value, value <= most, "at most " + std::to_string(most));
+    };
+    sweeps("NSWPU", settings.NSWPU);
+    sweeps("NSWPV", settings.NSWPV);
+    sweeps("NSWPW", settings.NSWPW);
+    sweeps("NSWPP", settings.NSWPP);
+    sweeps("NSWPK", settings.NSWPK);
+    sweeps("NSWPE", settings.NSWPE);
+}
+
 void check_angles(const Checks& check, const CaseSettings& settings) {
     std::set<std::string> tags;
     for (int iwd = 1; iwd <= settings.N_WIND_DIRECTION; ++iwd) {
@@ -59,16 +70,6 @@ void check_angles(const Checks& check, const CaseSettings& settings) {
     }
 }
 
-bool mixed_signs(const Triple& angle) {
-    bool positive = false;
-    bool negative = false;
-    for (const float member : angle.span()) {
-        positive = positive || member > 0.0F;
-        negative = negative || member < 0.0F;
-    }
-    return positive && negative;
-}
-
 }  // namespace
 
 void check_limits(const CaseText& file, const CaseSettings& settings, const KeyLines& lines) {
@@ -80,6 +81,7 @@ void check_limits(const CaseText& file, const CaseSettings& settings, const KeyL
                   "0 to " + std::to_string(max_sites));
     check.integer("MONITOR_STEP", settings.MONITOR_STEP, settings.MONITOR_STEP >= 1,
                   "at least 1 (it has no default)");
+    check_sweeps(check, settings);
     if (settings.WIND_TUNNEL_MODE > 0) {
         check.above_zero("WIND_TUNNEL_Z0", settings.WIND_TUNNEL_Z0);
     }
@@ -97,43 +99,6 @@ void check_limits(const CaseText& file, const CaseSettings& settings, const KeyL
     check.above_zero("MIN_DZ", settings.MIN_DZ);
     check.above_zero("MESH_VRATIO", settings.MESH_VRATIO);
     check_angles(check, settings);
-}
-
-void warn_of_mixed_signs(const CaseText& file, const CaseSettings& settings, const KeyLines& lines,
-                         RunLog& log) {
-    const auto warn = [&](const std::string& key, const Triple& angle) {
-        if (mixed_signs(angle)) {
-            log.timed(" (Warning) " + key + " has members of different sign; understood as " +
-                      std::string(left_adjusted(edit::F(minutes_of(angle) / 60.0, 14, 6))) +
-                      " degrees (" + lines.where(file, key) + ").");
-        }
-    };
-    warn("CENT_LON", settings.CENT_LON);
-    warn("CENT_LAT", settings.CENT_LAT);
-    if (settings.MONITOR_POSITION != 0) {
-        warn("MONITOR_LON", settings.MONITOR_LON);
-        warn("MONITOR_LAT", settings.MONITOR_LAT);
-    }
-    for (int n = 1; n <= settings.N_SITE; ++n) {
-        const Site& site = settings.SITE[static_cast<std::size_t>(n - 1)];
-        const std::string name = "SITE(" + std::to_string(n) + ")%";
-        warn(name + "LON", site.LON);
-        warn(name + "LAT", site.LAT);
-    }
-}
-
-void warn_of_unknown_keys(const CaseText& file, RunLog& log) {
-    for (const CaseGroup& block : keyed_blocks()) {
-        for (const UnknownKey& key : unknown_keys(file, block)) {
-            NearestName nearest(key.name);
-            for (const CaseKey& known : block.keys) {
-                nearest.offer(known.name);
-            }
-            log.timed(" (Warning) " + place(file.name, key.line) + ": block &" +
-                      std::string(block.name) + " has no key " + excerpt(key.name) +
-                      nearest.hint() + "; the line is passed over.");
-        }
-    }
 }
 
 }  // namespace torvex

@@ -25,6 +25,10 @@ struct CaseKey {
     std::string_view unit;
     std::string_view meaning;
     std::size_t length = 0;  // characters kept of a text
+
+    // Labels are cut to their length; the name of a file that is cut would name another file.
+    bool names_a_file() const { return length == file_name_length; }
+    static constexpr std::size_t file_name_length = 256;
 };
 
 // A field of the site records.

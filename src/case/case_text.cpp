@@ -33,6 +33,16 @@ std::size_t edit_distance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+void KeyLines::reach(std::string_view key, std::size_t element) {
+    std::size_t& highest = reached_[std::string(key)];
+    highest = std::max(highest, element);
+}
+
+std::size_t KeyLines::reached(std::string_view key) const {
+    const auto found = reached_.find(key);
+    return found == reached_.end() ? 0 : found->second;
+}
+
 std::string KeyLines::where(const CaseText& file, std::string_view key) const {
     const auto found = lines_.find(key);
     return found == lines_.end() ? file.name : place(file.name, found->second);

@@ -1,6 +1,7 @@
 #include "case/keyed_block.hpp"
 
 #include <algorithm>
+#include <array>
 
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
@@ -68,7 +69,7 @@ ValueToken as_text(ValueToken token) {
     return token;
 }
 
-bool read_value(const FoundLine& found, const KeyTarget& target, std::size_t length,
+bool read_value(const FoundLine& found, const KeyTarget& target, TextRule text,
                 AssignFault& fault) {
     const bool is_text = std::holds_alternative<std::string*>(target);
     const char* const start = found.value.data();
@@ -81,7 +82,7 @@ bool read_value(const FoundLine& found, const KeyTarget& target, std::size_t len
         } else if (token.kind == ValueToken::Kind::end && n > 0) {
             break;
         }
-        if (!assign(target, n, token, length, fault)) {
+        if (!assign(target, n, token, text, fault)) {
             return false;
         }
     }
@@ -89,10 +90,10 @@ bool read_value(const FoundLine& found, const KeyTarget& target, std::size_t len
 }
 
 KeyStatus read_key(const CaseText& file, std::string_view block, std::string_view key,
-                   const KeyTarget& target, std::size_t length = 0) {
+                   const KeyTarget& target, TextRule text = {}) {
     const FoundLine found = find_key(file, block, key);
     AssignFault fault;
-    if (found.status == KeyStatus::read && !read_value(found, target, length, fault)) {
+    if (found.status == KeyStatus::read && !read_value(found, target, text, fault)) {
         return KeyStatus::bad_value;
     }
     return found.status;
@@ -117,7 +118,7 @@ KeyStatus read_real_key(const CaseText& file, std::string_view block, std::strin
 
 KeyStatus read_text_key(const CaseText& file, std::string_view block, std::string_view key,
                         std::string& value, std::size_t length) {
-    return read_key(file, block, key, &value, length);
+    return read_key(file, block, key, &value, {.length = length});
 }
 
 KeyStatus read_logical_key(const CaseText& file, std::string_view block, std::string_view key,
@@ -130,7 +131,7 @@ KeyStatus read_table_key(const CaseText& file, std::string_view block, const Cas
     const FoundLine found = find_key(file, block, key.name);
     AssignFault fault;
     if (found.status == KeyStatus::read &&
-        !read_value(found, key.target(settings), key.length, fault)) {
+        !read_value(found, key.target(settings), {key.length, key.names_a_file()}, fault)) {
         stop(1,
              "block &" + std::string(block) + ": key " + std::string(key.name) + ": cannot read " +
                  excerpt(fault.text) + ", expected " + fault.expected,
@@ -139,13 +140,41 @@ KeyStatus read_table_key(const CaseText& file, std::string_view block, const Cas
     return found.status;
 }
 
+bool is_shape_set_key(std::string_view key) {
+    constexpr std::array sets{"sf_build", "sf_tree", "trdb2shp"};
+    constexpr std::array suffixes{
+        "filename",     "cs",           "dbf_h",       "dbf_pd",         "dbf_rls",
+        "dbf_cf",       "scale",        "dbf_z0",      "dbf_z0org",      "dbf_luid",
+        "data_type",    "uconv",        "height_unit", "height_missing", "height_missing_value",
+        "n_mod_entity", "height_marker"};
+    const std::size_t percent = key.find('%');
+    if (percent == std::string_view::npos ||
+        std::ranges::find(sets, key.substr(0, percent)) == sets.end()) {
+        return false;
+    }
+    std::string_view suffix = key.substr(percent + 1);
+    constexpr std::string_view modified = "mod_";
+    if (suffix.starts_with(modified)) {
+        suffix.remove_prefix(modified.size());
+        return !suffix.empty() && suffix.find_first_not_of("0123456789") == std::string_view::npos;
+    }
+    return std::ranges::find(suffixes, suffix) != suffixes.end();
+}
+
+std::optional<long> line_of_key(const CaseText& file, std::string_view block,
+                                std::string_view key) {
+    const FoundLine found = find_key(file, block, key);
+    return found.status == KeyStatus::read ? std::optional(found.line) : std::nullopt;
+}
+
 std::vector<UnknownKey> unknown_keys(const CaseText& file, const CaseGroup& block) {
     std::vector<UnknownKey> unknown;
     walk_block(file, block.name, [&](std::string_view line, long number) {
         const std::string_view name = key_of(line);
         const bool known = std::ranges::any_of(
             block.keys, [name](const CaseKey& key) { return key.name == name; });
-        if (!name.empty() && !line.starts_with('!') && !known) {
+        if (!name.empty() && !line.starts_with('!') && !known &&
+            !(block.name == "shp_parameters" && is_shape_set_key(name))) {
             unknown.push_back({std::string(name), number});
         }
         return true;

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
@@ -51,15 +52,22 @@ std::string_view rest_of_line(const TextCursor& cursor) {
     return trimmed(rest.substr(0, rest.find_first_of("\r\n")));
 }
 
+// What stands behind the ")" of a line; nothing if it has none.
+std::string_view behind_parenthesis(std::string_view text) {
+    const std::size_t close = text.find_first_of(")\n");
+    return close == std::string_view::npos || text[close] == '\n' ? std::string_view{}
+                                                                  : text.substr(close + 1);
+}
+
 // True where the next item begins: name [(...)] [%name [(...)]] =, all on one line.
 bool at_item(const TextCursor& cursor) {
-    std::string_view text = rest_of_line(cursor);
+    // No step looks further than the item goes: this is asked for every value of a long line.
+    std::string_view text = rest_of(cursor);
     const auto pass_name_and_index = [&text] {
         const std::string_view name = leading_name(text);
         text = left_adjusted(text.substr(name.size()));
         if (!name.empty() && !text.empty() && text.front() == '(') {
-            const std::size_t close = text.find(')');
-            text = left_adjusted(close == std::string_view::npos ? "" : text.substr(close + 1));
+            text = left_adjusted(behind_parenthesis(text));
         }
         return !name.empty();
     };
@@ -79,9 +87,8 @@ bool at_group_end(const TextCursor& cursor) {
 
 class GroupReader {
  public:
-    GroupReader(const CaseText& file, const CaseGroup& group, CaseSettings& settings,
-                KeyLines& lines)
-        : file_(file), group_(group), settings_(settings), lines_(lines) {}
+    GroupReader(const CaseText& file, const NamelistGroup& group, KeyLines& lines)
+        : file_(file), group_(group), lines_(lines) {}
 
     void read() {
         find_group();
@@ -97,6 +104,7 @@ class GroupReader {
         KeyTarget target;
         std::size_t first = 0;  // first element that takes a value, from 0
         std::size_t length = 0;
+        bool is_file = false;
     };
 
     [[noreturn]] void fail(const std::string& what, long line, const std::string& fix = {}) const {
@@ -120,8 +128,7 @@ class GroupReader {
             ++cursor.line;
         }
         stop(1, "group &" + std::string(group_.name) + " is missing" + nearest.hint(), file_.name,
-             "all eight groups are mandatory; an empty one, &" + std::string(group_.name) +
-                 " /, is enough");
+             group_.if_missing);
     }
 
     // Passes blanks, line ends, comments and stray commas in front of the next item.
@@ -186,11 +193,12 @@ class GroupReader {
         if (!take('(')) {
             return std::nullopt;
         }
-        const std::string_view rest = rest_of_line(cursor_);
-        const std::size_t close = rest.find(')');
-        const std::string_view word = trimmed(rest.substr(0, close));
+        const std::string_view rest = rest_of(cursor_);
+        const std::size_t end = rest.find_first_of(")\n");
+        const bool closed = end != std::string_view::npos && rest[end] == ')';
+        const std::string_view word = trimmed(rest.substr(0, end));
         std::int32_t index = 0;
-        if (close == std::string_view::npos || !parse_integer(word, index)) {
+        if (!closed || !parse_integer(word, index)) {
             fail("key " + label + ": cannot read the index " + excerpt(word) +
                      ", expected one integer in parentheses",
                  cursor_.line);
@@ -204,21 +212,16 @@ class GroupReader {
         return static_cast<std::size_t>(index - 1);
     }
 
-    const CaseKey& find_key(std::string_view name) const {
+    const GroupKey& find_key(std::string_view name) const {
         NearestName nearest(name);
-        for (const CaseKey& key : group_.keys) {
+        for (const GroupKey& key : group_.keys) {
             if (equal_without_case(key.name, name)) {
                 return key;
             }
             nearest.offer(key.name);
         }
-        for (const CaseGroup& other : namelist_groups()) {
-            for (const CaseKey& key : other.keys) {
-                if (equal_without_case(key.name, name)) {
-                    fail("unknown key \"" + std::string(name) + "\"", cursor_.line,
-                         "it is a key of &" + std::string(other.name));
-                }
-            }
+        if (const std::string home = group_.home_of ? group_.home_of(name) : ""; !home.empty()) {
+            fail("unknown key \"" + std::string(name) + "\"", cursor_.line, home);
         }
         fail("unknown key " + excerpt(name) + nearest.hint(), cursor_.line);
     }
@@ -232,6 +235,7 @@ class GroupReader {
         }
         const std::string_view name = take_name();
         NearestName nearest(name);
+        lines_.reach("SITE", *n + 1);
         for (const SiteField& field : site_fields()) {
             if (equal_without_case(field.name, name)) {
                 item.target = field.target(sites[*n]);
@@ -251,8 +255,8 @@ class GroupReader {
             fail("cannot read " + excerpt(rest_of_line(cursor_)) + ", expected a key or /",
                  cursor_.line);
         }
-        const CaseKey& key = find_key(name);
-        Item item{std::string(key.name), key.target(settings_), 0, key.length};
+        const GroupKey& key = find_key(name);
+        Item item{std::string(key.name), key.target, 0, key.length, key.is_file};
         if (const auto* sites = std::get_if<std::span<Site>>(&item.target)) {
             read_site_member(item, *sites);
         }
@@ -276,25 +280,25 @@ class GroupReader {
                     break;
                 }
             }
-            const ValueToken token = scanner.next();
+            const ValueToken& token = scanner.next();
             // A comma too many behind the last element is harmless, a repeat count is not.
             if (token.kind == ValueToken::Kind::null && n >= capacity(item.target) &&
                 !scanner.repeating()) {
                 continue;
             }
             AssignFault fault;
-            if (!assign(item.target, n, token, item.length, fault)) {
+            if (!assign(item.target, n, token, {item.length, item.is_file}, fault)) {
                 fail("key " + item.label + ": cannot read " + excerpt(fault.text) + ", expected " +
                          fault.expected,
                      fault.line);
             }
+            lines_.reach(item.label, n + 1);
         }
         cursor_ = scanner.cursor();
     }
 
     const CaseText& file_;
-    const CaseGroup& group_;
-    CaseSettings& settings_;
+    const NamelistGroup& group_;
     KeyLines& lines_;
     TextCursor cursor_;
     long opened_ = 0;  // line of the group's name
@@ -302,9 +306,29 @@ class GroupReader {
 
 }  // namespace
 
+void read_namelist_group(const CaseText& file, const NamelistGroup& group, KeyLines& lines) {
+    GroupReader(file, group, lines).read();
+}
+
 void read_namelist_group(const CaseText& file, const CaseGroup& group, CaseSettings& settings,
                          KeyLines& lines) {
-    GroupReader(file, group, settings, lines).read();
+    std::vector<GroupKey> keys;
+    for (const CaseKey& key : group.keys) {
+        keys.push_back({key.name, key.target(settings), key.length, key.names_a_file()});
+    }
+    const std::string if_missing = "all eight groups are mandatory; an empty one, &" +
+                                   std::string(group.name) + " /, is enough";
+    const auto home_of = [](std::string_view name) -> std::string {
+        for (const CaseGroup& other : namelist_groups()) {
+            for (const CaseKey& key : other.keys) {
+                if (equal_without_case(key.name, name)) {
+                    return "it is a key of &" + std::string(other.name);
+                }
+            }
+        }
+        return {};
+    };
+    read_namelist_group(file, {group.name, keys, if_missing, home_of}, lines);
 }
 
 }  // namespace torvex

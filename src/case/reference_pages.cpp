@@ -2,6 +2,7 @@
 
 #include "base/stop.hpp"
 #include "case/case_keys.hpp"
+#include "case/key_effects.hpp"
 
 namespace torvex {
 
@@ -36,12 +37,21 @@ std::string fallback_of(const CaseKey& key, const std::string& type) {
     return type.find('[') == std::string::npos ? value : "all " + value;
 }
 
+std::string_view condition_of(const CaseKey& key) {
+    const KeyEffect* const effect = effect_of(key.name);
+    if (effect == nullptr) {
+        return "";
+    }
+    return effect->never() ? "accepted, without effect" : effect->condition;
+}
+
 std::string key_table(const CaseGroup& group, CaseSettings& settings) {
-    std::string text =
-        row({"Key", "Type", "Default", "Unit", "Meaning"}) + "| --- | --- | --- | --- | --- |\n";
+    std::string text = row({"Key", "Type", "Default", "Unit", "Meaning", "Acts"}) +
+                       "| --- | --- | --- | --- | --- | --- |\n";
     for (const CaseKey& key : group.keys) {
         const std::string type = type_name(key.target(settings), key.length);
-        text += row({code(key.name), type, fallback_of(key, type), key.unit, key.meaning});
+        text += row({code(key.name), type, fallback_of(key, type), key.unit, key.meaning,
+                     condition_of(key)});
     }
     return text;
 }
@@ -67,7 +77,8 @@ std::string case_file_page() {
         "One text file, `torvex.tin` unless `/f NAME` says otherwise, holds every setting of a "
         "run.\nRelative file names in it are taken from its own directory.\n\n"
         "Types: `I` integer, `R` real, `L` logical, `C n` text of up to n characters; `[n]` a list "
-        "with the\nindices 1 to n. \"none\" means 0, false or blank where the file says nothing.\n"
+        "with the\nindices 1 to n. \"none\" means 0, false or blank where the file says nothing. "
+        "\"Acts\" tells on\nwhat a key depends; a key given in vain is told on standard error.\n"
         "\n## Namelist groups\n\n"
         "```\n&NML_MONITOR\n  MONITOR_POSITION = 0   ! the case centre\n  MONITOR_STEP = 10\n/\n"
         "```\n\n"

@@ -1,5 +1,6 @@
 #include "case/value_assignment.hpp"
 
+#include <algorithm>
 #include <cmath>
 
 namespace torvex {
@@ -24,7 +25,7 @@ struct Capacity {
 struct Assign {
     std::size_t n;
     const ValueToken& token;
-    std::size_t length;
+    TextRule text;
     std::string& expected;
 
     bool operator()(std::span<std::int32_t> values) const {
@@ -47,7 +48,12 @@ struct Assign {
         if (token.kind != ValueToken::Kind::quoted) {
             return false;
         }
-        *value = token.text.substr(0, length);
+        const std::size_t end = token.text.find_last_not_of(' ') + 1;
+        if (text.whole && end > text.length) {
+            expected = "a name of at most " + std::to_string(text.length) + " characters";
+            return false;
+        }
+        *value = token.text.substr(0, std::min(end, text.length));
         value->erase(value->find_last_not_of(' ') + 1);
         return true;
     }
@@ -75,7 +81,7 @@ std::size_t capacity(const KeyTarget& target) {
     return std::visit(Capacity{}, target);
 }
 
-bool assign(const KeyTarget& target, std::size_t n, const ValueToken& token, std::size_t length,
+bool assign(const KeyTarget& target, std::size_t n, const ValueToken& token, TextRule text,
             AssignFault& fault) {
     if (n >= capacity(target)) {
         fault = {token.text, "at most " + std::to_string(capacity(target)) + " value(s)",
@@ -86,7 +92,7 @@ bool assign(const KeyTarget& target, std::size_t n, const ValueToken& token, std
         return true;
     }
     std::string expected;
-    if (!std::visit(Assign{n, token, length, expected}, target)) {
+    if (!std::visit(Assign{n, token, text, expected}, target)) {
         fault = {token.text, expected, token.line};
         return false;
     }

@@ -17,9 +17,15 @@ struct AssignFault {
 // Number of values that a target can take; a list without a fixed length takes 1000.
 std::size_t capacity(const KeyTarget& target);
 
-// Gives value n (from 0) of a target the text of a token; a null token leaves it alone. Texts are
-// cut to `length` and lose trailing blanks. Infinities and NaN are no values of a case.
-bool assign(const KeyTarget& target, std::size_t n, const ValueToken& token, std::size_t length,
+// What becomes of a text: labels are cut to `length`, a `whole` one that is longer is refused.
+struct TextRule {
+    std::size_t length = 0;
+    bool whole = false;
+};
+
+// Gives value n (from 0) of a target the text of a token; a null token leaves it alone. Texts lose
+// trailing blanks. Infinities and NaN are no values of a case.
+bool assign(const KeyTarget& target, std::size_t n, const ValueToken& token, TextRule text,
             AssignFault& fault);
 
 }  // namespace torvex

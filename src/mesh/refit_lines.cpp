@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "base/list_input.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
@@ -19,7 +20,7 @@ namespace torvex {
 
 namespace {
 
-constexpr const char* plain_name = "log-meshnumber";
+const std::string plain_name(file_names::mesh_log);
 constexpr const char* refitted_name = "tmp";
 
 // A plane of the line and where the recorded line has it.

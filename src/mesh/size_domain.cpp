@@ -198,8 +198,8 @@ MeshLines computed_lines(const CaseSettings& settings, MapState& maps, RunLog& l
 void warn_of_short_zones(const MeshLines& lines, RunLog& log) {
     const auto warn = [&log](const char* zone, int cells) {
         if (cells == 1) {
-            log.timed(" (Warning) The " + std::string(zone) +
-                      " buffer zone is one cell long: widen it or use finer cells.");
+            log.warn_line(" (Warning) The " + std::string(zone) +
+                          " buffer zone is one cell long: widen it or use finer cells.");
         }
     };
     warn("upwind", lines.n_up - lines.n_add);

@@ -8,6 +8,7 @@
 #include <system_error>
 
 #include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "base/list_input.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
@@ -50,12 +51,12 @@ void write_restart_info(RestartInfoName& last, const std::string& stem, const Re
     if (numbered.value_or(false)) {
         last.path = stem + "restart-" + edit::I(info.outer_count, 5, 5) + ".info";
     } else if (numbered || last.path.empty()) {
-        last.path = stem + "restart.info";
+        last.path = stem + std::string(file_names::restart_info);
     }
     write_restart_file(last.path, info);
 }
 
-void forget_restart_info(const std::string& path) {
+void forget_file(const std::string& path) {
     if (::unlink(path.c_str()) != 0 && errno != ENOENT) {
         stop(1, "the file cannot be removed: " + std::generic_category().message(errno), path,
              "remove it by hand");

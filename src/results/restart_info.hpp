@@ -44,7 +44,7 @@ void write_restart_file(const std::string& path, const RestartInfo& info);
 // Removes the file, where there is one, before the mesh of its direction is made anew: a run that
 // is killed before it writes its own must not leave it beside files that it does not belong to. A
 // file that cannot be removed is a stop.
-void forget_restart_info(const std::string& path);
+void forget_file(const std::string& path);
 
 // Nothing if the file is missing or has no readable count. Residuals behind the first unreadable
 // one stay unknown. Lines behind the second are not looked at.

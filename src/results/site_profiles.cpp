@@ -15,6 +15,7 @@
 #include <optional>
 
 #include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
 #include "base/whole_file.hpp"
@@ -77,10 +78,10 @@ std::optional<std::string> write_site(const Site& site, const SiteOutput& output
 
 void write_label_list(const std::string& lines, const SiteOutput& output, RunLog& log) {
     try {
-        write_text_file_whole(label_list_name, lines);
+        write_text_file_whole(std::string(file_names::label_list), lines);
     } catch (const Stop& failure) {
-        log.timed(wind_direction(output) + ": (Warning) " + label_list_name + ": " +
-                  failure.reason());
+        log.warn_line(wind_direction(output) + ": (Warning) " +
+                      std::string(file_names::label_list) + ": " + failure.reason());
     }
 }
 
@@ -90,6 +91,18 @@ void write_inflow(const SiteOutput& output) {
 }
 
 }  // namespace
+
+std::vector<std::string> sites_outside(const SiteOutput& output) {
+    std::vector<std::string> outside;
+    for (int n = 1; n <= output.settings.N_SITE; ++n) {
+        const Site& site = output.settings.SITE[static_cast<std::size_t>(n - 1)];
+        if (!place_of(site, output).inside()) {
+            outside.push_back(site.LABEL.empty() ? "SITE(" + std::to_string(n) + ")"
+                                                 : std::string(trimmed(site.LABEL)));
+        }
+    }
+    return outside;
+}
 
 void write_site_profiles(const SiteOutput& output, RunLog& log) {
     const CaseSettings& settings = output.settings;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "base/case_settings.hpp"
 #include "base/run_log.hpp"
@@ -8,9 +9,6 @@
 #include "solver/flow_state.hpp"
 
 namespace torvex {
-
-// Written beside the case file, whatever the prefix of the run, anew at each site output.
-inline constexpr const char* label_list_name = "_latlon_label_list.txt";
 
 // What the site output of a wind direction is made from.
 struct SiteOutput {
@@ -20,6 +18,9 @@ struct SiteOutput {
     float angle;              // where the wind comes from [deg]
     const std::string& stem;  // head of the names of the profile files
 };
+
+// The labels of the sites that lie outside the mesh, SITE(n) for one without.
+std::vector<std::string> sites_outside(const SiteOutput& output);
 
 // A profile file for each site in the mesh, the list of their labels, and the profile of the inflow
 // unless the run is nested. A site outside gets a warning in the log, no file and no line in the

@@ -66,7 +66,10 @@ off_t slot_offset(int n) {
 }
 
 [[noreturn]] void fail(const std::string& what, const std::string& path) {
-    stop(1, "cannot " + what + " the monitor file: " + std::strerror(errno), path);
+    const bool link = errno == ELOOP;
+    stop(1,
+         "cannot " + what + " the monitor file: " + (link ? "it is a link" : std::strerror(errno)),
+         path, link ? "remove the link: it could lead to a file that the run was given" : "");
 }
 
 }  // namespace
@@ -78,7 +81,7 @@ ViewTable::~ViewTable() {
 void ViewTable::open(const std::string& path, Existing existing) {
     close();
     path_ = path;
-    descriptor_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    descriptor_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644);
     if (descriptor_ < 0) {
         fail("open", path_);
     }
@@ -196,8 +199,8 @@ bool copy_view_log(const std::string& from, const std::string& to) {
         refuse(EINVAL);
     }
     require_table_size(status.st_size, from);
-    const Descriptor target(
-        ::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, 0644));
+    const Descriptor target(::open(
+        to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC | O_NOFOLLOW, 0644));
     if (target.number < 0) {
         refuse(errno);
     }

@@ -47,7 +47,7 @@ float exponent_of_direction(const RoughnessPass& pass, float last_alpha) {
     const float q = wraps ? wd + 360.0F : wd;
     const std::optional<float> alpha = interpolated_alpha(direction, pass.settings.alpha_value, q);
     if (!alpha) {
-        pass.tell("WARNING! Direction is outside the table of directional alpha.");
+        pass.warn("WARNING! Direction is outside the table of directional alpha.");
     }
     return alpha.value_or(last_alpha);
 }
@@ -98,7 +98,7 @@ void take_directional_alpha(const RoughnessPass& pass, UpwindRoughness& upwind) 
     const AlphaStatus status = alpha2z0(upwind.alpha, search, upwind.z_up, rounds);
     write_text_file_whole("alpha2z0_convergence-" + pass.tag + ".txt", convergence_text(rounds));
     if (status == AlphaStatus::not_converged) {
-        pass.tell("WARNING! Bisection method not converged.");
+        pass.warn("WARNING! Bisection method not converged.");
     } else {
         pass.tell("Corresponding z0, " + edit::E(upwind.z_up, 11, 4) + " (m) is used.");
     }

@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "base/list_input.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
@@ -24,7 +25,7 @@ void write_roughness_table(const std::string& path, const Field2& z0) {
 }
 
 std::string upwind_roughness_name(const std::string& tag) {
-    return "log-upwind_roughness-" + tag;
+    return std::string(file_names::upwind_roughness_log) + tag;
 }
 
 void write_upwind_roughness(const std::string& path, float z_up) {

@@ -22,6 +22,7 @@ struct RoughnessPass {
 
     // A timed line that names the direction.
     void tell(const std::string& text) const { log.timed(" WD " + tag + ": " + text); }
+    void warn(const std::string& text) const { log.warn_line(" WD " + tag + ": " + text); }
 };
 
 // What is kept from one direction to the next.

@@ -26,29 +26,30 @@ void check_coordinate(const Field3& x, const char* name, const std::string& file
 }
 
 // All columns but `margin` of them along the edge.
-void check_columns(const Field2& z0, int margin, const std::string& file, int code) {
+std::optional<std::string> fault_of_columns(const Field2& z0, int margin) {
     for (int j = 1 + margin; j <= z0.nj() - margin; ++j) {
         for (int i = 1 + margin; i <= z0.ni() - margin; ++i) {
             if (!(z0(i, j) > 0.0F) || !std::isfinite(z0(i, j))) {
-                stop(code,
-                     "cell (" + std::to_string(i) + ", " + std::to_string(j) +
-                         "): the roughness length is " +
-                         std::string(trimmed(edit::E(z0(i, j), 12, 4))) +
-                         " m, expected a finite value above 0",
-                     file);
+                return "cell (" + std::to_string(i) + ", " + std::to_string(j) +
+                       "): the roughness length is " +
+                       std::string(trimmed(edit::E(z0(i, j), 12, 4))) +
+                       " m, expected a finite value above 0";
             }
         }
     }
+    return std::nullopt;
 }
 
 }  // namespace
 
 void check_roughness(const Field2& z0, const std::string& file, int code) {
-    check_columns(z0, 0, file, code);
+    if (const auto fault = fault_of_columns(z0, 0)) {
+        stop(code, *fault, file);
+    }
 }
 
-void check_inner_roughness(const Field2& z0, const std::string& file) {
-    check_columns(z0, 1, file, 1);
+std::optional<std::string> fault_of_inner_roughness(const Field2& z0) {
+    return fault_of_columns(z0, 1);
 }
 
 void check_nodes(const GridGeometry& grid, const std::string& file, int code) {

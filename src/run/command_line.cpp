@@ -8,7 +8,7 @@ namespace torvex {
 std::string case_file_argument(const std::vector<std::string>& arguments) {
     std::string case_file = "torvex.tin";
     for (std::size_t n = 0; n < arguments.size(); ++n) {
-        if (left_adjusted(arguments[n]) != "/f") {
+        if (trimmed(arguments[n]) != "/f") {
             stop(102, "unknown argument \"" + arguments[n] + "\"", {},
                  "usage: torvex [/f CASE_FILE]");
         }

@@ -3,10 +3,10 @@
 #include <vector>
 
 #include "run/run_torvex.hpp"
-#include "run/wait_policy.hpp"
+#include "run/runtime_settings.hpp"
 
 int main(int argc, char** argv) {
-    torvex::prefer_short_waits(argv);
+    torvex::settle_runtime(argv);
     // A closed console or a file size limit is an error to report, not a reason to die.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

@@ -1,6 +1,7 @@
 #include "run/mesh_log.hpp"
 
 #include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "base/whole_file.hpp"
 
 namespace torvex {
@@ -46,7 +47,7 @@ void write_mesh_log(const std::string& run_prefix, const MeshLines& lines) {
     text += line_block("#==x(i)==", lines.x_line);
     text += line_block("#==y(j)==", lines.y_line);
     text += line_block("#==x(i)==", lines.z_line);  // the heading of the z block is the x one
-    write_text_file_whole(run_prefix + "log-meshnumber", text);
+    write_text_file_whole(run_prefix + std::string(file_names::mesh_log), text);
 }
 
 }  // namespace torvex

@@ -17,14 +17,17 @@
 #include <limits>
 
 #include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "base/iteration_report.hpp"
 #include "base/stop.hpp"
 #include "base/text_log.hpp"
 #include "mesh/grid.hpp"
+#include "results/finite_fields.hpp"
 #include "run/control_files.hpp"
 #include "run/iteration_table.hpp"
 #include "run/progress.hpp"
 #include "run/result_writers.hpp"
+#include "run/runtime_settings.hpp"
 #include "run/sample_monitor.hpp"
 #include "solver/clearing_pass.hpp"
 #include "solver/coarse_roughness.hpp"
@@ -50,7 +53,7 @@ void open_convergence_log(Run& run, const Direction& direction, TextLog& log) {
     using Existing = TextLog::Existing;
     // Once a direction has been resumed, all later ones of the run append to their logs.
     run.append_convergence_logs = run.append_convergence_logs || direction.outer_count > 0;
-    log.open(direction.restart_stem + "torvex.conv.log",
+    log.open(direction.restart_stem + std::string(file_names::convergence_log),
              run.append_convergence_logs ? Existing::append : Existing::discard);
 }
 
@@ -255,6 +258,24 @@ Verdict iterate(Run& run, Direction& direction, const Equations& equations,
     return end_iteration(run, direction, loop);
 }
 
+// Fields that hold Inf or NaN have diverged, whatever ended the loop: residuals tell of the cells
+// that an equation solves, and only where they are summed. The outcome is the one of a next
+// iteration that finds it.
+void scan_fields(Run& run, Direction& direction, Loop& loop) {
+    const auto found = first_not_finite(result_fields(direction.flow));
+    if (!found) {
+        return;
+    }
+    run.log.timed(" WD " + edit::F(direction.angle, 5, 1) + ": " + std::string(found->field) +
+                  " is no finite number in cell (" + std::to_string(found->i) + ", " +
+                  std::to_string(found->j) + ", " + std::to_string(found->k) + ").");
+    direction.converged = false;
+    direction.diverged = true;
+    loop.prev_iter = static_cast<int>(std::min(loop.iter, loop.last_iter));
+    loop.prev_resid = direction.tested;
+    direction.outer_count = loop.prev_iter;
+}
+
 void prepare(Run& run, Direction& direction) {
     clearing_pass(run.settings, direction.flow);
     GRID(direction.grid);
@@ -293,11 +314,12 @@ void OUTER_ITERATION(Run& run, Direction& direction, const Equations& equations)
     }
     const std::int32_t interval_before = run.intermediate_interval;
     read_intermediate_interval(run.intermediate_interval);
-    if (run.intermediate_interval != interval_before) {
+    if (run.intermediate_interval > 0 || run.intermediate_interval != interval_before) {
         run.log.timed(" Intermediate results every " + std::to_string(run.intermediate_interval) +
                       " iterations.");
     }
 
+    cap_threads(direction.grid.nk);  // the loops share out planes
     SolverWork work;
     work.allocate(direction.grid.ni, direction.grid.nj, direction.grid.nk);
     const SolverContext context{settings, direction.grid, direction.flow,
@@ -318,6 +340,9 @@ void OUTER_ITERATION(Run& run, Direction& direction, const Equations& equations)
         direction.outer_count = static_cast<int>(loop.iter - 1);
     }
     convergence_log.close();
+    if (settings.MAXIT > 0 && !direction.diverged) {
+        scan_fields(run, direction, loop);
+    }
     if (direction.diverged) {
         console("diverged !!");
         write_diverged_result(run, direction, loop.prev_iter, loop.prev_resid);

@@ -68,22 +68,24 @@ void read_roughness(const std::string& file, const GridGeometry& grid, Field2& z
     check_roughness(z0, file);
 }
 
-void start_fields(Run& run, Direction& direction) {
+// Fills the start fields and tells what from.
+std::string start_fields(Run& run, Direction& direction) {
     const CaseSettings& settings = run.settings;
     switch (settings.user.inlet) {
         case 0:
             console("- TORVEX default inflow is used.");
             INIT(settings, direction.grid, direction.angle, direction.tag, run.log, direction.flow);
-            break;
+            return settings.SPECIFY_INFLOW_PROFILE ? "the inflow profile file"
+                                                   : "the power law of the inflow";
         case 1:
             console("- User specified inflow is used.");
             console("- Read inflow profile from : " + settings.user.inflow_profile_file);
             fill_table_inflow(settings, direction.grid, direction.flow);
-            break;
+            return "the inflow profile table";
         case 2:
             console("- TORVEX equilibrium inflow is used.");
             fill_equilibrium_inflow(settings, direction.grid, direction.flow);
-            break;
+            return "the equilibrium inflow";
         default:
             inflow_file_error("inlet is " + std::to_string(settings.user.inlet),
                               "block &user_domain, inlet");
@@ -157,10 +159,10 @@ void READ_MESH_ETC(Run& run, Direction& direction) {
     GRID(grid);
     check_given_mesh(grid, user.xyz_file);
     read_user_canopy(run, direction);
-    start_fields(run, direction);
-    forget_restart_info(direction.restart_stem + "restart.info");
+    const std::string origin = start_fields(run, direction);
+    forget_file(restart_info_path(direction));
     write_domain(user, direction);
-    finish_start(run, direction);
+    finish_start(run, direction, origin);
 }
 
 }  // namespace torvex

@@ -29,7 +29,7 @@ void read_restart(const Run& run, Direction& direction) {
     direction.outer_count = 0;
     direction.tested.k = 0.0F;
     direction.tested.e = 0.0F;
-    if (const auto info = read_restart_info(stem + "restart.info")) {
+    if (const auto info = read_restart_info(restart_info_path(direction))) {
         direction.outer_count = info->outer_count;
         direction.tested.m = info->resid_m;
         direction.tested.u = info->resid_u;

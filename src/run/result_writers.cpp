@@ -28,7 +28,7 @@ RestartInfo info_of(const Run& run, const Direction& direction, int iteration,
 
 void write_final_result(Run& run, Direction& direction) {
     write_result(run, direction, direction.outer_count, direction.max_resid_m);
-    write_restart_file(direction.restart_stem + "restart.info",
+    write_restart_file(restart_info_path(direction),
                        info_of(run, direction, direction.outer_count, direction.tested));
     write_sites(run, direction);
 }

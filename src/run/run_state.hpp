@@ -12,6 +12,7 @@
 #include "results/restart_info.hpp"
 #include "results/view_table.hpp"
 #include "roughness/roughness_pass.hpp"
+#include "run/closing_line.hpp"
 #include "run/monitor_logs.hpp"
 #include "solver/flow_state.hpp"
 
@@ -20,9 +21,10 @@ namespace torvex {
 // What lives for the whole run.
 struct Run {
     CaseSettings settings;
-    RunLog log;                       // "torvex.log"
-    ViewTable directions;             // view-wind_direction.dat; its lock guards the directory
-    std::vector<std::string> wd_tag;  // tag of direction iwd is wd_tag[iwd - 1]
+    RunLog log;                            // "torvex.log"
+    ViewTable directions;                  // view-wind_direction.dat; its lock guards the directory
+    std::vector<std::string> wd_tag;       // tag of direction iwd is wd_tag[iwd - 1]
+    std::vector<DirectionRecord> records;  // how direction iwd ended is records[iwd - 1]
     MeshLines lines;
     MapState maps;
     std::int32_t intermediate_interval = 0;  // iterations between intermediate results, 0: none
@@ -51,6 +53,7 @@ struct Direction {
     bool converged = false;
     bool diverged = false;
     bool stop_requested = false;
+    bool anew = false;      // its saved state belongs to another case and is not gone on with
     int outer_count = 0;    // outer iterations done
     float max_resid_m = 0;  // kept in the result file
     Residuals tested{unknown_residual, unknown_residual, unknown_residual,
@@ -64,6 +67,9 @@ struct Direction {
 
 // Frees all arrays of a direction: mesh, flow and canopy.
 void release_fields(Run& run, Direction& direction);
+
+// The plain restart.info of a direction.
+std::string restart_info_path(const Direction& direction);
 
 // The arrays of a flow as the result files take them and fill them.
 ResultFields result_fields(const FlowState& flow);

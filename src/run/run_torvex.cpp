@@ -5,50 +5,39 @@
 #include <algorithm>
 #include <array>
 #include <exception>
-#include <filesystem>
-#include <iostream>
 #include <new>
+#include <string_view>
 
-#include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "base/stop.hpp"
-#include "canopy/canopy_file.hpp"
+#include "base/text_file.hpp"
 #include "case/case_blocks.hpp"
 #include "case/case_checks.hpp"
 #include "case/case_directory.hpp"
 #include "case/case_file.hpp"
+#include "case/case_warnings.hpp"
 #include "case/wind_directions.hpp"
-#include "maps/load_maps.hpp"
-#include "mesh/cell_geometry.hpp"
-#include "mesh/make_mesh.hpp"
 #include "mesh/size_domain.hpp"
 #include "results/restart_info.hpp"
-#include "results/result_files.hpp"
-#include "roughness/calc_roughness1.hpp"
-#include "roughness/calc_sbz_roughness2.hpp"
-#include "run/check_fields.hpp"
+#include "run/closing_line.hpp"
 #include "run/command_line.hpp"
 #include "run/control_files.hpp"
 #include "run/criteria.hpp"
-#include "run/direction_canopy.hpp"
 #include "run/mesh_log.hpp"
 #include "run/monitor_logs.hpp"
 #include "run/outcome.hpp"
 #include "run/outer_iteration.hpp"
-#include "run/read_mesh_etc.hpp"
-#include "run/read_restart.hpp"
+#include "run/prepare_direction.hpp"
 #include "run/result_writers.hpp"
+#include "run/runtime_settings.hpp"
 #include "run/steps_to_come.hpp"
-#include "run/stored_start.hpp"
 #include "run/write_sites.hpp"
-#include "solver/init.hpp"
 
 namespace torvex {
 
 namespace {
 
 constexpr const char* version = "5.0176";
-constexpr const char* log_file = "torvex.log";
-const std::string directions_name = "view-wind_direction.dat";
 
 CaseText find_case(const std::vector<std::string>& arguments) {
     const std::string case_file = full_path(case_file_argument(arguments));
@@ -68,8 +57,7 @@ void read_settings(const CaseText& file, Run& run) {
     read_shape_parameters(file, settings);
     read_user_domain(file, settings);
     check_limits(file, settings, lines);
-    warn_of_mixed_signs(file, settings, lines, run.log);
-    warn_of_unknown_keys(file, run.log);
+    warn_of_case(file, settings, lines, run.log);
 
     if (settings.nest.nest_mode != 0) {
         settings.nest.lon = settings.CENT_LON;
@@ -84,7 +72,7 @@ void read_settings(const CaseText& file, Run& run) {
 void open_directions_table(Run& run) {
     using Existing = ViewTable::Existing;
     try {
-        run.directions.open(run.settings.run_prefix + directions_name,
+        run.directions.open(run.settings.run_prefix + std::string(file_names::directions_table),
                             run.settings.RESTART_FLAG == 0 ? Existing::discard : Existing::keep);
     } catch (const Stop&) {
         run.log.discard();
@@ -116,143 +104,74 @@ void size_run(Run& run) {
     report_criteria(settings, S, run.log);
 }
 
-void begin_direction(const Run& run, int iwd, Direction& direction) {
-    direction.iwd = iwd;
-    direction.angle = run.settings.WIND_DIRECTION_ANGLE(iwd);
-    direction.tag = run.wd_tag[static_cast<std::size_t>(iwd - 1)];
-    direction.restart_stem = run.settings.run_prefix + "restart-" + direction.tag + "-";
-    direction.sites_stem = run.settings.run_prefix + "sites-" + direction.tag + "-";
-}
-
-void make_cell_geometry(Direction& direction) {
-    GridGeometry& grid = direction.grid;
-    XYZ2XYZC(grid);
-    write_xyzc(direction.restart_stem, grid.xc, grid.yc, grid.zc);
-}
-
-RoughnessPass roughness_pass(Run& run, const Direction& direction) {
-    return {run.settings, run.lines, direction.iwd, direction.tag, run.log};
-}
-
-// The canopy file brings the roughness of its cells; where it holds none, 0.0002 m stands.
-void prepare_canopy(Run& run, Direction& direction) {
-    constexpr float least_roughness = 0.0002F;
-    const GridGeometry& grid = direction.grid;
-    FlowState& flow = direction.flow;
-    flow.z0.allocate(grid.ni, grid.nj, least_roughness);
-    const std::string file = direction.restart_stem + std::string(canopy_file_name);
-    read_direction_canopy(file, run, direction);
-    check_inner_roughness(flow.z0, file);
-    calc_sbz_roughness2(roughness_pass(run, direction), run.upwind, flow.z0);
-    write_z0(direction.restart_stem, flow.z0);
-}
-
-void prepare_roughness(Run& run, Direction& direction, const DirectionMaps& maps) {
-    calc_roughness1(roughness_pass(run, direction), maps, direction.grid, run.upwind,
-                    direction.flow.z0);
-    write_z0(direction.restart_stem, direction.flow.z0);
-}
-
-void start_fields(Run& run, Direction& direction) {
-    INIT(run.settings, direction.grid, direction.angle, direction.tag, run.log, direction.flow);
-    finish_start(run, direction);
-}
-
-// True if the saved residuals meet the criteria of this run. A residual that is not a number does
-// not.
-bool already_done(const CaseSettings& settings, const Residuals& residuals) {
-    return settings.CC_OUT_M >= residuals.m && settings.CC_OUT_U >= residuals.u &&
-           settings.CC_OUT_V >= residuals.v && settings.CC_OUT_W >= residuals.w;
-}
-
-enum class Prepared { to_solve, done };
-
-Prepared resume(Run& run, Direction& direction) {
-    const bool user_domain = run.settings.TORVEX_MODE != 0;
-    console("Resume torvex default calculations..");
-    if (user_domain) {
-        read_user_counts(run);
+DirectionEnd end_of(const Run& run, const Direction& direction) {
+    if (direction.converged) {
+        return DirectionEnd::converged;
     }
-    read_restart(run, direction);
-    make_cell_geometry(direction);
-    if (already_done(run.settings, direction.tested)) {
-        direction.converged = true;
-        write_sites(run, direction);
-        set_status(direction, DirectionStatus::converged, run.directions);
-        return Prepared::done;
+    if (direction.diverged) {
+        return DirectionEnd::diverged;
     }
-    if (user_domain) {
-        read_user_canopy(run, direction);
-    } else if (run.settings.canopy.canopy_mode == 1) {
-        prepare_canopy(run, direction);
-    }
-    return Prepared::to_solve;
+    return run.settings.MAXIT > 0 ? DirectionEnd::not_converged : DirectionEnd::not_iterated;
 }
 
-void require_parent(const Direction& direction) {
-    const std::string info = "restart-" + direction.tag + "-restart.info";
-    if (!std::filesystem::exists(info)) {
-        const std::string text = "Error: parent calculation data missing.";
-        console(text);
-        stop(0, text, info, "run the parent case in this directory first");
+// A direction counts as ended when its results are there: where they cannot be written, its row in
+// the table of directions goes back to "entered".
+void finish_direction(Run& run, Direction& direction) {
+    report_outcome(direction, run.log, run.directions);
+    if (direction.diverged) {
+        return;
     }
-}
-
-void prepare_from_maps(Run& run, Direction& direction) {
-    console("Start torvex default calculations...");
-    const DirectionMaps maps = load_maps(run.settings, direction.iwd, run.maps, run.log);
-    GridGeometry& grid = direction.grid;
-    MAKE_MESH(run.settings, run.lines, maps, direction.iwd, run.log, grid);
-    forget_restart_info(direction.restart_stem + "restart.info");
-    write_xyz(direction.restart_stem, grid.xn, grid.yn, grid.zn);
-    make_cell_geometry(direction);
-    if (run.settings.canopy.canopy_mode != 1) {
-        prepare_roughness(run, direction, maps);
-    } else {
-        prepare_canopy(run, direction);
+    try {
+        write_final_result(run, direction);
+    } catch (...) {
+        set_status(direction, DirectionStatus::entered, run.directions);
+        throw;
     }
-    start_fields(run, direction);
-    if (run.settings.nest.nest_mode != 0) {
-        require_parent(direction);
-        nest_bc_set(run, direction);
-    }
-}
-
-Prepared prepare(Run& run, Direction& direction) {
-    const bool saved = read_restart_info(direction.restart_stem + "restart.info").has_value();
-    if (saved && run.settings.RESTART_FLAG == 1) {
-        return resume(run, direction);
-    }
-    if (run.settings.TORVEX_MODE != 0) {
-        console("Start user defined calculation..");
-        READ_MESH_ETC(run, direction);
-    } else {
-        prepare_from_maps(run, direction);
-    }
-    return Prepared::to_solve;
 }
 
 // One direction from its entry to its outcome.
 bool run_direction(Run& run, int iwd, const Solve& solve) {
+    DirectionRecord& record = run.records[static_cast<std::size_t>(iwd - 1)];
+    record.end = DirectionEnd::broken_off;
     Direction direction;
     begin_direction(run, iwd, direction);
     open_monitor_logs(run.settings, direction.tag, direction.logs);
     run.log.timed(" Input parameters were read.");
     enter_direction(direction, run.log, run.directions);
 
-    if (prepare(run, direction) == Prepared::to_solve) {
-        solve(run, direction);
-        report_outcome(direction, run.log, run.directions);
-        if (!direction.diverged) {
-            write_final_result(run, direction);
-        }
+    switch (prepare_direction(run, direction)) {
+        case Prepared::to_solve:
+            warn_of_sites_outside(run, direction);
+            solve(run, direction);
+            finish_direction(run, direction);
+            break;
+        case Prepared::unusable:
+            report_outcome(direction, run.log, run.directions);
+            break;
+        case Prepared::done:
+            break;
     }
+    record.end = end_of(run, direction);
     release_fields(run, direction);
     close_monitor_logs(direction.logs);
     return direction.stop_requested;
 }
 
+// A fresh run takes nothing from an earlier one. Its directions are forgotten together, directly
+// before the first begins: a resume must not count a direction that this run never reached as done.
+void forget_saved_states(const Run& run) {
+    for (const std::string& tag : run.wd_tag) {
+        forget_file(file_names::restart_stem(run.settings.run_prefix, tag) +
+                    std::string(file_names::restart_info));
+    }
+}
+
+std::string closing_line(const Run& run) {
+    return closing_line(run.records, run.log.reminders());
+}
+
 int run_case(const std::vector<std::string>& arguments, const Solve& solve, Run& run) {
+    cap_threads();
     console(" * Initialization");
     const CaseText file = find_case(arguments);
     run.log.line("------------------------------------------");
@@ -261,7 +180,7 @@ int run_case(const std::vector<std::string>& arguments, const Solve& solve, Run&
     read_settings(file, run);
 
     open_directions_table(run);
-    run.log.open(log_file);
+    run.log.open(std::string(file_names::run_log));
     run.log.timed(" Input parameters were read.");
 
     size_run(run);
@@ -269,40 +188,73 @@ int run_case(const std::vector<std::string>& arguments, const Solve& solve, Run&
         set_angles(run.settings);
     }
     run.wd_tag = wd_tags(run.settings);
+    for (int iwd = 1; iwd <= run.settings.N_WIND_DIRECTION; ++iwd) {
+        run.records.push_back({.angle = run.settings.WIND_DIRECTION_ANGLE(iwd)});
+    }
     if (run.settings.TORVEX_MODE == 0) {
         write_mesh_log(run.settings.run_prefix, run.lines);
     }
     delete_stop_message();
+    if (run.settings.RESTART_FLAG != 1) {
+        forget_saved_states(run);
+    }
 
     bool stopped = false;
     for (int iwd = 1; iwd <= run.settings.N_WIND_DIRECTION && !stopped; ++iwd) {
         stopped = run_direction(run, iwd, solve);
     }
+    run.log.timed(" " + closing_line(run));
     run.log.timed(" Computation Finished. ");
     run.log.close();
     close_or_stop(run.directions);
+    console_error("torvex: " + closing_line(run));
     return stopped ? 2 : 0;
 }
 
 // True if some run is at work in the current directory, under whatever prefix.
 bool directory_is_taken() {
     constexpr std::array prefixes{"", "atlas-", "flat-", "flat2-", "nest-"};
-    return std::ranges::any_of(
-        prefixes, [](const char* prefix) { return table_is_held(prefix + directions_name); });
+    return std::ranges::any_of(prefixes, [](const char* prefix) {
+        return table_is_held(prefix + std::string(file_names::directions_table));
+    });
 }
 
-// A case that cannot be read ends before the log is open; what was told until then belongs there,
-// unless it is the log of another run. The run has already failed for a reason that is told, so a
-// log that cannot be opened is let go.
-void save_log(RunLog& log) {
-    if (log.is_open() || log.kept().empty() || directory_is_taken()) {
+// Tells the log why the run ends before its time, and what it came to. A case that cannot be read
+// ends before the log is open; what was told until then belongs there too, unless it is the log of
+// another run. A run that told nothing yet (no case file, another run in its directory) leaves no
+// trace. The reason stands on standard error already, so a log that takes nothing is let go.
+void tell_end(RunLog& log, const std::vector<std::string>& reason) {
+    if (!log.is_open() && (log.kept().empty() || directory_is_taken())) {
+        log.discard();
         return;
     }
     try {
-        log.open(log_file);
+        if (!log.is_open()) {
+            log.open(std::string(file_names::run_log));
+        }
+        log.timed(" " + reason.front());
+        const std::string indent(20, ' ');
+        for (std::size_t n = 1; n < reason.size(); ++n) {
+            log.line(indent + reason[n]);
+        }
     } catch (const Stop&) {
         log.discard();
     }
+}
+
+// A run that ends before its time: the reason, in lines, then what the run came to.
+int end_run(Run& run, int status, const std::vector<std::string>& reason) {
+    for (const std::string& line : reason) {
+        console_error(line);
+    }
+    const bool told = run.log.is_open() || !run.log.kept().empty();
+    std::vector<std::string> lines = reason;
+    lines.push_back(closing_line(run));
+    tell_end(run.log, lines);
+    if (told) {
+        console_error("torvex: " + closing_line(run));
+    }
+    return status;
 }
 
 }  // namespace
@@ -317,15 +269,16 @@ int run_torvex(const std::vector<std::string>& arguments, const Solve& solve) {
     try {
         return run_case(arguments, solve, run);
     } catch (const Stop& stopped) {
-        std::cerr << stopped.what() << '\n';
-        save_log(run.log);
-        return stopped.code();
+        std::vector<std::string> reason;
+        for (const std::string_view line : split_lines(stopped.what())) {
+            reason.emplace_back(line);
+        }
+        return end_run(run, stopped.code(), reason);
     } catch (const std::bad_alloc&) {
-        std::cerr << "out of memory\n";
+        return end_run(run, 1, {"out of memory"});
     } catch (const std::exception& failure) {
-        std::cerr << failure.what() << '\n';
+        return end_run(run, 1, {failure.what()});
     }
-    return 1;
 }
 
 }  // namespace torvex

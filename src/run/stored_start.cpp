@@ -3,7 +3,10 @@
 #include <string>
 #include <utility>
 
+#include "base/edit.hpp"
+#include "results/restart_info.hpp"
 #include "results/result_files.hpp"
+#include "run/fingerprint.hpp"
 #include "solver/init.hpp"
 
 namespace torvex {
@@ -11,7 +14,7 @@ namespace torvex {
 namespace {
 
 // Start fields from an earlier run that left no restart.info, where they fit.
-void take_stored_start(Direction& direction) {
+bool take_stored_start(Direction& direction) {
     const GridGeometry& grid = direction.grid;
     StoredStart stored;
     for (Field3* field : {&stored.u, &stored.v, &stored.w, &stored.p, &stored.tke, &stored.ted}) {
@@ -23,18 +26,34 @@ void take_stored_start(Direction& direction) {
                                 .p = &stored.p,
                                 .tke = &stored.tke,
                                 .ted = &stored.ted};
-    if (read_vpkeinp(direction.restart_stem + std::string(vpkeinp_name), targets)) {
-        apply_stored_start(direction.flow, std::move(stored));
+    if (!read_vpkeinp(direction.restart_stem + std::string(vpkeinp_name), targets)) {
+        return false;
     }
+    apply_stored_start(direction.flow, std::move(stored));
+    return true;
 }
 
 }  // namespace
 
-void finish_start(const Run& run, Direction& direction) {
-    if (run.settings.RESTART_FLAG == 1) {
-        take_stored_start(direction);
-    }
+void finish_start(Run& run, Direction& direction, const std::string& origin) {
+    const bool stored =
+        run.settings.RESTART_FLAG == 1 && !direction.anew && take_stored_start(direction);
+    tell_start(run, direction,
+               stored ? direction.restart_stem + std::string(vpkeinp_name) + ", an earlier start"
+                      : origin);
     write_vpkeinp(direction.restart_stem, result_fields(direction.flow));
+    // Last, so that a run which is killed on the way leaves the fingerprint of the earlier start
+    // beside whatever stands there, and a resume does not trust it.
+    std::string gone;
+    if (const auto fingerprint = fingerprint_of(run, direction, MapsAre::as_read, gone)) {
+        write_fingerprint(fingerprint_path(direction.restart_stem), *fingerprint);
+    } else {
+        forget_file(fingerprint_path(direction.restart_stem));
+    }
+}
+
+void tell_start(Run& run, const Direction& direction, const std::string& origin) {
+    run.log.timed(" WD " + edit::F(direction.angle, 5, 1) + ": Fields start from " + origin + ".");
 }
 
 }  // namespace torvex

@@ -65,13 +65,14 @@ void warn_of_coarse_roughness(const CaseSettings& settings, const GridGeometry& 
     if (!(worst.ratio < least_distance_over_z0)) {
         return;
     }
-    log.timed(" WD " + edit::F(wd_angle, 5, 1) +
-              ": (Warning) Cells are too low for the roughness; smallest d/z0 is" +
-              edit::E(worst.ratio, 11, 4) + " with d=" + edit::E(worst.d, 11, 4) +
-              " (m), z0=" + edit::E(worst.z0, 11, 4) + " (m), " + worst.wall +
-              " cell i=" + std::to_string(worst.i) + " j=" + std::to_string(worst.j) + " k=" +
-              std::to_string(worst.k) + ", x=" + edit::F(g.xc(worst.i, worst.j, worst.k), 10, 1) +
-              ", y=" + edit::F(g.yc(worst.i, worst.j, worst.k), 10, 1));
+    log.warn_line(" WD " + edit::F(wd_angle, 5, 1) +
+                  ": (Warning) Cells are too low for the roughness; smallest d/z0 is" +
+                  edit::E(worst.ratio, 11, 4) + " with d=" + edit::E(worst.d, 11, 4) +
+                  " (m), z0=" + edit::E(worst.z0, 11, 4) + " (m), " + worst.wall +
+                  " cell i=" + std::to_string(worst.i) + " j=" + std::to_string(worst.j) +
+                  " k=" + std::to_string(worst.k) +
+                  ", x=" + edit::F(g.xc(worst.i, worst.j, worst.k), 10, 1) +
+                  ", y=" + edit::F(g.yc(worst.i, worst.j, worst.k), 10, 1));
 }
 
 }  // namespace torvex

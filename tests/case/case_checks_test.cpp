@@ -17,10 +17,8 @@ namespace {
 using test::case_text;
 using test::CaseItems;
 using test::line_of;
-using test::nest_block;
 using test::ReadCase;
 using test::stop_of;
-using test::without_dates;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
@@ -169,75 +167,13 @@ TEST(CaseChecks, UserDomainCannotBeAChild) {
                 HasSubstr("key TORVEX_MODE is 1, expected 0 in a nested run"));
 }
 
-// Mixed signs
-
-std::string warnings(const CaseItems& items) {
-    ReadCase c(case_text(items));
-    RunLog log;
-    warn_of_mixed_signs(c.file, c.settings, c.lines, log);
-    return without_dates(log.kept());
-}
-
-TEST(MixedSigns, AreWarnedOfWithTheValueUnderstood) {
-    const CaseItems items{{"NML_CASEFILE", "CENT_LON = -113, 1, 30"}};
-    // -113*60 + 1 + 0.5 minutes are -112.975 degrees.
-    EXPECT_EQ(warnings(items),
-              "<date> (Warning) CENT_LON has members of different sign; understood as -112.975000 "
-              "degrees (case.tin, line " +
-                  std::to_string(line_of(case_text(items), "CENT_LON = -113")) + ").\n");
-}
-
-TEST(MixedSigns, OneSignAndZerosAreFine) {
-    EXPECT_THAT(warnings({{"NML_CASEFILE", "CENT_LON = -113, -1, -30, CENT_LAT = 0, 0, -5"}}),
-                IsEmpty());
-    EXPECT_THAT(warnings({{"NML_CASEFILE", "CENT_LON = 113, 1, 30, CENT_LAT = 0, -3, 0"}}),
-                IsEmpty());
-}
-
-TEST(MixedSigns, MonitorCountsOnlyWhereItIsGiven) {
-    const std::string monitor = "MONITOR_LON = 139, 45, -1, MONITOR_LAT = 35, 30, -1";
-    EXPECT_THAT(warnings({{"NML_MONITOR", monitor}}), IsEmpty());
-    const std::string two = warnings({{"NML_MONITOR", monitor},
-                                      {"NML_MONITOR", "MONITOR_POSITION = 1"},
-                                      {"NML_MONITOR", "MONITOR_HEIGHT = 10"}});
-    EXPECT_THAT(two, HasSubstr("MONITOR_LON has members of different sign"));
-    EXPECT_THAT(two, HasSubstr("MONITOR_LAT has members of different sign"));
-}
-
-TEST(MixedSigns, SitesCountUpToTheirNumber) {
-    const CaseItems items{{"NML_SITE", "SITE(1)%LON = 1, -1, 0"},
-                          {"NML_SITE", "SITE(2)%LAT = -1, 1, 0"},
-                          {"NML_SITE", "SITE(3)%LAT = -1, 1, 0"},
-                          {"NML_SITE", "N_SITE = 2"}};
-    const std::string text = warnings(items);
-    EXPECT_THAT(text, HasSubstr("SITE(1)%LON has members of different sign"));
-    EXPECT_THAT(text, HasSubstr("SITE(2)%LAT has members of different sign"));
-    EXPECT_EQ(text.find("SITE(3)"), std::string::npos);
-    EXPECT_THAT(text, HasSubstr("line " + std::to_string(line_of(case_text(items), "SITE(2)"))));
-}
-
-std::string unknown_key_warnings(const std::string& behind) {
-    RunLog log;
-    warn_of_unknown_keys({"case.tin", case_text({}, behind)}, log);
-    return without_dates(log.kept());
-}
-
-TEST(UnknownKeys, OfKeyedBlocksAreWarnedOfWithALikelyName) {
-    const std::string block = "&canopy_parameters\n  canopy_mod = 1\n  beta_d = 5\n/\n";
-    EXPECT_EQ(unknown_key_warnings(block),
-              "<date> (Warning) case.tin, line " +
-                  std::to_string(line_of(case_text({}, block), "canopy_mod")) +
-                  ": block &canopy_parameters has no key \"canopy_mod\"; did you mean "
-                  "canopy_mode?; the line is passed over.\n");
-    EXPECT_THAT(unknown_key_warnings("&user_domain\n Inlet = 1\n/\n"), HasSubstr("\"Inlet\""));
-}
-
-TEST(UnknownKeys, KnownKeysCommentsAndTextBesideTheBlocksAreFine) {
-    EXPECT_THAT(unknown_key_warnings("&canopy_parameters\n canopy_mode = 0 ! a = b\n ! c = 1\n"
-                                     " a remark\n\n/\nelsewhere = 3\n"),
-                IsEmpty());
-    EXPECT_THAT(unknown_key_warnings(""), IsEmpty());
-    EXPECT_THAT(unknown_key_warnings(nest_block()), IsEmpty());
+TEST(CaseChecks, SweepsBeyondTenThousandAreRefused) {
+    for (const std::string key : {"NSWPU", "NSWPV", "NSWPW", "NSWPP", "NSWPK", "NSWPE"}) {
+        EXPECT_THAT(refusal(item("NML_NUMERICAL_SOLVER", key + " = 10000")), IsEmpty());
+        const CaseItems items = item("NML_NUMERICAL_SOLVER", key + " = 10001");
+        EXPECT_EQ(refusal(items),
+                  "key " + key + " is 10001, expected at most 10000" + at_line(items, "10001"));
+    }
 }
 
 }  // namespace

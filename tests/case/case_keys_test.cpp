@@ -131,7 +131,13 @@ TEST(CaseKeys, TextsCanBeSetUpToTheirLength) {
         EXPECT_EQ(with(key.group, key.name, "'a b'").*key.member, "a b") << key.name;
         const std::string longest(key.length, 'x');
         EXPECT_EQ(with(key.group, key.name, "'" + longest + "'").*key.member, longest);
-        EXPECT_EQ(with(key.group, key.name, "'" + longest + "yz'").*key.member, longest);
+        EXPECT_EQ(with(key.group, key.name, "'" + longest + "  '").*key.member, longest);
+        const std::string beyond = "'" + longest + "yz'";
+        if (key.length == CaseKey::file_name_length) {
+            expect_refused(key.group, key.name, beyond.c_str(), "a name of at most 256 characters");
+        } else {
+            EXPECT_EQ(with(key.group, key.name, beyond).*key.member, longest);
+        }
         expect_refused(key.group, key.name, "unquoted", "a text in quotes");
     }
 }

@@ -154,11 +154,31 @@ TEST_F(RunFailures, LabelListThatCannotBeWrittenIsNoFailure) {
 
 TEST_F(RunFailures, FullDiskStopsAtTheLog) {
     write_case(one_direction);
-    fs::create_symlink("/dev/full", "torvex.log");
-    const ProgramRun ran = run();
+    directory.write("torvex.log", std::string(100, '-'));
+    ProgramRun ran;
+    {
+        const FileSizeLimit limit(120);  // the slot of the table of directions fits
+        ran = run();
+    }
     EXPECT_EQ(ran.status, 1);
     EXPECT_EQ(ran.signal, 0);
-    EXPECT_THAT(ran.err, HasSubstr("the log cannot be written: No space left on device"));
+    EXPECT_THAT(ran.err, HasSubstr("the log cannot be written: File too large"));
+}
+
+// Logs and tables are not written through links, which may lead to the maps of the case.
+TEST_F(RunFailures, LinksUnderTheNamesOfLogsAndTablesAreRefused) {
+    for (const std::string name : {"torvex.log", "view-wind_direction.dat", "view-convergence.dat",
+                                   "view-monitor-000_0.dat", "restart-000_0-torvex.conv.log"}) {
+        write_case(one_direction);
+        const std::string map = directory.read("h.map");
+        fs::remove(name);
+        fs::create_symlink("h.map", name);
+        const ProgramRun ran = run();
+        EXPECT_EQ(ran.status, 1) << name;
+        EXPECT_THAT(ran.err, HasSubstr("it is a link\n  in " + name)) << ran.err;
+        EXPECT_EQ(directory.read("h.map"), map) << name;
+        fs::remove(name);
+    }
 }
 
 TEST_F(RunFailures, FullDiskNeverKillsTheProgram) {

@@ -1,0 +1,104 @@
+// Settings of the OpenMP runtime.
+//
+// Waits: an outer iteration holds some hundred short loops. A thread that spins for milliseconds at
+// the end of each takes the core from the very thread that it waits for as soon as another job runs
+// on the machine, and a solve then takes ten times as long. With a short spin an idle machine loses
+// a few per cent, a busy one shares fairly.
+//
+// Stacks: a thread whose stack is smaller than what a loop keeps there ends the program by a
+// signal.
+//
+// Threads: the runtime takes room for all of them on the stack of the first, which a million of
+// them overflows.
+
+#include "run/runtime_settings.hpp"
+
+#include <omp.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <limits>
+#include <string_view>
+#include <system_error>
+
+#include "base/text_file.hpp"
+#include "base/value_scanner.hpp"
+
+namespace torvex {
+
+namespace {
+
+bool prefer_short_waits() {
+    constexpr const char* spin_count = "GOMP_SPINCOUNT";
+    return std::getenv("OMP_WAIT_POLICY") == nullptr && std::getenv(spin_count) == nullptr &&
+           setenv(spin_count, "1000", 0) == 0;
+}
+
+// True for a size as OMP_STACKSIZE takes it ("512", "20k", "1 M"; kilobytes without a letter) that
+// is below a megabyte. What is no size is left to the runtime, which then takes its own.
+bool is_small_stack(std::string_view text) {
+    constexpr std::int64_t least_kilobytes = 1024;
+    text = trimmed(text);
+    char unit = 'K';
+    if (!text.empty() && std::isalpha(static_cast<unsigned char>(text.back())) != 0) {
+        unit = static_cast<char>(std::toupper(static_cast<unsigned char>(text.back())));
+        text = trimmed(text.substr(0, text.size() - 1));
+    }
+    std::int32_t size = 0;
+    if (!parse_integer(text, size) || size < 0) {
+        return false;
+    }
+    constexpr std::int64_t kilo = 1024;
+    switch (unit) {
+        case 'B':
+            return size / kilo < least_kilobytes;
+        case 'K':
+            return size < least_kilobytes;
+        default:
+            return size == 0;
+    }
+}
+
+bool drop_small_stacks() {
+    bool changed = false;
+    for (const char* name : {"OMP_STACKSIZE", "GOMP_STACKSIZE"}) {
+        const char* const value = std::getenv(name);
+        if (value != nullptr && is_small_stack(value)) {
+            changed = unsetenv(name) == 0 || changed;
+        }
+    }
+    return changed;
+}
+
+}  // namespace
+
+void settle_runtime(char** argv) {
+    const bool waits = prefer_short_waits();
+    const bool stacks = drop_small_stacks();
+    if (!waits && !stacks) {
+        return;
+    }
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (!error) {
+        execv(program.c_str(), argv);  // comes back only if it fails
+    }
+}
+
+void cap_threads(int useful) {
+    constexpr int always_started = 64;
+    const int most = std::max(1, std::min(useful, std::max(omp_get_num_procs(), always_started)));
+    if (omp_get_max_threads() > most) {
+        omp_set_num_threads(most);
+    }
+}
+
+void cap_threads() {
+    cap_threads(std::numeric_limits<int>::max());
+}
+
+}  // namespace torvex

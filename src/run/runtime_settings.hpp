@@ -1,0 +1,15 @@
+#pragma once
+
+namespace torvex {
+
+// Called first of all: makes the settings of the OpenMP runtime in the environment fit this program
+// and, where one had to be changed, starts the program anew, since the runtime reads them before
+// main. Settings of the user stay, except a stack too small for a thread to work on.
+void settle_runtime(char** argv);
+
+// No more threads than `useful`, and never so many that the runtime cannot start them, whatever
+// OMP_NUM_THREADS says. Results are the same for any number.
+void cap_threads(int useful);
+void cap_threads();
+
+}  // namespace torvex
