@@ -247,7 +247,8 @@ def diverging_direction(c):
     c.case(HILL, casefile="N_WIND_DIRECTION = 3", solver="MAXIT = 40",
            er="USE_EQUIVALENT_ROUGHNESS = T, EQUIVALENT_ROUGHNESS = 0.03, 1.0E30, 0.05")
     c.run(log="Diverged.")
-    c.case(HILL, casefile="N_WIND_DIRECTION = 3", run="RESTART_FLAG = 1", solver="MAXIT = 3")
+    c.case(HILL, casefile="N_WIND_DIRECTION = 3", run="RESTART_FLAG = 1", solver="MAXIT = 3",
+           er="USE_EQUIVALENT_ROUGHNESS = T, EQUIVALENT_ROUGHNESS = 0.03, 1.0E30, 0.05")
     c.run()
 
 
