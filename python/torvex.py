@@ -18,6 +18,7 @@ import itertools
 import math
 import os
 import re
+import warnings
 from collections.abc import Iterable, Iterator
 from dataclasses import dataclass
 from pathlib import Path
@@ -525,13 +526,84 @@ def wd_tags(directory: PathLike, prefix: str = "") -> list[str]:
     return sorted(name.removeprefix(before).removesuffix(behind) for name in names)
 
 
+class OldResultWarning(UserWarning):
+    """A result is older than the mesh that it is read with."""
+
+
+STATES = {0: "not finished", 1: "converged", 2: "not converged", 3: "diverged"}
+
+
+class DirectionState(NamedTuple):
+    """What the run's own table says of a direction."""
+
+    tag: str
+    angle: float  # as in the table, with one decimal
+    state: int  # a key of STATES; 0: entered, the run goes on or was interrupted
+
+
+def _state_table(directory: PathLike, prefix: str) -> Path:
+    return Path(directory) / f"{prefix}view-wind_direction.dat"
+
+
+def direction_states(directory: PathLike, prefix: str = "") -> list[DirectionState]:
+    """The directions that the last run in a directory has entered, in its order.
+
+    The table rounds an angle to one decimal where a tag cuts it: 011_2 may stand behind 11.3. Of
+    two such tags the one with a mesh is meant; of two meshes the newer one by the later row.
+    """
+    table = read_view(_state_table(directory, prefix))
+
+    def entered(tag: str) -> float:
+        mesh = Path(directory) / f"{prefix}restart-{tag}-xyzc.tuf"
+        return mesh.stat().st_mtime if mesh.exists() else -1.0
+
+    rows: list[DirectionState] = []
+    taken: set[str] = set()
+    for angle, state in zip(reversed(table["angle"].tolist()), reversed(table["status"].tolist())):
+        tenths = round(angle * 10)
+        tags = [f"{n // 10:03d}_{n % 10}" for n in (tenths, tenths - 1) if n >= 0]
+        tag = max((t for t in tags if t not in taken), key=entered, default=tags[0])
+        taken.add(tag)
+        rows.append(DirectionState(tag, round(angle, 1), state))
+    return rows[::-1]
+
+
+def usable_directions(
+    directory: PathLike, prefix: str = "", tags: Iterable[str] | None = None
+) -> tuple[list[Direction], list[str]]:
+    """The directions of the last run that can be looked at, converged or not (their `state` tells),
+    and a line on each that was left out, with the reason. With `tags` these directions only."""
+    usable: list[Direction] = []
+    left_out: list[str] = []
+    rows = direction_states(directory, prefix)
+    asked = {row.tag for row in rows} | set(wd_tags(directory, prefix)) if tags is None else set(tags)
+    for tag, angle, state in rows:
+        if tag not in asked:
+            continue
+        if state == 3:
+            left_out.append(f"wind from {angle:.1f} degrees: left out: diverged")
+            continue
+        try:
+            usable.append(Direction(directory, tag, prefix=prefix))
+        except (OSError, FormatError) as problem:
+            left_out.append(f"wind from {angle:.1f} degrees: left out: {problem}")
+    table = _state_table(directory, prefix).name
+    left_out += [f"{tag}: left out: {table} does not name it, it is not of the last run"
+                 for tag in sorted(asked - {row.tag for row in rows})]
+    return usable, left_out
+
+
 class Direction:
     """Mesh and flow of one wind direction of a run.
 
     tag        the angle in degrees, or the text that stands for it in names of files. A tag has one
                decimal: give the angle where the direction has more, as in sectors of 11.25 degrees
     prefix     before all names: "atlas-", "flat-", "flat2-" or "nest-"
-    iteration  the result to read; by default the one that a resume would take
+    iteration  the result to read; by default the one that restart.info names, which a resume would
+               take. Without restart.info no result is known to be that of the mesh beside it
+
+    A result is told to be older than the mesh by an OldResultWarning where restart.info names it,
+    and refused where nothing does.
 
     Index 1 and ni, nj, nk of the documentation (0 and -1 here) are values on the faces of the
     domain: zc[:, :, 0] is the ground. The mesh is turned, so that the wind blows along x.
@@ -574,8 +646,18 @@ class Direction:
 
         centres = read_tuf(centres_path, "xyzc")
         self.ni, self.nj, self.nk = centres.extents
-        self.result = self._fitting(self._result_path(iteration), "vpkeout")
+        named = self._named_iteration()
+        if named is None and iteration is None:
+            raise FileNotFoundError(self._without_result())
+        self.result = self._fitting(
+            self._result_path(named if iteration is None else iteration), "vpkeout"
+        )
         self.iteration = self.result.iteration
+        if self._path("xyz.tuf").exists():
+            self.nodes
+        if self._path("vpkeinp.tuf").exists():
+            self.start
+        self._compare_age(is_named=iteration in (None, named))
         roughness = self._fitting(self._path("z0.tuf"), "z0")
         for file in (centres, roughness, self.result):
             for name, array in file.arrays.items():
@@ -588,25 +670,57 @@ class Direction:
         file = read_tuf(path, kind)
         expected = (self.ni, self.nj, self.nk)[: len(file.extents)]
         if file.extents != expected:
-            raise FormatError(path, f"the extents are {file.extents}, expected {expected}")
+            raise FormatError(path, f"the extents are {file.extents}, expected {expected} as in "
+                                    "the mesh beside it; run the direction again")
         return file
 
-    def _result_path(self, iteration: int | None) -> Path:
-        if iteration is None:
-            info = self._path("restart.info")
-            iteration = read_restart_info(info).outer_count if info.exists() else self._latest()
-        corrected = self._path(f"vpkeout_{iteration:05d}_r.tuf")
-        return corrected if corrected.exists() else self._path(f"vpkeout_{iteration:05d}.tuf")
+    def _named_iteration(self) -> int | None:
+        path = self._path("restart.info")
+        if not path.exists():
+            return None
+        extents = self.restart_info.extents
+        if extents not in (None, (self.ni, self.nj, self.nk)):
+            raise FormatError(path, f"line 3: the extents are {extents}, those of the mesh beside it "
+                                    f"{(self.ni, self.nj, self.nk)}; run the direction again")
+        return self.restart_info.outer_count
 
-    def _latest(self) -> int:
-        numbers = [
+    def _without_result(self) -> str:
+        numbers = sorted({
             int(found[1])
             for path in self.directory.glob(self.stem + "vpkeout_*.tuf")
             if (found := re.search(r"vpkeout_(\d{5})(?:_r)?\.tuf$", path.name))
-        ]
-        if not numbers:
-            raise FileNotFoundError(f"{self._path('vpkeout_NNNNN.tuf')} is missing: no result yet")
-        return max(numbers)
+        })
+        text = (f"{self._path('restart.info')} is missing: the mesh has no finished result; wait for "
+                "the run, or run the direction again")
+        if numbers:
+            text += (f", or ask for a result with iteration=N, if it is of this mesh (there: "
+                     f"{', '.join(map(str, numbers))})")
+        return text
+
+    def _result_path(self, iteration: int) -> Path:
+        corrected = self._path(f"vpkeout_{iteration:05d}_r.tuf")
+        return corrected if corrected.exists() else self._path(f"vpkeout_{iteration:05d}.tuf")
+
+    def _compare_age(self, is_named: bool) -> None:
+        # A resume renews the cell centres, but not the nodes that they are means of.
+        nodes = self._path("xyz.tuf")
+        mesh = nodes if nodes.exists() else self._path("xyzc.tuf")
+        if self.result.path.stat().st_mtime_ns >= mesh.stat().st_mtime_ns:
+            return
+        text = (f"older than the mesh, {mesh.name}: it may be the result of an earlier case. Run the "
+                "direction again; if only a copy has lost the times of files, copy with cp -a")
+        if not is_named:
+            raise FormatError(self.result.path, text)
+        warnings.warn(f"{self.result.path}: {text}", OldResultWarning, stacklevel=3)
+
+    @functools.cached_property
+    def state(self) -> int | None:
+        """State of the direction in the run's table, a key of STATES; None where the table is
+        missing or does not name the direction."""
+        if not _state_table(self.directory, self.prefix).exists():
+            return None
+        rows = direction_states(self.directory, self.prefix)
+        return next((row.state for row in rows if row.tag == self.tag), None)
 
     # Files that are read when they are asked for.
 

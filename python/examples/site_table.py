@@ -34,11 +34,11 @@ def row(profile, inflow, height):
     )
 
 
-def table(directory, tag, prefix, heights):
-    d = torvex.Direction(directory, tag, prefix=prefix)
+def table(d, heights):
     inflow = d.inflow_profile()
+    state = torvex.STATES[d.state]
     lines = [
-        f"wind from {d.angle:.1f} degrees, {d.iteration} iterations",
+        f"wind from {d.angle:.1f} degrees, {d.iteration} iterations, {state if d.state == 1 else state.upper()}",
         f"  {'site':<20} {'height':>7} {'speed-up':>9} {'turbulence':>11} {'climb':>7} {'turn':>7}",
     ]
     for label, profile in d.sites():
@@ -57,10 +57,15 @@ def main():
     parser.add_argument("--heights", type=float, nargs="+", default=(10.0, 50.0, 100.0))
     parser.add_argument("--prefix", default="", help="of the run's files, such as flat-")
     given = parser.parse_args()
-    tags = torvex.wd_tags(given.directory, given.prefix)
-    if not tags:
-        sys.exit(f"{given.directory}: no results of a direction")
-    print("\n\n".join(table(given.directory, tag, given.prefix, given.heights) for tag in tags))
+    try:
+        directions, left_out = torvex.usable_directions(given.directory, given.prefix)
+        print("\n\n".join(table(d, given.heights) for d in directions))
+    except (OSError, torvex.FormatError) as problem:
+        sys.exit(str(problem))
+    for line in left_out:
+        print(f"\n{line}")
+    if not directions:
+        sys.exit(f"{given.directory}: no direction to show")
 
 
 if __name__ == "__main__":

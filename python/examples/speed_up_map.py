@@ -55,6 +55,12 @@ def round_step(span, parts):
     return power * min((1, 2, 5, 10), key=lambda m: abs(np.log(m * power / step)))
 
 
+def title(d):
+    """The direction, and its state where that is not as it should be."""
+    state = "" if d.state == 1 else f" ({torvex.STATES[d.state].upper()})"
+    return f"wind from {d.angle:g}°{state}"
+
+
 def draw_wind_arrow(axes, d):
     """In the upper left corner, a disc with an arrow that points where the wind blows."""
     east, north = d.to_east_north(1.0, 0.0)
@@ -98,8 +104,7 @@ def draw_maps(d, path):
     row[0].legend(loc="lower left", fontsize=8)
     bar = figure.colorbar(colours, ax=row, shrink=0.85, pad=0.015, extend="both")
     bar.set_label("speed / speed of the inflow at the same height")
-    figure.suptitle(f"Speed-up, wind from {d.angle:g}°; ground contours every {step:g} m",
-                    fontsize=14)
+    figure.suptitle(f"Speed-up, {title(d)}; ground contours every {step:g} m", fontsize=14)
     figure.savefig(path, dpi=110)
     plt.close(figure)
 
@@ -127,7 +132,7 @@ def draw_profiles(d, path):
         axes.grid(color="0.9")
         axes.set_axisbelow(True)
     speed.legend(fontsize=9)
-    figure.suptitle(f"Profiles, wind from {d.angle:g}°", fontsize=14)
+    figure.suptitle(f"Profiles, {title(d)}", fontsize=14)
     figure.savefig(path, dpi=110)
     plt.close(figure)
 
@@ -140,19 +145,21 @@ def main():
     parser.add_argument("--out", type=Path, help="directory for the figures; default: the run's")
     arguments = parser.parse_args()
 
-    tags = arguments.tag or torvex.wd_tags(arguments.run, arguments.prefix)
-    if not tags:
-        parser.error(f"no results in {arguments.run}")
+    try:
+        directions, left_out = torvex.usable_directions(
+            arguments.run, arguments.prefix, arguments.tag
+        )
+    except (OSError, torvex.FormatError) as problem:
+        sys.exit(str(problem))
+    for line in left_out:
+        print(line, file=sys.stderr)
+    if not directions:
+        sys.exit(f"{arguments.run}: no direction to draw")
     out = arguments.out or arguments.run
     out.mkdir(parents=True, exist_ok=True)
-    for tag in tags:
-        try:
-            d = torvex.Direction(arguments.run, tag, prefix=arguments.prefix)
-        except (OSError, torvex.FormatError) as problem:
-            print(f"{tag}: left out: {problem}", file=sys.stderr)
-            continue
+    for d in directions:
         for name, draw in (("speed_up", draw_maps), ("profiles", draw_profiles)):
-            path = out / f"{arguments.prefix}{name}_{tag}.png"
+            path = out / f"{arguments.prefix}{name}_{d.tag}.png"
             draw(d, path)
             print(path)
 

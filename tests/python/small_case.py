@@ -93,17 +93,27 @@ def write_maps(directory):
     (directory / "z0.map").write_text(HEADER.format(n=5, step=10, west=25, south=10) + rows)
 
 
-def run(directory):
-    """Runs the program in a directory; its console where it fails."""
+def start(directory, case=CASE, **streams):
+    """The program on a case in a directory that holds its maps."""
     directory = Path(directory)
-    write_maps(directory)
-    (directory / "torvex.tin").write_text(CASE)
+    (directory / "torvex.tin").write_text(case)
     program = os.environ.get(
         "TORVEX_PROGRAM", Path(__file__).resolve().parents[2] / "build" / "bin" / "torvex"
     )
-    done = subprocess.run(
-        [program], cwd=directory, env={**os.environ, "OMP_NUM_THREADS": "1"}, timeout=240,
-        stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, text=True,
+    return subprocess.Popen(
+        [program], cwd=directory, env={**os.environ, "OMP_NUM_THREADS": "1"},
+        stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, text=True, **streams,
     )
-    if done.returncode != 0:
-        raise RuntimeError(f"{program} ended with {done.returncode}:\n{done.stdout[-2000:]}")
+
+
+def run(directory):
+    """Runs the program in a directory; its console where it fails."""
+    write_maps(Path(directory))
+    with start(directory, stdout=subprocess.PIPE) as running:
+        try:
+            console, _ = running.communicate(timeout=240)
+        except subprocess.TimeoutExpired:
+            running.kill()
+            raise
+    if running.returncode != 0:
+        raise RuntimeError(f"{running.args} ended with {running.returncode}:\n{console[-2000:]}")
