@@ -16,7 +16,7 @@ from pathlib import Path
 import numpy as np
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
-import torvex
+import torvex  # noqa: E402
 
 
 def at(profile, values, height):

@@ -14,11 +14,11 @@ from pathlib import Path
 import matplotlib
 
 matplotlib.use("Agg")
-import matplotlib.pyplot as plt
-import numpy as np
+import matplotlib.pyplot as plt  # noqa: E402
+import numpy as np  # noqa: E402
 
 sys.path.insert(0, str(Path(__file__).resolve().parents[1]))
-import torvex
+import torvex  # noqa: E402
 
 HEIGHTS = (10.0, 50.0, 100.0)  # above ground [m]
 PROFILE_TOP = 300.0
@@ -65,12 +65,31 @@ def draw_wind_arrow(axes, d):
     """In the upper left corner, a disc with an arrow that points where the wind blows."""
     east, north = d.to_east_north(1.0, 0.0)
     centre, half = np.array((0.1, 0.9)), 0.055 * np.array((east, north))
-    disc = plt.Circle(centre, 0.078, transform=axes.transAxes, facecolor="white", edgecolor="0.5",
-                      linewidth=0.6, alpha=0.9, zorder=5)
+    disc = plt.Circle(
+        centre,
+        0.078,
+        transform=axes.transAxes,
+        facecolor="white",
+        edgecolor="0.5",
+        linewidth=0.6,
+        alpha=0.9,
+        zorder=5,
+    )
     axes.add_patch(disc)
-    axes.annotate("", xy=centre + half, xytext=centre - half, xycoords="axes fraction", zorder=6,
-                  arrowprops={"arrowstyle": "-|>,head_width=0.28,head_length=0.5", "color": "black",
-                              "linewidth": 1.8, "shrinkA": 0, "shrinkB": 0})
+    axes.annotate(
+        "",
+        xy=centre + half,
+        xytext=centre - half,
+        xycoords="axes fraction",
+        zorder=6,
+        arrowprops={
+            "arrowstyle": "-|>,head_width=0.28,head_length=0.5",
+            "color": "black",
+            "linewidth": 1.8,
+            "shrinkA": 0,
+            "shrinkB": 0,
+        },
+    )
 
 
 def draw_maps(d, path):
@@ -86,20 +105,34 @@ def draw_maps(d, path):
     step = round_step(float(np.ptp(ground[inside])), 8)
     levels = np.arange(np.floor(ground.min() / step), np.ceil(ground.max() / step) + 1) * step
 
-    figure, row = plt.subplots(1, len(HEIGHTS), figsize=(15, 5.6), sharex=True, sharey=True,
-                               layout="constrained")
+    figure, row = plt.subplots(
+        1, len(HEIGHTS), figsize=(15, 5.6), sharex=True, sharey=True, layout="constrained"
+    )
     for axes, height, values in zip(row, HEIGHTS, maps):
-        colours = axes.pcolormesh(east, north, values, cmap="RdBu_r", shading="gouraud",
-                                  vmin=1 - reach, vmax=1 + reach)
+        colours = axes.pcolormesh(
+            east, north, values, cmap="RdBu_r", shading="gouraud", vmin=1 - reach, vmax=1 + reach
+        )
         lines = axes.contour(east, north, ground, levels, colors="0.15", linewidths=0.5)
         axes.clabel(lines, lines.levels[::2], fmt="%g", fontsize=7)
         for label, column, colour in places(d, radius)[1:]:
-            axes.plot(east[column], north[column], "o", color=colour, markeredgecolor="white",
-                      markersize=8, label=label)
+            axes.plot(
+                east[column],
+                north[column],
+                "o",
+                color=colour,
+                markeredgecolor="white",
+                markersize=8,
+                label=label,
+            )
         draw_wind_arrow(axes, d)
         limits = (-radius / 1000, radius / 1000)
-        axes.set(title=f"{height:g} m above ground", xlabel="east of the centre [km]",
-                 aspect="equal", xlim=limits, ylim=limits)
+        axes.set(
+            title=f"{height:g} m above ground",
+            xlabel="east of the centre [km]",
+            aspect="equal",
+            xlim=limits,
+            ylim=limits,
+        )
     row[0].set_ylabel("north of the centre [km]")
     row[0].legend(loc="lower left", fontsize=8)
     bar = figure.colorbar(colours, ax=row, shrink=0.85, pad=0.015, extend="both")
@@ -110,22 +143,29 @@ def draw_maps(d, path):
 
 
 def draw_profiles(d, path):
-    drawn = [(label, d.profile(*column), colour) for label, column, colour in
-             places(d, study_radius(d))]
+    drawn = [
+        (label, d.profile(*column), colour) for label, column, colour in places(d, study_radius(d))
+    ]
     if (d.directory / torvex.LABEL_LIST).exists():
         cycle = plt.get_cmap("Dark2").colors
-        drawn += [(f"site {label}", profile, cycle[n % len(cycle)])
-                  for n, (label, profile) in enumerate(d.sites())]
+        drawn += [
+            (f"site {label}", profile, cycle[n % len(cycle)])
+            for n, (label, profile) in enumerate(d.sites())
+        ]
 
-    figure, (speed, energy) = plt.subplots(1, 2, figsize=(10, 5.6), sharey=True,
-                                           layout="constrained")
+    figure, (speed, energy) = plt.subplots(
+        1, 2, figsize=(10, 5.6), sharey=True, layout="constrained"
+    )
     for label, profile, colour in drawn:
         seen = (profile.z_agl > 0) & (profile.z_agl <= PROFILE_TOP * 1.3)
         style = {"color": colour, "label": label, "marker": "o", "markersize": 3.5}
         speed.plot(profile.speed[seen], profile.z_agl[seen], **style)
         energy.plot(profile.tke[seen], profile.z_agl[seen], **style)
-    speed.set(xlabel="horizontal wind speed [m/s]", ylabel="height above ground [m]",
-              ylim=(0, PROFILE_TOP))
+    speed.set(
+        xlabel="horizontal wind speed [m/s]",
+        ylabel="height above ground [m]",
+        ylim=(0, PROFILE_TOP),
+    )
     energy.set(xlabel="turbulence energy [m²/s²]")
     for axes in (speed, energy):
         axes.set_xlim(left=0)

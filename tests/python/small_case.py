@@ -26,14 +26,17 @@ def metres_per_degree():
 def site_lines():
     """The sites and one far outside the mesh."""
     per_lon, per_lat = metres_per_degree()
-    places = [(label, east / per_lon * 3600, north / per_lat * 3600)
-              for label, (east, north) in SITES.items()]
+    places = [
+        (label, east / per_lon * 3600, north / per_lat * 3600)
+        for label, (east, north) in SITES.items()
+    ]
     places.append(("FAR AWAY", 3600.0, 0.0))
     return "\n".join(
         f"  SITE({n})%LABEL = '{label}', SITE({n})%LON = 139, 45, {east:.4f}, "
         f"SITE({n})%LAT = 35, 30, {north:.4f}"
         for n, (label, east, north) in enumerate(places, 1)
     )
+
 
 CASE = f"""A small hill.
 &NML_RUN /
@@ -101,8 +104,13 @@ def start(directory, case=CASE, **streams):
         "TORVEX_PROGRAM", Path(__file__).resolve().parents[2] / "build" / "bin" / "torvex"
     )
     return subprocess.Popen(
-        [program], cwd=directory, env={**os.environ, "OMP_NUM_THREADS": "1"},
-        stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL, text=True, **streams,
+        [program],
+        cwd=directory,
+        env={**os.environ, "OMP_NUM_THREADS": "1"},
+        stderr=subprocess.STDOUT,
+        stdin=subprocess.DEVNULL,
+        text=True,
+        **streams,
     )
 
 

@@ -117,8 +117,12 @@ class Framing(InDirectory):
             if size not in ends:
                 with self.subTest(size=size):
                     number = 1 if size < ends[0] else 2
-                    self.assertRefused(torvex.read_records, self.write(whole[:size]),
-                                       f"ends at byte {size}", f"record {number}")
+                    self.assertRefused(
+                        torvex.read_records,
+                        self.write(whole[:size]),
+                        f"ends at byte {size}",
+                        f"record {number}",
+                    )
 
     def test_a_record_that_never_ends(self):
         self.assertRefused(torvex.read_records, self.write(framed(-4, b"abcd", 4)), "record 1")

@@ -58,10 +58,15 @@ class EveryDirection(unittest.TestCase):
         # which is the same mean where the outermost nodes are taken twice.
         for node, centre in (("xn", d.xc), ("yn", d.yc), ("zn", d.zc)):
             n = np.pad(d.nodes[node].astype(np.float64), 1, mode="edge")
-            mean = sum(
-                n[i : i + d.ni, j : j + d.nj, k : k + d.nk]
-                for i in (0, 1) for j in (0, 1) for k in (0, 1)
-            ) / 8
+            mean = (
+                sum(
+                    n[i : i + d.ni, j : j + d.nj, k : k + d.nk]
+                    for i in (0, 1)
+                    for j in (0, 1)
+                    for k in (0, 1)
+                )
+                / 8
+            )
             np.testing.assert_allclose(centre, mean, rtol=1e-6, atol=1e-4)
 
     @each_direction
@@ -82,7 +87,8 @@ class EveryDirection(unittest.TestCase):
         profile = d.profile(0, 3)
         self.assertEqual(profile.z_agl[1], 10)
         np.testing.assert_allclose(
-            [profile.u[1], profile.tke[1], profile.ted[1]], [5.38964, 1.185565, 0.0530286],
+            [profile.u[1], profile.tke[1], profile.ted[1]],
+            [5.38964, 1.185565, 0.0530286],
             rtol=2e-6,
         )
 
@@ -150,8 +156,9 @@ class OneDirection(unittest.TestCase):
 
     def test_at_height_hits_the_levels(self):
         d = self.d
-        self.assertAlmostEqual(d.at_height(d.tke, float(d.z_agl[7, 8, 4]))[7, 8], d.tke[7, 8, 4],
-                               delta=1e-5)
+        self.assertAlmostEqual(
+            d.at_height(d.tke, float(d.z_agl[7, 8, 4]))[7, 8], d.tke[7, 8, 4], delta=1e-5
+        )
 
     def test_columns_too_low_have_no_value(self):
         tops = self.d.z_agl[:, :, -1]
@@ -196,8 +203,14 @@ class OneDirection(unittest.TestCase):
         np.testing.assert_allclose(self.d.to_mesh(east, north), (1, 0), atol=1e-12)
 
     def test_tags(self):
-        for angle, tag in ((0, "000_0"), (0.1, "000_1"), (11.25, "011_2"), (22.5, "022_5"),
-                           (337.5, "337_5"), (360, "360_0")):
+        for angle, tag in (
+            (0, "000_0"),
+            (0.1, "000_1"),
+            (11.25, "011_2"),
+            (22.5, "022_5"),
+            (337.5, "337_5"),
+            (360, "360_0"),
+        ):
             self.assertEqual(torvex.wd_tag(angle), tag)
         self.assertEqual(torvex.Direction(RUN, 22.54).angle, 22.54)
         self.assertEqual(self.d.angle, 22.5)
@@ -280,7 +293,13 @@ class Sites(unittest.TestCase):
             j = np.searchsorted(d.yc[0, :, 0], y) - 1
             a = (x - d.xc[i, 0, 0]) / (d.xc[i + 1, 0, 0] - d.xc[i, 0, 0])
             b = (y - d.yc[0, j, 0]) / (d.yc[0, j + 1, 0] - d.yc[0, j, 0])
-            for name, field in (("u", d.u), ("v", d.v), ("w", d.w), ("tke", d.tke), ("z_asl", d.zc)):
+            for name, field in (
+                ("u", d.u),
+                ("v", d.v),
+                ("w", d.w),
+                ("tke", d.tke),
+                ("z_asl", d.zc),
+            ):
                 low = (1 - a) * field[i, j] + a * field[i + 1, j]
                 high = (1 - a) * field[i, j + 1] + a * field[i + 1, j + 1]
                 # The place is good to half a per cent of its distance, see metres_per_degree.
@@ -299,7 +318,8 @@ class Sites(unittest.TestCase):
     def test_table(self):
         done = subprocess.run(
             [sys.executable, ROOT / "python/examples/site_table.py", RUN, "--heights", "20"],
-            capture_output=True, text=True,
+            capture_output=True,
+            text=True,
         )
         self.assertEqual(done.returncode, 0, done.stderr)
         d = torvex.Direction(RUN, 270)
@@ -331,9 +351,17 @@ class Shown(unittest.TestCase):
     def test_speed_up_map(self):
         with tempfile.TemporaryDirectory() as out:
             done = subprocess.run(
-                [sys.executable, ROOT / "python/examples/speed_up_map.py", RUN, "--out", out,
-                 "--tag", "270_0"],
-                capture_output=True, text=True,
+                [
+                    sys.executable,
+                    ROOT / "python/examples/speed_up_map.py",
+                    RUN,
+                    "--out",
+                    out,
+                    "--tag",
+                    "270_0",
+                ],
+                capture_output=True,
+                text=True,
             )
             self.assertEqual(done.returncode, 0, done.stderr)
             for name in ("speed_up_270_0.png", "profiles_270_0.png"):

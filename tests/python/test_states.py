@@ -1,4 +1,4 @@
-"""Which directions of a run may be looked at: its table, and a mesh beside the result of another."""
+"""Which directions of a run may be looked at: its table, a mesh beside another one's result."""
 
 import importlib.util
 import os
@@ -86,7 +86,9 @@ class MeshAndResult(InCopy):
 
     def test_an_older_result_that_restart_info_names_is_told(self):
         self.age(self.result)
-        with self.assertWarnsRegex(torvex.OldResultWarning, r"vpkeout_00002\.tuf: older than .*xyz"):
+        with self.assertWarnsRegex(
+            torvex.OldResultWarning, r"vpkeout_00002\.tuf: older than .*xyz"
+        ):
             torvex.Direction(self.run_copy, 270)
 
     def test_an_older_result_that_nothing_names_is_refused(self):
@@ -137,8 +139,11 @@ class MeshAndResult(InCopy):
         started = self.file("vpkeinp.tuf", "000_0").stat().st_mtime_ns
         with small_case.start(self.run_copy, endless, stdout=subprocess.DEVNULL) as running:
             deadline = time.monotonic() + 120
-            while (self.file("vpkeinp.tuf", "000_0").stat().st_mtime_ns == started
-                   and running.poll() is None and time.monotonic() < deadline):
+            while (
+                self.file("vpkeinp.tuf", "000_0").stat().st_mtime_ns == started
+                and running.poll() is None
+                and time.monotonic() < deadline
+            ):
                 time.sleep(0.02)
             ended = running.poll()
             running.kill()
@@ -173,7 +178,8 @@ class Table(InCopy):
 
     def test_a_prefix(self):
         (self.run_copy / "view-wind_direction.dat").rename(
-            self.run_copy / "flat2-view-wind_direction.dat")
+            self.run_copy / "flat2-view-wind_direction.dat"
+        )
         for path in self.run_copy.glob("restart-*"):
             path.rename(path.with_name("flat2-" + path.name))
         usable, left_out = torvex.usable_directions(self.run_copy, "flat2-")
@@ -203,7 +209,8 @@ class Scripts(InCopy):
     def call(self, script, *arguments):
         return subprocess.run(
             [sys.executable, EXAMPLES / script, self.run_copy, *arguments],
-            capture_output=True, text=True,
+            capture_output=True,
+            text=True,
         )
 
     def test_site_table_marks_and_leaves_out(self):
@@ -258,8 +265,9 @@ class Scripts(InCopy):
         module = importlib.util.module_from_spec(maps)
         maps.loader.exec_module(module)
         self.table("270.0 2")
-        self.assertEqual(module.title(torvex.Direction(self.run_copy, 270)),
-                         "wind from 270° (NOT CONVERGED)")
+        self.assertEqual(
+            module.title(torvex.Direction(self.run_copy, 270)), "wind from 270° (NOT CONVERGED)"
+        )
         self.table("270.0 1")
         self.assertEqual(module.title(torvex.Direction(self.run_copy, 270)), "wind from 270°")
 

@@ -18,8 +18,10 @@ class FreeForm(Texts):
     """Through a map's rows, the one place where all of the notation may stand."""
 
     def rows(self, data, n_lon=3, n_lat=2):
-        head = (f"<TORVEX_MAP lon-lat>\nn_lon = {n_lon}, n_lat = {n_lat}\nd_lon = 1, d_lat = 1\n"
-                "base_longitude = 0 0\nbase_latitude = 0 0\n--DATA--\n")
+        head = (
+            f"<TORVEX_MAP lon-lat>\nn_lon = {n_lon}, n_lat = {n_lat}\nd_lon = 1, d_lat = 1\n"
+            "base_longitude = 0 0\nbase_latitude = 0 0\n--DATA--\n"
+        )
         return self.text(head + data, "some.map")
 
     def values(self, data):
@@ -38,8 +40,9 @@ class FreeForm(Texts):
         self.assertEqual(self.values("1 2 3 99\n4 5 6 words\n"), [[1, 2, 3], [4, 5, 6]])
 
     def test_exponents(self):
-        self.assertEqual(self.values("1D2 -1.5d+1 25-1\n+.5 5.E0 1+2\n"),
-                         [[100, -15, 2.5], [0.5, 5, 100]])
+        self.assertEqual(
+            self.values("1D2 -1.5d+1 25-1\n+.5 5.E0 1+2\n"), [[100, -15, 2.5], [0.5, 5, 100]]
+        )
 
     def test_what_is_no_number(self):
         for word in ("12.x", "1_0", "--1", "*", "0*3", "nan", "inf"):
@@ -53,23 +56,27 @@ class FreeForm(Texts):
                 self.assertRefused(torvex.read_map, path, "row 1", "nothing, expected a number")
 
     def test_rows_that_end_early(self):
-        for rows, words in (("1 2 3\n4 5\n", "row 2 of 2: 2 values, expected 3"),
-                            ("1 2 /\n4 5 6\n", "row 1 of 2: 2 values, expected 3"),
-                            ("", "row 1 of 2: 0 values, expected 3")):
+        for rows, words in (
+            ("1 2 3\n4 5\n", "row 2 of 2: 2 values, expected 3"),
+            ("1 2 /\n4 5 6\n", "row 1 of 2: 2 values, expected 3"),
+            ("", "row 1 of 2: 0 values, expected 3"),
+        ):
             with self.subTest(rows=rows):
                 self.assertRefused(torvex.read_map, self.rows(rows), words)
 
 
 class Maps(Texts):
-    HEAD = ("<TORVEX_MAP lon-lat>  \n"
-            "# n_lon = 7\n"
-            "n_lon = 3, n_lat = 2, behind the last comma\n"
-            "words without an item\n"
-            "d_lon = 30, colour = red, d_lat = 1.5d1,\n"
-            "base_longitude = -113 -30\n"
-            "base_latitude = 43 45\n"
-            "geodetic_system = 'WGS'\n"
-            "--DATA--\n")
+    HEAD = (
+        "<TORVEX_MAP lon-lat>  \n"
+        "# n_lon = 7\n"
+        "n_lon = 3, n_lat = 2, behind the last comma\n"
+        "words without an item\n"
+        "d_lon = 30, colour = red, d_lat = 1.5d1,\n"
+        "base_longitude = -113 -30\n"
+        "base_latitude = 43 45\n"
+        "geodetic_system = 'WGS'\n"
+        "--DATA--\n"
+    )
 
     def test_values_stand_at_their_places(self):
         path = self.text(self.HEAD + "1 2 3\n4 5 6\n", "some.map")
@@ -139,11 +146,18 @@ class Profiles(Texts):
                 self.assertRefused(torvex.read_profile, self.text(text, "a.tpd"), *words)
 
     def test_label_list(self):
-        text = ("    1, SUMMIT, W432346_6764-1130118_8148\n"
-                "   12, mast, the old one, W432406_9660-1130126_1588\n")
+        text = (
+            "    1, SUMMIT, W432346_6764-1130118_8148\n"
+            "   12, mast, the old one, W432406_9660-1130126_1588\n"
+        )
         labels = torvex.read_labels(self.text(text, "_latlon_label_list.txt"))
-        self.assertEqual(labels, [(1, "SUMMIT", "W432346_6764-1130118_8148"),
-                                  (12, "mast, the old one", "W432406_9660-1130126_1588")])
+        self.assertEqual(
+            labels,
+            [
+                (1, "SUMMIT", "W432346_6764-1130118_8148"),
+                (12, "mast, the old one", "W432406_9660-1130126_1588"),
+            ],
+        )
         self.assertEqual(torvex.read_labels(self.text("", "_latlon_label_list.txt")), [])
 
     def test_bad_label_list(self):
@@ -168,9 +182,18 @@ class Tables(Texts):
     def test_convergence_up_to_the_count(self):
         text = self.slots("       2", self.row(10, 1, 2, 3, 4, 5, 6), self.row(20, *[0] * 6))
         table = torvex.read_view(self.text(text, "nest-view-convergence-022_5.dat"))
-        self.assertEqual({name: column.tolist() for name, column in table.items()},
-                         {"iteration": [10], "resid_m": [1], "resid_u": [2], "resid_v": [3],
-                          "resid_w": [4], "resid_k": [5], "resid_e": [6]})
+        self.assertEqual(
+            {name: column.tolist() for name, column in table.items()},
+            {
+                "iteration": [10],
+                "resid_m": [1],
+                "resid_u": [2],
+                "resid_v": [3],
+                "resid_w": [4],
+                "resid_k": [5],
+                "resid_e": [6],
+            },
+        )
 
     def test_slots_without_line_ends(self):
         text = self.slots("       2", self.row(10, 1, -2, 3, 4, 5, 6), end="")
@@ -192,8 +215,9 @@ class Tables(Texts):
         ):
             with self.subTest(text=text):
                 self.assertRefused(torvex.read_view, self.text(text, "view-monitor.dat"), *words)
-        self.assertRefused(torvex.read_view, self.text(self.slots("       1"), "other.dat"),
-                           "view-monitor")
+        self.assertRefused(
+            torvex.read_view, self.text(self.slots("       1"), "other.dat"), "view-monitor"
+        )
 
 
 class RestartInfo(Texts):
@@ -205,19 +229,25 @@ class RestartInfo(Texts):
         self.assertEqual(info.extents, (3, 2, 2))
 
     def test_bad_files(self):
-        for text, words in (("", ("line 1",)), ("4.5\n1 2 3 4\n", ("line 1", "whole")),
-                            ("10\n", ("line 2",)), ("10\n1 2 3\n", ("line 2", "expected 4")),
-                            ("10\n1 2 3 4\n5 6\n", ("line 3", "expected 3"))):
+        for text, words in (
+            ("", ("line 1",)),
+            ("4.5\n1 2 3 4\n", ("line 1", "whole")),
+            ("10\n", ("line 2",)),
+            ("10\n1 2 3\n", ("line 2", "expected 4")),
+            ("10\n1 2 3 4\n5 6\n", ("line 3", "expected 3")),
+        ):
             with self.subTest(text=text):
                 path = self.text(text, "restart.info")
                 self.assertRefused(torvex.read_restart_info, path, *words)
 
 
 class MeshLog(Texts):
-    TEXT = ("   3 (ni)\n   2 (nj)\n   4 (nk)\n"
-            " -0.40000000E+01 (x1)\n -0.20000000E+01 (x2)\n  0.20000000E+01 (x3)\n"
-            " -0.30000000E+01 (y1)\n  0.30000000E+01 (y2)\n"
-            "#==x(i)==\n -5\n 0\n 5\n#==y(j)==\n -1\n 1\n#==x(i)==\n 0\n 1\n 2\n 3\n")
+    TEXT = (
+        "   3 (ni)\n   2 (nj)\n   4 (nk)\n"
+        " -0.40000000E+01 (x1)\n -0.20000000E+01 (x2)\n  0.20000000E+01 (x3)\n"
+        " -0.30000000E+01 (y1)\n  0.30000000E+01 (y2)\n"
+        "#==x(i)==\n -5\n 0\n 5\n#==y(j)==\n -1\n 1\n#==x(i)==\n 0\n 1\n 2\n 3\n"
+    )
 
     def test_counts_borders_and_lines(self):
         log = torvex.read_mesh_log(self.text(self.TEXT, "log-meshnumber"))
@@ -228,10 +258,12 @@ class MeshLog(Texts):
         self.assertEqual(log.z.tolist(), [0, 1, 2, 3])
 
     def test_bad_files(self):
-        for old, new, words in (("(nj)", "(nx)", ("line 2", "(nj)")),
-                                ("   2 (", " two (", ("line 2",)),
-                                ("#==y", "#==z", ("line 13", "#==y(j)==")),
-                                (" 3\n", "", ("values of z", "3 values, expected 4"))):
+        for old, new, words in (
+            ("(nj)", "(nx)", ("line 2", "(nj)")),
+            ("   2 (", " two (", ("line 2",)),
+            ("#==y", "#==z", ("line 13", "#==y(j)==")),
+            (" 3\n", "", ("values of z", "3 values, expected 4")),
+        ):
             with self.subTest(new=new):
                 path = self.text(self.TEXT.replace(old, new), "log-meshnumber")
                 self.assertRefused(torvex.read_mesh_log, path, *words)
