@@ -12,8 +12,12 @@ that is not what it should be raises FormatError, which names it and says what w
 """
 
 from torvex.arrays import PathLike
+from torvex.case import Case, CaseSite, find_case, read_case
 from torvex.direction import Direction, usable_directions
-from torvex.profiles import LABEL_LIST, Label, Profile, read_labels, read_profile
+from torvex.flow import Flow
+from torvex.geodesy import metres_per_degree
+from torvex.packages import MissingPackage
+from torvex.profiles import LABEL_LIST, Label, Profile, Site, read_labels, read_profile
 from torvex.records import MAX_SUBRECORD_BYTES, FormatError, Record, read_records
 from torvex.results import OldResultWarning
 from torvex.states import STATES, DirectionState, direction_states, wd_tag, wd_tags
@@ -25,19 +29,27 @@ __all__ = [
     "LABEL_LIST",
     "MAX_SUBRECORD_BYTES",
     "STATES",
+    "Case",
+    "CaseSite",
     "Direction",
     "DirectionState",
+    "Flow",
     "FormatError",
     "Label",
     "MeshLog",
+    "MissingPackage",
     "OldResultWarning",
     "PathLike",
     "Profile",
     "Record",
     "RestartInfo",
+    "Site",
     "TextMap",
     "TufFile",
     "direction_states",
+    "find_case",
+    "metres_per_degree",
+    "read_case",
     "read_labels",
     "read_map",
     "read_mesh_log",

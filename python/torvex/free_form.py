@@ -16,7 +16,7 @@ from torvex.records import FormatError
 _FORTRAN_REAL = re.compile(r"([+-]?(?:\d+\.?\d*|\.\d+))(?:[dDqQ]([+-]?\d+)|([+-]\d+))")
 
 
-def _real(word: str) -> float:
+def real(word: str) -> float:
     """Raises ValueError where the word is no number."""
     odd = _FORTRAN_REAL.fullmatch(word)
     if odd:
@@ -26,7 +26,7 @@ def _real(word: str) -> float:
     return float(word)
 
 
-def _free_form(lines: Iterable[str]) -> Iterator[str | None]:
+def free_form(lines: Iterable[str]) -> Iterator[str | None]:
     """The words of free-form input: blanks or a comma between them, 3*0.5 for a repeated word,
     None for one left out between two commas; a slash ends it all."""
     word_open = False  # the last word still owns the comma that may follow
@@ -49,11 +49,11 @@ def _free_form(lines: Iterable[str]) -> Iterator[str | None]:
 
 def read_reals(path: PathLike, lines: Iterable[str], count: int, where: str) -> list[float]:
     """`count` reals in free form; `where` says in a message which they are."""
-    words = list(itertools.islice(_free_form(lines), count))
+    words = list(itertools.islice(free_form(lines), count))
     values = []
     for word in words:
         try:
-            values.append(_real(word or "nothing"))
+            values.append(real(word or "nothing"))
         except ValueError:
             raise FormatError(path, f"{where}: {word or 'nothing'}, expected a number") from None
     if len(values) < count:

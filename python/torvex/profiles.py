@@ -2,12 +2,14 @@
 
 from __future__ import annotations
 
+import math
 from pathlib import Path
 from typing import NamedTuple
 
 import numpy as np
 
 from torvex.arrays import Array, PathLike
+from torvex.flow import Columns, Flow
 from torvex.free_form import line_at, lines_of, read_counts, read_reals
 from torvex.records import FormatError
 
@@ -23,11 +25,26 @@ class Profile(NamedTuple):
     tke: Array  # turbulence energy [m2/s2]
     ted: Array  # its dissipation [m2/s3]
     z_asl: Array  # height above the datum of the map [m]
+    z0: float = math.nan  # roughness length of the ground [m]; a .tpd file does not tell it
 
     @property
     def speed(self) -> Array:
         """Horizontal wind speed [m/s]."""
         return np.hypot(self.u, self.v)
+
+    def flow(self, height: float, inflow: Profile | None = None, angle: float = math.nan) -> Flow:
+        """The wind at a height above ground; without z0 there is none below the second cell
+        centre. Speed-up and turn are against `inflow`; east and north need the direction's angle.
+        """
+        z = np.asarray(self.z_agl, np.float64) + (self.z_asl[0] - self.z_agl[0])
+        columns = Columns(z, self.u, self.v, self.w, self.p, self.tke, self.z0)
+        if inflow is None:
+            return Flow.of_columns(columns, height, angle)
+        free = inflow.flow(height)
+        return Flow.of_columns(columns, height, angle, (float(free.u), float(free.v)))
+
+
+_TITLES = Profile._fields[:8]
 
 
 def read_profile(path: PathLike) -> Profile:
@@ -38,8 +55,8 @@ def read_profile(path: PathLike) -> Profile:
     if levels < 1:
         raise FormatError(path, f"line 1: {levels} levels, expected 1 or more")
     titles = line_at(path, lines, 2, "column titles")[0].split()
-    if titles != list(Profile._fields):
-        raise FormatError(path, f"line 2: {' '.join(titles)}, expected {' '.join(Profile._fields)}")
+    if titles != list(_TITLES):
+        raise FormatError(path, f"line 2: {' '.join(titles)}, expected {' '.join(_TITLES)}")
     rows = [
         read_reals(
             path,
@@ -58,6 +75,17 @@ class Label(NamedTuple):
     index: int  # type: ignore[assignment]  # in the case file, from 1
     label: str
     position: str  # its place in the names of profiles
+
+
+class Site(NamedTuple):
+    """A site in the mesh of a direction; places are nan where no case file tells the centre."""
+
+    label: str
+    profile: Profile
+    longitude: float  # [degrees]
+    latitude: float
+    east: float  # of the case centre [m]
+    north: float
 
 
 LABEL_LIST = "_latlon_label_list.txt"

@@ -149,10 +149,16 @@ class OneDirection(unittest.TestCase):
         np.testing.assert_array_equal(d.z_agl[:, :, 0], 0)
         self.assertEqual(d.z_agl[4, 5, 6], d.zc[4, 5, 6] - d.zc[4, 5, 0])
 
-    def test_at_height_is_exact_for_what_is_linear(self):
-        for height in (0.0, 3.0, 10.0, 100.0):
-            values = self.d.at_height(2 + 3 * self.d.z_agl, height)
-            np.testing.assert_allclose(values, 2 + 3 * height, rtol=1e-5)
+    def test_at_height_is_exact_for_what_is_linear_in_the_logarithm(self):
+        with np.errstate(divide="ignore"):
+            field = 2 + 3 * np.log(self.d.z_agl)
+        for height in (40.0, 55.5, 100.0, 700.0):  # the second centre is at 33 m
+            values = self.d.at_height(field, height)
+            np.testing.assert_allclose(values, 2 + 3 * np.log(height), rtol=1e-5)
+
+    def test_at_height_is_constant_below_the_second_centre(self):
+        for height in (0.0, 3.0, 10.0, 30.0):
+            np.testing.assert_array_equal(self.d.at_height(self.d.tke, height), self.d.tke[:, :, 2])
 
     def test_at_height_hits_the_levels(self):
         d = self.d
@@ -172,11 +178,16 @@ class OneDirection(unittest.TestCase):
 
     def test_speed(self):
         d = self.d
-        speed = d.speed_at_height(20)
         i, j = 11, 12
-        u, v = (np.interp(20, d.z_agl[i, j], field[i, j]) for field in (d.u, d.v))
-        self.assertAlmostEqual(speed[i, j], (u * u + v * v) ** 0.5, delta=1e-5)
-        np.testing.assert_allclose(d.speed_up(20), speed / speed[0, 0])
+        for height in (20, 70):
+            speed = d.speed_at_height(height)
+            low, z = min(height, d.z_agl[i, j, 2]), d.z_agl[i, j, 2:]
+            u, v = (
+                np.interp(np.log(max(height, z[0])), np.log(z), f[i, j, 2:]) for f in (d.u, d.v)
+            )
+            law = np.log(low / small_case.Z0) / np.log(z[0] / small_case.Z0) if height < z[0] else 1
+            self.assertAlmostEqual(speed[i, j], law * (u * u + v * v) ** 0.5, delta=1e-5)
+            np.testing.assert_allclose(d.speed_up(height), speed / speed[0, 0])
 
     def test_profile(self):
         profile = self.d.profile(11, 12)
@@ -286,6 +297,37 @@ class Sites(unittest.TestCase):
         self.assertEqual([label for label, _ in d.sites()], list(small_case.SITES))
 
     @each_direction
+    def test_places_of_the_sites(self, d):
+        placed = d.placed_sites()
+        self.assertEqual([site.label for site in placed], list(small_case.SITES))
+        for site, (east, north) in zip(placed, small_case.SITES.values()):
+            # On the ellipsoid, half a per cent from the sphere that the case was made with.
+            self.assertLess(np.hypot(site.east - east, site.north - north), 0.6)
+            self.assertAlmostEqual(site.longitude, 139.75 + site.east / 90690, delta=1e-6)
+            self.assertAlmostEqual(site.latitude, 35.5 + site.north / 110949, delta=1e-6)
+            self.assertAlmostEqual(site.profile.z0, small_case.Z0, delta=1e-7)
+            # The program's own interpolation against that of the reader, at the first level used.
+            there = d.flow_at(33.0, east=site.east, north=site.north)
+            alone = site.profile.flow(33.0, d.inflow_profile(), d.angle)
+            for name in ("speed", "speed_up", "turbulence_intensity", "flow_angle", "turn"):
+                found, expected = float(getattr(alone, name)), float(getattr(there, name))
+                self.assertAlmostEqual(found, expected, delta=2e-3, msg=name)
+
+    def test_a_case_of_another_run_is_refused(self):
+        text = (RUN / "torvex.tin").read_text()
+        for change, words in (
+            (("CENT_LON = 139, 45", "CENT_LON = 139, 45.1"), "is not the case of this one"),
+            ((f"N_SITE = {len(small_case.SITES) + 1}", "N_SITE = 1"), "1 sites, but .* has site 2"),
+        ):
+            with self.subTest(words=words), tempfile.TemporaryDirectory() as directory:
+                case = Path(directory) / "other.tin"
+                case.write_text(text.replace(*change))
+                self.assertNotEqual(case.read_text(), text)
+                with self.assertRaisesRegex(torvex.FormatError, words):
+                    torvex.Direction(RUN, 270, case=case).placed_sites()
+                self.assertEqual(len(torvex.Direction(RUN, 270).placed_sites()), 2)
+
+    @each_direction
     def test_profiles_are_bilinear_in_the_columns_around(self, d):
         for label, profile in d.sites():
             x, y = d.to_mesh(*small_case.SITES[label])
@@ -315,22 +357,57 @@ class Sites(unittest.TestCase):
         for found, expected in zip(inflow, d.profile(0, 0)):
             np.testing.assert_allclose(found, expected, rtol=1e-6, atol=1e-6)
 
-    def test_table(self):
+    def table(self, *arguments):
         done = subprocess.run(
-            [sys.executable, ROOT / "python/examples/site_table.py", RUN, "--heights", "20"],
+            [sys.executable, ROOT / "python/examples/site_table.py", RUN, *arguments],
             capture_output=True,
             text=True,
         )
         self.assertEqual(done.returncode, 0, done.stderr)
+        return done.stdout.split("wind from 270.0 degrees")[1].splitlines()
+
+    def test_table(self):
+        # 40, 20 sqrt(2) and 40 sqrt(2) m: the second centre is at 33 m, the third at 60.9 m.
+        lines = self.table("--heights", "40", "900")
         d = torvex.Direction(RUN, 270)
-        profile = dict(d.sites())["CENTRE"]
-        inflow = d.inflow_profile()
-        up = np.interp(20, profile.z_agl, profile.speed) / np.interp(20, inflow.z_agl, inflow.speed)
-        last = done.stdout.split("wind from 270.0 degrees")[1].splitlines()
-        row = next(line for line in last if "CENTRE" in line).split()
-        self.assertEqual(row[1:3], ["20", "m"])
-        self.assertAlmostEqual(float(row[3]), up, delta=0.002)
-        self.assertEqual(len([line for line in last if " m " in line]), len(small_case.SITES))
+        profile, inflow = dict(d.sites())["CENTRE"], d.inflow_profile()
+
+        def at(p, values, height):
+            law = min(1, np.log(height / small_case.Z0) / np.log(p.z_agl[2] / small_case.Z0))
+            where = np.log(max(height, p.z_agl[2]))
+            return law * np.interp(where, np.log(p.z_agl[2:]), values[2:])
+
+        def speed(p, height):
+            return np.hypot(at(p, p.u, height), at(p, p.v, height))
+
+        self.assertEqual(
+            lines[1].split(),
+            "site ground height speed-up turbulence climb turn shear".split(),
+        )
+        row = next(line for line in lines if "CENTRE" in line).split()
+        self.assertEqual((row[2], row[3:5], row[7]), ("m", ["40", "m"], "%"))
+        self.assertAlmostEqual(float(row[1]), profile.z_asl[0], delta=0.06)
+        up = speed(profile, 40) / speed(inflow, 40)
+        self.assertAlmostEqual(float(row[5]), up, delta=0.001)
+        tke = np.interp(np.log(40), np.log(profile.z_agl[2:]), profile.tke[2:])
+        intensity = 100 * np.sqrt(2 / 3 * tke) / speed(profile, 40)
+        self.assertAlmostEqual(float(row[6]), intensity, delta=0.06)
+        shear = np.log2(speed(profile, 40 * 2**0.5) / speed(profile, 40 / 2**0.5))
+        self.assertAlmostEqual(float(row[10]), shear, delta=0.006)
+        rows = [line for line in lines if " m " in line]
+        self.assertEqual(len(rows), 2 * len(small_case.SITES))
+
+    def test_table_without_the_case(self):
+        other = str(RUN / "h.map")
+        lines = self.table("--heights", "20", "40", "--case", other)
+        rows = [line.split() for line in lines if " m " in line]
+        self.assertEqual(rows[0][5:], ["-", "-", "%", "-", "-", "-"])  # 20 m
+        self.assertGreater(float(rows[1][2]), 0.5)  # 40 m
+        self.assertIn("no roughness is known", lines[-1])
+        self.assertIn("h.map", lines[-1])
+
+    def test_table_above_the_domain(self):
+        self.assertIn("above the domain", self.table("--heights", "9000")[2])
 
 
 class Shown(unittest.TestCase):
@@ -349,25 +426,23 @@ class Shown(unittest.TestCase):
 
     @unittest.skipUnless(importlib.util.find_spec("matplotlib"), "matplotlib is missing")
     def test_speed_up_map(self):
-        with tempfile.TemporaryDirectory() as out:
-            done = subprocess.run(
-                [
-                    sys.executable,
-                    ROOT / "python/examples/speed_up_map.py",
-                    RUN,
-                    "--out",
-                    out,
-                    "--tag",
-                    "270_0",
-                ],
-                capture_output=True,
-                text=True,
-            )
-            self.assertEqual(done.returncode, 0, done.stderr)
-            for name in ("speed_up_270_0.png", "profiles_270_0.png"):
-                data = (Path(out) / name).read_bytes()
-                self.assertEqual(data[:8], b"\x89PNG\r\n\x1a\n")
-                self.assertIn(str(Path(out) / name), done.stdout)
+        # A direction alone is drawn as among the others, with the colours of all.
+        script = ROOT / "python/examples/speed_up_map.py"
+        drawn = []
+        for tags in ([], ["--tag", "270_0"]):
+            with tempfile.TemporaryDirectory() as out:
+                done = subprocess.run(
+                    [sys.executable, script, RUN, "--out", out, *tags],
+                    capture_output=True,
+                    text=True,
+                )
+                self.assertEqual(done.returncode, 0, done.stderr)
+                names = [f"{n}_{t}.png" for t in small_case.TAGS for n in ("speed_up", "profiles")]
+                expected = names[-2:] if tags else names
+                self.assertEqual(done.stdout.split(), [str(Path(out) / n) for n in expected])
+                drawn.append([(Path(out) / n).read_bytes() for n in names[-2:]])
+        self.assertEqual(drawn[0][0][:8], b"\x89PNG\r\n\x1a\n")
+        self.assertEqual(drawn[0], drawn[1])
 
 
 if __name__ == "__main__":

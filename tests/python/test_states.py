@@ -257,20 +257,6 @@ class Scripts(InCopy):
         self.assertIn("left out: diverged", done.stderr)
         self.assertEqual(list(self.run_copy.glob("*.png")), [])
 
-    def test_the_title_of_a_map_tells_the_state(self):
-        spec = importlib.util.find_spec("matplotlib")
-        if spec is None:
-            self.skipTest("matplotlib is missing")
-        maps = importlib.util.spec_from_file_location("maps", EXAMPLES / "speed_up_map.py")
-        module = importlib.util.module_from_spec(maps)
-        maps.loader.exec_module(module)
-        self.table("270.0 2")
-        self.assertEqual(
-            module.title(torvex.Direction(self.run_copy, 270)), "wind from 270° (NOT CONVERGED)"
-        )
-        self.table("270.0 1")
-        self.assertEqual(module.title(torvex.Direction(self.run_copy, 270)), "wind from 270°")
-
 
 if __name__ == "__main__":
     unittest.main()
