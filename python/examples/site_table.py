@@ -15,6 +15,7 @@ A direction that is not converged is marked, one that diverged is left out, and 
 
 import argparse
 import math
+import signal
 import sys
 from pathlib import Path
 from typing import Any
@@ -72,6 +73,7 @@ def table(d: torvex.Direction, heights: list[float]) -> str:
 
 
 def main() -> None:
+    signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # ends quietly in front of "| head"
     parser = argparse.ArgumentParser(description="Prints what a run found at its sites.")
     parser.add_argument("directory", type=Path)
     parser.add_argument("--heights", type=float, nargs="+", default=[10.0, 50.0, 100.0], help="[m]")
