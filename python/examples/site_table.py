@@ -83,13 +83,13 @@ def main() -> None:
     if min(given.heights) < 0:
         parser.error("heights are metres above ground")
     try:
-        directions, left_out = torvex.usable_directions(
+        directions, remarks = torvex.usable_directions(
             given.directory, given.prefix, case=given.case
         )
         print("\n\n".join(table(d, given.heights) for d in directions))
     except (OSError, ValueError) as problem:
         sys.exit(str(problem))
-    for line in left_out:
+    for line in remarks:
         print(f"\n{line}")
     if not directions:
         sys.exit(f"{given.directory}: no direction to show")

@@ -28,29 +28,31 @@ def placed_sites(d: torvex.Direction) -> list[torvex.Site]:
 
 
 def draw(given: argparse.Namespace) -> None:
-    whole_run, left_out = torvex.usable_directions(given.run, given.prefix, case=given.case)
+    whole_run, remarks = torvex.usable_directions(given.run, given.prefix, case=given.case)
     if given.tag:
-        asked, left_out = torvex.usable_directions(given.run, given.prefix, given.tag)
+        asked, remarks = torvex.usable_directions(given.run, given.prefix, given.tag)
         tags = [d.tag for d in asked]
     else:
         tags = [d.tag for d in whole_run]
-    for line in left_out:
+    for line in remarks:
         print(line, file=sys.stderr)
     if not tags:
         sys.exit(f"{given.run}: no direction to draw")
 
     out = given.out or given.run
     out.mkdir(parents=True, exist_ok=True)
-    reach = pictures.colour_reach(whole_run)
+    reach = pictures.colour_reach(whole_run, given.heights)
     for d in whole_run:
         if d.tag not in tags:
             continue
         sites = placed_sites(d)
         path = out / f"{given.prefix}speed_up_{d.tag}.png"
-        pictures.draw_maps(d, path, reach, sites)
+        pictures.draw_maps(d, path, reach, sites, given.heights)
         print(path)
         path = out / f"{given.prefix}profiles_{d.tag}.png"
-        pictures.draw_profiles(d, path, ((site.label, site.profile) for site in sites))
+        pictures.draw_profiles(
+            d, path, ((site.label, site.profile) for site in sites), given.heights[0]
+        )
         print(path)
 
 
@@ -58,6 +60,7 @@ def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("run", type=Path, help="directory of a finished run")
     parser.add_argument("--tag", action="append", help="direction such as 240_0; default: all")
+    parser.add_argument("--heights", type=float, nargs="+", default=pictures.HEIGHTS, help="[m]")
     parser.add_argument("--prefix", default="", help="prefix of the names of files, such as nest-")
     parser.add_argument("--case", type=Path, help="case file; default: that of the last run there")
     parser.add_argument("--out", type=Path, help="directory for the figures; default: the run's")

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import functools
+import warnings
 from collections.abc import Iterable
 from dataclasses import replace
 from pathlib import Path
@@ -17,7 +18,7 @@ from torvex.geodesy import east_north_to_mesh, mesh_to_east_north
 from torvex.heights import AtHeight
 from torvex.profiles import LABEL_LIST, Profile, Site, read_labels, read_profile
 from torvex.records import FormatError
-from torvex.results import DirectionFiles, read_fitting, read_result
+from torvex.results import DirectionFiles, OldResultWarning, read_fitting, read_result
 from torvex.states import direction_states, state_table, wd_tag, wd_tags
 from torvex.tables import RestartInfo, read_restart_info
 from torvex.tuf import START_FIELDS, TufFile, read_tuf
@@ -314,26 +315,33 @@ def usable_directions(
     case: PathLike | Case | None = None,
 ) -> tuple[list[Direction], list[str]]:
     """The directions of the last run that can be looked at, converged or not (their `state` tells),
-    and a line on each that was left out, with the reason. With `tags` these directions only."""
+    and a line on each that was left out, with the reason, or that is doubtful. With `tags` these
+    directions only."""
     usable: list[Direction] = []
-    left_out: list[str] = []
+    remarks: list[str] = []
     rows = direction_states(directory, prefix)
-    asked = (
-        {row.tag for row in rows} | set(wd_tags(directory, prefix)) if tags is None else set(tags)
-    )
+    asked = set(tags or [row.tag for row in rows] + wd_tags(directory, prefix))
     for tag, angle, state in rows:
         if tag not in asked:
             continue
+        wind = f"wind from {angle:.1f} degrees"
         if state == 3:
-            left_out.append(f"wind from {angle:.1f} degrees: left out: diverged")
+            remarks.append(f"{wind}: left out: diverged")
             continue
-        try:
-            usable.append(Direction(directory, tag, prefix=prefix, case=case))
-        except (OSError, FormatError) as problem:
-            left_out.append(f"wind from {angle:.1f} degrees: left out: {problem}")
+        with warnings.catch_warnings(record=True) as doubts:
+            warnings.simplefilter("always", OldResultWarning)
+            try:
+                usable.append(Direction(directory, tag, prefix=prefix, case=case))
+            except (OSError, FormatError) as problem:
+                remarks.append(f"{wind}: left out: {problem}")
+        remarks += [
+            f"{wind}: {doubt.message}"
+            for doubt in doubts
+            if issubclass(doubt.category, OldResultWarning)
+        ]
     table = state_table(directory, prefix).name
-    left_out += [
+    remarks += [
         f"{tag}: left out: {table} does not name it, it is not of the last run"
         for tag in sorted(asked - {row.tag for row in rows})
     ]
-    return usable, left_out
+    return usable, remarks

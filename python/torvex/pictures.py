@@ -48,7 +48,8 @@ def colour_reach(directions: Iterable[Direction], heights: Sequence[float] = HEI
         for d in directions
         for height in heights
     ]
-    return float(np.clip(np.ceil(max(departures) * 10) / 10, 0.1, 1.0))
+    largest = max((each for each in departures if np.isfinite(each)), default=0.0)
+    return float(np.clip(np.ceil(largest * 10) / 10, 0.1, 1.0))
 
 
 def title(d: Direction) -> str:
@@ -58,10 +59,10 @@ def title(d: Direction) -> str:
     return f"wind from {d.angle:g}° ({STATES[d.state].upper()})"
 
 
-def _places(d: Direction) -> list[tuple[str, tuple[int, int], str]]:
-    """Label, column and colour of the profiles: inflow, highest ground, slowest at 10 m."""
+def _places(d: Direction, height: float) -> list[tuple[str, tuple[int, int], str]]:
+    """Label, column and colour of the profiles: inflow, highest ground, slowest."""
     inside = np.hypot(d.east, d.north) <= study_radius(d)
-    speed_up = d.speed_up(10.0)
+    speed_up = d.speed_up(height)
 
     def column(n: Any) -> tuple[int, int]:
         i, j = np.unravel_index(n, inside.shape)
@@ -72,7 +73,7 @@ def _places(d: Direction) -> list[tuple[str, tuple[int, int], str]]:
     return [
         ("inflow", (0, 0), "0.35"),
         ("highest ground", column(highest), "tab:red"),
-        ("slowest at 10 m", column(slowest), "tab:blue"),
+        (f"slowest at {height:g} m", column(slowest), "tab:blue"),
     ]
 
 
@@ -142,7 +143,7 @@ def draw_maps(
         )
         lines = axes.contour(east, north, ground, levels, colors="0.15", linewidths=0.5)
         axes.clabel(lines, lines.levels[::2], fmt="%g", fontsize=7)
-        for label, column, colour in _places(d)[1:]:
+        for label, column, colour in _places(d, heights[0])[1:]:
             axes.plot(east[column], north[column], "o", color=colour, label=label)
             axes.lines[-1].set(markeredgecolor="white", markersize=8)
         _draw_sites(axes, sites)
@@ -160,11 +161,16 @@ def draw_maps(
     plt.close(figure)
 
 
-def draw_profiles(d: Direction, path: Path, sites: Iterable[tuple[str, Profile]] = ()) -> None:
-    """Speed and turbulence energy at the inflow, the highest ground, where it is slowest, and at
-    the sites."""
+def draw_profiles(
+    d: Direction,
+    path: Path,
+    sites: Iterable[tuple[str, Profile]] = (),
+    height: float = HEIGHTS[0],
+) -> None:
+    """Speed and turbulence energy at the inflow, on the highest ground, where it is slowest at a
+    height, and at the sites."""
     plt = _pyplot()
-    drawn = [(label, d.profile(*column), colour) for label, column, colour in _places(d)]
+    drawn = [(label, d.profile(*column), colour) for label, column, colour in _places(d, height)]
     cycle = plt.get_cmap("Dark2").colors
     for n, (label, profile) in enumerate(sites):
         drawn.append((f"site {label}", profile, cycle[n % len(cycle)]))

@@ -46,7 +46,13 @@ def direction_states(directory: PathLike, prefix: str = "") -> list[DirectionSta
     The table rounds an angle to one decimal where a tag cuts it: 011_2 may stand behind 11.3. Of
     two such tags the one with a mesh is meant; of two meshes the newer one by the later row.
     """
-    table = read_view(state_table(directory, prefix))
+    path = state_table(directory, prefix)
+    if not path.exists():
+        raise FileNotFoundError(
+            f"{path} is missing: no run has begun there; name the directory of a run, and the "
+            "prefix of its files if they have one"
+        )
+    table = read_view(path)
 
     def entered(tag: str) -> float:
         mesh = Path(directory) / f"{prefix}restart-{tag}-xyzc.tuf"

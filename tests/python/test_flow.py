@@ -10,6 +10,7 @@ import numpy as np
 import synthetic_run
 import torvex
 from synthetic_run import Z0, value
+from torvex.flow import Cells
 
 ANGLES = (0.0, 22.5, 140.3, 270.0)
 # Longitude and latitude of the centre, the key GS, radius and squared eccentricity.
@@ -314,6 +315,14 @@ class Tops(InDirectory):
         ):
             with self.assertRaisesRegex(ValueError, words):
                 d.flow(height)
+
+
+class Sideways(unittest.TestCase):
+    def test_a_column_without_weight_does_not_count(self):
+        line = np.array([0.0, 10.0])
+        values = np.array([[1.0, 3.0], [math.nan, math.nan]])
+        cells = Cells.of_points(line, line, np.array([0.0, 0.1]), np.array([5.0, 5.0]))
+        np.testing.assert_array_equal(cells.bilinear(values), [2.0, math.nan])
 
 
 class Roughness(InDirectory):

@@ -151,12 +151,12 @@ class MeshAndResult(InCopy):
         self.assertTrue(self.file("vpkeout_00002.tuf", "000_0").exists())
         self.refused("restart.info is missing", "there: 2", tag="000_0")
         self.refused("older than the mesh", tag="000_0", iteration=2)
-        usable, left_out = torvex.usable_directions(self.run_copy)
+        usable, remarks = torvex.usable_directions(self.run_copy)
         self.assertEqual(usable, [])
-        self.assertEqual(len(left_out), 3)
-        self.assertIn("wind from 0.0 degrees: left out: ", left_out[0])
-        self.assertIn("restart.info is missing", left_out[0])
-        self.assertIn("022_5: left out: view-wind_direction.dat does not name it", left_out[1])
+        self.assertEqual(len(remarks), 3)
+        self.assertIn("wind from 0.0 degrees: left out: ", remarks[0])
+        self.assertIn("restart.info is missing", remarks[0])
+        self.assertIn("022_5: left out: view-wind_direction.dat does not name it", remarks[1])
 
 
 class Table(InCopy):
@@ -182,9 +182,9 @@ class Table(InCopy):
         )
         for path in self.run_copy.glob("restart-*"):
             path.rename(path.with_name("flat2-" + path.name))
-        usable, left_out = torvex.usable_directions(self.run_copy, "flat2-")
+        usable, remarks = torvex.usable_directions(self.run_copy, "flat2-")
         self.assertEqual([d.tag for d in usable], list(small_case.TAGS))
-        self.assertEqual(left_out, [])
+        self.assertEqual(remarks, [])
         with self.assertRaisesRegex(FileNotFoundError, "view-wind_direction.dat"):
             torvex.usable_directions(self.run_copy)
 
@@ -227,6 +227,13 @@ class Scripts(InCopy):
             self.table("270.0 " + state)
             self.assertIn(f"2 iterations, {text}\n", self.call("site_table.py").stdout)
 
+    def test_a_doubtful_result_is_shown_with_a_line(self):
+        self.age(self.file("vpkeout_00002.tuf"))
+        done = self.call("site_table.py")
+        self.assertEqual((done.returncode, done.stderr), (0, ""))
+        self.assertRegex(done.stdout, r"wind from 270.0 degrees: .*vpkeout_00002\.tuf: older than")
+        self.assertEqual(done.stdout.count("older than"), 1)
+
     def test_site_table_without_anything_to_show(self):
         self.table("  0.0 3")
         done = self.call("site_table.py")
@@ -236,13 +243,13 @@ class Scripts(InCopy):
         (self.run_copy / "view-wind_direction.dat").unlink()
         done = self.call("site_table.py")
         self.assertEqual(done.returncode, 1)
-        self.assertIn("view-wind_direction.dat", done.stderr)
+        self.assertIn("view-wind_direction.dat is missing", done.stderr)
         self.assertNotIn("Traceback", done.stderr)
 
     @unittest.skipUnless(importlib.util.find_spec("matplotlib"), "matplotlib is missing")
     def test_maps_of_what_the_table_names(self):
         self.table("270.0 1", "  0.0 3")
-        done = self.call("speed_up_map.py")
+        done = self.call("speed_up_map.py", "--heights", "20")
         self.assertEqual(done.returncode, 0, done.stderr)
         drawn = sorted(path.name for path in self.run_copy.glob("*.png"))
         self.assertEqual(drawn, ["profiles_270_0.png", "speed_up_270_0.png"])
