@@ -23,13 +23,14 @@ class CaseSite:
 
 @dataclass(frozen=True)
 class Case:
-    """Centre and sites of a case file."""
+    """Centre, sites and directions of a case file."""
 
     path: Path
     longitude: float  # of the centre [degrees]
     latitude: float
     geodetic_system: int  # the key GS
     sites: tuple[CaseSite, ...]
+    angles: tuple[float, ...] = ()  # wind directions [degrees], with all their decimals
 
     def east_north(self, longitude: Any, latitude: Any) -> tuple[Any, Any]:
         """Metres from the centre."""
@@ -116,15 +117,21 @@ class _Group:
 
 
 def read_case(path: PathLike) -> Case:
-    """Centre and sites of a case file; all else in it is passed over."""
+    """Centre, sites and directions of a case file; all else in it is passed over."""
     path = Path(path)
     text = "\n".join(lines_of(path))
     case, site = _Group(path, text, "NML_CASEFILE"), _Group(path, text, "NML_SITE")
     geodetic_system = case.real("GS")
     if geodetic_system not in (0, 1, 2, 3):
         raise FormatError(path, f"GS is {geodetic_system:g}, expected 0 to 3")
+    count = int(case.real("N_WIND_DIRECTION"))
+    if case.real("WD_TYPE") == 0:
+        angles = [n * 360 / count for n in range(count)]
+    else:
+        angles = [case.real("WIND_DIRECTION_ANGLE", n) for n in range(1, count + 1)]
     return Case(
         path=path,
+        angles=tuple(angles),
         longitude=case.degrees("CENT_LON"),
         latitude=case.degrees("CENT_LAT"),
         geodetic_system=int(geodetic_system),

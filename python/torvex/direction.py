@@ -320,6 +320,7 @@ def usable_directions(
     usable: list[Direction] = []
     remarks: list[str] = []
     rows = direction_states(directory, prefix)
+    angles = _case_angles(directory, case)
     asked = set(tags or [row.tag for row in rows] + wd_tags(directory, prefix))
     for tag, angle, state in rows:
         if tag not in asked:
@@ -331,7 +332,7 @@ def usable_directions(
         with warnings.catch_warnings(record=True) as doubts:
             warnings.simplefilter("always", OldResultWarning)
             try:
-                usable.append(Direction(directory, tag, prefix=prefix, case=case))
+                usable.append(Direction(directory, angles.get(tag, tag), prefix=prefix, case=case))
             except (OSError, FormatError) as problem:
                 remarks.append(f"{wind}: left out: {problem}")
         remarks += [
@@ -345,3 +346,13 @@ def usable_directions(
         for tag in sorted(asked - {row.tag for row in rows})
     ]
     return usable, remarks
+
+
+def _case_angles(directory: PathLike, case: PathLike | Case | None) -> dict[str, float]:
+    """The angles of the case by their tags, which cut them; none where there is no case to read."""
+    try:
+        if not isinstance(case, Case):
+            case = read_case(find_case(directory) if case is None else case)
+    except (OSError, FormatError):
+        return {}
+    return {wd_tag(angle): angle for angle in case.angles}

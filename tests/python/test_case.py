@@ -57,6 +57,15 @@ class CaseFile(Texts):
         self.assertAlmostEqual(first.latitude, 35.01, delta=1e-12)
         self.assertEqual((second.longitude, second.latitude), (-1.5, 35))
 
+    def test_directions(self):
+        listed = "N_WIND_DIRECTION = 2, WIND_DIRECTION_ANGLE = 270, 11.25, 30\n"
+        self.assertEqual(self.case("WD_TYPE = 1 " + listed).angles, (270, 11.25))
+        sectors = self.case("N_WIND_DIRECTION = 32, WIND_DIRECTION_ANGLE = 7").angles
+        self.assertEqual(
+            (len(sectors), sectors[0], sectors[1], sectors[31]), (32, 0, 11.25, 348.75)
+        )
+        self.assertEqual(self.case("WD_TYPE = 0").angles, ())
+
     def test_bad_cases(self):
         for text, words in (
             ("", ("&NML_CASEFILE is missing",)),

@@ -195,6 +195,17 @@ class Table(InCopy):
         self.file("xyzc.tuf", "011_2").touch()
         self.assertEqual(self.tags(), [("011_2", 1)])
 
+    def test_the_case_tells_the_decimals_that_a_tag_cuts(self):
+        for path in self.run_copy.glob("restart-270_0-*"):
+            path.rename(path.with_name(path.name.replace("270_0", "270_2")))
+        self.table("270.3 1")
+        (row,), _ = torvex.usable_directions(self.run_copy)
+        self.assertEqual(row.angle, 270.2)
+        case = self.run_copy / "torvex.tin"
+        case.write_text(case.read_text().replace("270.0", "270.25"))
+        (row,), _ = torvex.usable_directions(self.run_copy)
+        self.assertEqual(row.angle, 270.25)
+
     def test_of_two_meshes_the_newer_is_that_of_the_later_row(self):
         for tag, by in (("011_2", 20), ("011_3", 10)):
             self.file("xyzc.tuf", tag).touch()
