@@ -1,5 +1,6 @@
 #include "base/list_input.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -11,6 +12,24 @@ namespace {
 
 bool is_blank(char c) {
     return c == ' ' || c == '\n' || c == '\r' || c == '\t';
+}
+
+// Passes blanks, the one comma that belongs to a value before, and blanks, but no line end.
+void skip_value_end(TextCursor& cursor) {
+    bool comma = false;
+    while (cursor.at != cursor.end && *cursor.at != '\n' &&
+           (is_blank(*cursor.at) || (*cursor.at == ',' && !comma))) {
+        comma = comma || *cursor.at == ',';
+        ++cursor.at;
+    }
+}
+
+bool begins_number(const TextCursor& cursor) {
+    if (cursor.at == cursor.end) {
+        return false;
+    }
+    const char c = *cursor.at;
+    return (c >= '0' && c <= '9') || c == '-' || c == '+' || c == '.';
 }
 
 bool ends_number(const char* p, const char* end) {
@@ -49,9 +68,7 @@ bool ListInput::read_line(std::string_view& line) {
         return false;
     }
     const char* const start = cursor_.at;
-    while (cursor_.at != cursor_.end && *cursor_.at != '\n') {
-        ++cursor_.at;
-    }
+    cursor_.at = std::find(start, cursor_.end, '\n');
     line = std::string_view(start, static_cast<std::size_t>(cursor_.at - start));
     if (!line.empty() && line.back() == '\r') {
         line.remove_suffix(1);
@@ -75,7 +92,7 @@ bool ListInput::item_as(const char* expected, Parse parse) {
     if (ended_) {
         return true;
     }
-    const ValueToken token = scanner_.next();
+    const ValueToken& token = scanner_.next();
     switch (token.kind) {
         case ValueToken::Kind::null:
             return true;
@@ -149,19 +166,54 @@ bool ListInput::read_row(float* values, std::size_t count) {
             }
         }
     }
-    if (n == count) {
-        cursor_ = at;
-        std::string_view rest;
-        read_line(rest);
-        return true;
+    row_left_values_ = false;
+    if (n < count) {
+        return scan_row(values, count);
     }
+    cursor_ = at;
+    end_record();
+    return true;
+}
+
+bool ListInput::scan_row(float* values, std::size_t count) {
     begin();
-    for (n = 0; n < count; ++n) {
+    std::size_t n = 0;
+    while (n < count && !ended_) {
         if (!item(values[n])) {
             return end(false);
         }
+        // Copies of a value are neither scanned nor parsed again: their text may be of any length.
+        const std::size_t copies = scanner_.pass_copies(count - n - 1);
+        if (scanner_.last_kind() != ValueToken::Kind::null) {
+            std::fill_n(values + n + 1, copies, values[n]);
+        }
+        n += 1 + copies;
     }
-    return end(true);
+    cursor_ = scanner_.cursor();
+    if (ended_) {
+        std::string_view rest;
+        read_line(rest);
+    } else {
+        row_left_values_ = scanner_.repeating();
+        end_record();
+    }
+    return true;
+}
+
+// From behind the last value of a row to the next record.
+void ListInput::end_record() {
+    skip_value_end(cursor_);
+    row_left_values_ = row_left_values_ || begins_number(cursor_);
+    std::string_view rest;
+    read_line(rest);
+}
+
+bool ListInput::number_follows() {
+    while (cursor_.at != cursor_.end && is_blank(*cursor_.at)) {
+        cursor_.line += *cursor_.at == '\n' ? 1 : 0;
+        ++cursor_.at;
+    }
+    return begins_number(cursor_);
 }
 
 }  // namespace torvex

@@ -38,6 +38,12 @@ class ListInput {
     // One read statement for a whole row of reals.
     bool read_row(float* values, std::size_t count);
 
+    // True if the last row ended in front of further values of its record, which were passed over.
+    bool row_left_values() const { return row_left_values_; }
+
+    // True if nothing but blanks and line ends comes in front of a number; passes them.
+    bool number_follows();
+
     // The next record as it stands, without its line end; false at the end of the text.
     bool read_line(std::string_view& line);
 
@@ -48,6 +54,8 @@ class ListInput {
  private:
     void begin();
     bool end(bool good);
+    bool scan_row(float* values, std::size_t count);
+    void end_record();
     bool item(float& value);
     bool item(double& value);
     bool item(std::int32_t& value);
@@ -61,6 +69,7 @@ class ListInput {
     TextCursor cursor_;
     ValueScanner scanner_;
     bool ended_ = false;  // a slash has ended the current statement
+    bool row_left_values_ = false;
     ListFault fault_;
 };
 

@@ -1,5 +1,6 @@
 #include "base/value_scanner.hpp"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -164,20 +165,32 @@ void ValueScanner::skip_separator() {
     value_open_ = false;
 }
 
-ValueToken ValueScanner::scan_quoted() {
+const ValueToken& ValueScanner::give(ValueToken::Kind kind) {
+    token_.kind = kind;
+    token_.line = cursor_.line;
+    return token_;
+}
+
+// The text from `start` to the cursor, as it stands.
+const ValueToken& ValueScanner::give(ValueToken::Kind kind, const char* start) {
+    token_.text.assign(start, cursor_.at);
+    return give(kind);
+}
+
+const ValueToken& ValueScanner::scan_quoted() {
     const char* const start = cursor_.at;
     const char quote = *start;
     ++cursor_.at;
-    ValueToken token{ValueToken::Kind::quoted, {}, cursor_.line};
+    token_.text.clear();
     while (!at_line_end()) {
         const char c = *cursor_.at++;
         if (c != quote) {
-            token.text += c;
+            token_.text += c;
         } else if (!at_line_end() && *cursor_.at == quote) {
-            token.text += quote;
+            token_.text += quote;
             ++cursor_.at;
         } else if (at_word_end(cursor_.at) || *cursor_.at == '/') {
-            return token;
+            return give(ValueToken::Kind::quoted);
         } else {
             break;
         }
@@ -185,10 +198,10 @@ ValueToken ValueScanner::scan_quoted() {
     while (!at_word_end(cursor_.at)) {
         ++cursor_.at;
     }
-    return {ValueToken::Kind::unclosed, std::string(start, cursor_.at), cursor_.line};
+    return give(ValueToken::Kind::unclosed, start);
 }
 
-ValueToken ValueScanner::scan_value() {
+const ValueToken& ValueScanner::scan_value() {
     if (*cursor_.at == '\'' || *cursor_.at == '"') {
         return scan_quoted();
     }
@@ -196,21 +209,21 @@ ValueToken ValueScanner::scan_value() {
     while (!at_word_end(cursor_.at)) {
         ++cursor_.at;
     }
-    return {ValueToken::Kind::word, std::string(start, cursor_.at), cursor_.line};
+    return give(ValueToken::Kind::word, start);
 }
 
-ValueToken ValueScanner::next() {
+const ValueToken& ValueScanner::next() {
     if (repeats_left_ > 0) {
         --repeats_left_;
-        return repeated_;
+        return token_;
     }
     skip_separator();
     if (at_line_end() || (*cursor_.at == '/' && !rules_.slash_in_words)) {
-        return {ValueToken::Kind::end, {}, cursor_.line};
+        return give(ValueToken::Kind::end, cursor_.at);
     }
     if (*cursor_.at == ',') {
         ++cursor_.at;
-        return {ValueToken::Kind::null, {}, cursor_.line};
+        return give(ValueToken::Kind::null, cursor_.at);
     }
     value_open_ = true;
 
@@ -226,10 +239,14 @@ ValueToken ValueScanner::next() {
         return scan_value();
     }
     cursor_.at = p + 1;
-    repeated_ = at_word_end(cursor_.at) ? ValueToken{ValueToken::Kind::null, {}, cursor_.line}
-                                        : scan_value();
     repeats_left_ = count - 1;
-    return repeated_;
+    return at_word_end(cursor_.at) ? give(ValueToken::Kind::null, cursor_.at) : scan_value();
+}
+
+std::size_t ValueScanner::pass_copies(std::size_t most) {
+    const auto passed = std::min(most, static_cast<std::size_t>(repeats_left_));
+    repeats_left_ -= static_cast<std::int64_t>(passed);
+    return passed;
 }
 
 }  // namespace torvex

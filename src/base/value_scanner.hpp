@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -39,28 +40,35 @@ class ValueScanner {
  public:
     ValueScanner(TextCursor start, ScanRules rules) : cursor_(start), rules_(rules) {}
 
-    ValueToken next();
+    // Stands until the next call.
+    const ValueToken& next();
 
     // True while copies of a repeated value are still to come.
     bool repeating() const { return repeats_left_ > 0; }
+
+    // Passes up to `most` copies of the value that next() gave last; returns how many.
+    std::size_t pass_copies(std::size_t most);
 
     // Passes blanks, comments and the one comma that belongs to the value before.
     void skip_separator();
 
     const TextCursor& cursor() const { return cursor_; }
+    ValueToken::Kind last_kind() const { return token_.kind; }
 
  private:
     void skip_blanks();
     bool at_line_end() const;
     bool at_word_end(const char* p) const;
-    ValueToken scan_quoted();
-    ValueToken scan_value();
+    const ValueToken& give(ValueToken::Kind kind);
+    const ValueToken& give(ValueToken::Kind kind, const char* start);
+    const ValueToken& scan_quoted();
+    const ValueToken& scan_value();
 
     TextCursor cursor_;
     ScanRules rules_;
     bool value_open_ = false;  // the last value still owns the comma that may follow it
     std::int64_t repeats_left_ = 0;
-    ValueToken repeated_;
+    ValueToken token_;  // given last; a repeated one is given again as it stands
 };
 
 // One whole word as a number: all of the text must be used. Reals take integers, a D or E exponent

@@ -95,6 +95,79 @@ TEST(ListInput, RestOfTheLastRecordMayHoldAnything) {
     expect_row<2>("1 2 'x / ,, 3*\nnext", {1, 2}, "next");
 }
 
+// True if a row of `count` reals leaves values on its record.
+template <std::size_t count>
+bool leaves_values(std::string_view text) {
+    ListInput in(text);
+    std::array<float, count> row{};
+    EXPECT_TRUE(in.read_row(row.data(), count)) << text;
+    return in.row_left_values();
+}
+
+TEST(ListInput, ARowTellsOfValuesThatItPassesOver) {
+    EXPECT_TRUE(leaves_values<2>("1 2 3 4\n5 6\n"));
+    EXPECT_TRUE(leaves_values<2>("1,2,3,4\n"));
+    EXPECT_TRUE(leaves_values<2>("1 2\t, -3"));
+    EXPECT_TRUE(leaves_values<2>("1\n2 .5\n"));
+    EXPECT_TRUE(leaves_values<2>("1 1*2 3\n"));
+    EXPECT_TRUE(leaves_values<2>("5*1.5\n"));
+    EXPECT_TRUE(leaves_values<2>(",, 7\n"));
+}
+
+TEST(ListInput, ARowThatEndsWithItsRecordLeavesNothing) {
+    for (const char* text : {"1 2\n3 4\n", "1 2", "1,2,\n3", "1 2 \t \r\n3", "2*1\n3", "1 /3 4\n",
+                             "1 2 / 3 4\n", "/\n3", "1 2 ! 3\n", "1 2 # 3 4\n", "1 2 end\n"}) {
+        EXPECT_FALSE(leaves_values<2>(text)) << text;
+    }
+}
+
+TEST(ListInput, EachRowTellsOfItsOwnRecord) {
+    ListInput in("1 2 3\n4 5\n2*6 7\n8*\n");
+    std::array<float, 2> row{};
+    for (const bool left : {true, false, true, true}) {
+        ASSERT_TRUE(in.read_row(row.data(), 2));
+        EXPECT_EQ(in.row_left_values(), left) << in.line();
+    }
+}
+
+TEST(ListInput, NumbersThatFollowAreFoundBehindBlankLines) {
+    const auto line_of_number = [](std::string_view text) {
+        ListInput in(text);
+        return in.number_follows() ? in.line() : 0L;
+    };
+    EXPECT_EQ(line_of_number("7"), 1);
+    EXPECT_EQ(line_of_number(" \r\n\n\t-7"), 3);
+    EXPECT_EQ(line_of_number(""), 0);
+    EXPECT_EQ(line_of_number(" \n\n"), 0);
+    EXPECT_EQ(line_of_number("\nend 7"), 0);
+}
+
+// Read in one pass, this takes a moment; word by word for every copy, it takes minutes.
+TEST(ListInput, CopiesOfALongWordAreNotReadAgain) {
+    constexpr std::size_t columns = 400'000;
+    const std::string zeros(100'000, '0');
+    const std::string text = "300000*" + zeros + "7 100000*\n1";
+    std::vector<float> row(columns, kept);
+    ListInput in(text);
+    ASSERT_TRUE(in.read_row(row.data(), columns));
+    EXPECT_FALSE(in.row_left_values());
+    EXPECT_EQ(row[0], 7.0F);
+    EXPECT_EQ(row[299'999], 7.0F);
+    EXPECT_EQ(row[300'000], kept);
+    EXPECT_EQ(row[columns - 1], kept);
+    EXPECT_EQ(in.line(), 2);
+}
+
+TEST(ListInput, LongListsOfNullsAreReadInOnePass) {
+    constexpr std::size_t columns = 1'000'000;
+    std::vector<float> row(columns, kept);
+    const std::string text = std::string(columns - 1, ',') + " 4\n";
+    ListInput in(text);
+    ASSERT_TRUE(in.read_row(row.data(), columns));
+    EXPECT_EQ(row[columns - 2], kept);
+    EXPECT_EQ(row[columns - 1], 4.0F);
+}
+
 TEST(ListInput, NullsLeaveTheirItemsAlone) {
     expect_row<3>(",1,,2\nnext", {kept, 1, kept}, "next");
     expect_row<3>("1 ,, 2\nnext", {1, kept, 2}, "next");

@@ -56,6 +56,22 @@ TEST(ValueScanner, BlanksTabsAndLineEndsPartWords) {
     EXPECT_THAT(tokens(" \t\r\n "), ElementsAre());
 }
 
+TEST(ValueScanner, CopiesCanBePassedAtOnce) {
+    ValueScanner scanner(cursor_on("5*a b 3* c"), {});
+    EXPECT_EQ(scanner.pass_copies(4), 0U);
+    EXPECT_EQ(scanner.next().text, "a");
+    EXPECT_EQ(scanner.pass_copies(3), 3U);
+    EXPECT_TRUE(scanner.repeating());
+    EXPECT_EQ(scanner.next().text, "a");
+    EXPECT_EQ(scanner.pass_copies(3), 0U);
+    EXPECT_EQ(scanner.next().text, "b");
+    EXPECT_EQ(scanner.pass_copies(3), 0U);
+    EXPECT_EQ(scanner.next().kind, ValueToken::Kind::null);
+    EXPECT_EQ(scanner.last_kind(), ValueToken::Kind::null);
+    EXPECT_EQ(scanner.pass_copies(9), 2U);
+    EXPECT_EQ(scanner.next().text, "c");
+}
+
 TEST(ValueScanner, OneCommaBelongsToTheValueBeforeAndEachFurtherOneIsANull) {
     EXPECT_THAT(tokens("a,b , c"), ElementsAre("w a", "w b", "w c"));
     EXPECT_THAT(tokens(",a"), ElementsAre("null", "w a"));
