@@ -191,6 +191,7 @@ bool ListInput::scan_row(float* values, std::size_t count) {
     }
     cursor_ = scanner_.cursor();
     if (ended_) {
+        row_line_ = cursor_.line;
         std::string_view rest;
         read_line(rest);
     } else {
@@ -202,6 +203,7 @@ bool ListInput::scan_row(float* values, std::size_t count) {
 
 // From behind the last value of a row to the next record.
 void ListInput::end_record() {
+    row_line_ = cursor_.line;
     skip_value_end(cursor_);
     row_left_values_ = row_left_values_ || begins_number(cursor_);
     std::string_view rest;

@@ -41,6 +41,9 @@ class ListInput {
     // True if the last row ended in front of further values of its record, which were passed over.
     bool row_left_values() const { return row_left_values_; }
 
+    // The line in which the last row ended.
+    long row_line() const { return row_line_; }
+
     // True if nothing but blanks and line ends comes in front of a number; passes them.
     bool number_follows();
 
@@ -48,6 +51,9 @@ class ListInput {
     bool read_line(std::string_view& line);
 
     long line() const { return cursor_.line; }
+    std::string_view rest() const {
+        return {cursor_.at, static_cast<std::size_t>(cursor_.end - cursor_.at)};
+    }
     bool at_end() const { return cursor_.at == cursor_.end; }
     const ListFault& fault() const { return fault_; }
 
@@ -70,6 +76,7 @@ class ListInput {
     ValueScanner scanner_;
     bool ended_ = false;  // a slash has ended the current statement
     bool row_left_values_ = false;
+    long row_line_ = 0;
     ListFault fault_;
 };
 

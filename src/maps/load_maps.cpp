@@ -27,6 +27,20 @@ float offset(const FixedArray<float, 2>& base, double centre_minutes, float metr
     return static_cast<float>((minutes - centre_minutes) * static_cast<double>(metres_per_minute));
 }
 
+// One line on the log for each map that is parsed, and what is odd about it.
+void tell_findings(const ParsedMap& parsed, const MapRole& role, const TerrainMap& map,
+                   RunLog& log) {
+    const MapLabel label{.name = role.name,
+                         .path = trimmed(parsed.file.path),
+                         .dX = map.dX,
+                         .dY = map.dY,
+                         .roughness = role.roughness};
+    log.timed(" Read " + map_summary(label, parsed.header, parsed.findings) + ".");
+    for (const Warning& warning : map_warnings(label, parsed.header, parsed.findings)) {
+        log.warn(warning.text, warning.reminder);
+    }
+}
+
 TerrainMap read_placed(const std::string& path, const MapRole& role,
                        std::shared_ptr<const ParsedMap>& slot, const CaseSettings& settings,
                        MapState& state, RunLog& log) {
@@ -34,24 +48,19 @@ TerrainMap read_placed(const std::string& path, const MapRole& role,
         stop(role.code + 1, std::string(role.key) + " is blank", "the case file",
              "name the " + std::string(role.name));
     }
-    const MetresPerMinute m = metres_per_minute(settings.cent_lat_min, state.datum);
-    slot = read_map_file(path, role, slot, log);
-    const MapHeader& header = slot->header;
-    state.datum = header.datum;
-
-    TerrainMap map;
+    const std::shared_ptr<const ParsedMap> last = slot;
+    slot = read_map_file(path, role, last, log);
+    TerrainMap map = placed_map(slot->header, settings, state.datum);
     map.values = slot->values;
-    map.columns = header.columns;
-    map.rows = header.rows;
-    map.dX = header.spacing(1) * m.lon;
-    map.dY = header.spacing(2) * m.lat;
-    map.X0 = offset(header.base_longitude, settings.cent_lon_min, m.lon);
-    map.Y0 = offset(header.base_latitude, settings.cent_lat_min, m.lat);
+    state.datum = slot->header.datum;
     const bool usable = map.dX > 0.0F && map.dY > 0.0F && std::isfinite(map.dX) &&
                         std::isfinite(map.dY) && std::isfinite(map.X0) && std::isfinite(map.Y0);
     if (!usable) {
         stop(role.code + 3, std::string(role.name) + ": it cannot be placed round the case centre",
              path, "check d_lon, d_lat and the base in its header, and CENT_LON and CENT_LAT");
+    }
+    if (slot != last) {
+        tell_findings(*slot, role, map, log);
     }
     return map;
 }
@@ -121,6 +130,40 @@ std::string report(std::string_view which, float value) {
 }
 
 }  // namespace
+
+TerrainMap placed_map(const MapHeader& header, const CaseSettings& settings, int datum) {
+    const MetresPerMinute m = metres_per_minute(settings.cent_lat_min, datum);
+    TerrainMap map;
+    map.columns = header.columns;
+    map.rows = header.rows;
+    map.dX = header.spacing(1) * m.lon;
+    map.dY = header.spacing(2) * m.lat;
+    map.X0 = offset(header.base_longitude, settings.cent_lon_min, m.lon);
+    map.Y0 = offset(header.base_latitude, settings.cent_lat_min, m.lat);
+    map.degrees = degree_extent(header);
+    return map;
+}
+
+std::optional<DirectionMaps> placed_by_headers(const CaseSettings& settings, int& datum) {
+    DirectionMaps maps;
+    bool good = true;
+    const auto place = [&](bool named, const std::string& path, TerrainMap& map) {
+        if (!named || !good) {
+            return;
+        }
+        const MapHeader header = read_map_header_of(path);
+        good = header.error == 0;
+        if (good) {
+            map = placed_map(header, settings, datum);
+            datum = header.datum;
+        }
+    };
+    place(!without_terrain(settings), settings.BASIC_H_FILE, maps.basic_h);
+    place(settings.detailed_h_given, settings.DETAILED_H_FILE, maps.detailed_h);
+    place(!without_roughness(settings), settings.BASIC_Z0_FILE, maps.basic_z0);
+    place(settings.detailed_z0_given, settings.DETAILED_Z0_FILE, maps.detailed_z0);
+    return good ? std::optional(maps) : std::nullopt;
+}
 
 DirectionMaps load_maps(const CaseSettings& settings, int iwd, MapState& state, RunLog& log) {
     DirectionMaps maps;

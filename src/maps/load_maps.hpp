@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "base/case_settings.hpp"
@@ -20,6 +21,14 @@ struct MapState {
     std::shared_ptr<const ParsedMap> basic_z0;
     std::shared_ptr<const ParsedMap> detailed_z0;
 };
+
+// A map placed round the case centre with the metres per minute of a datum, without its values.
+TerrainMap placed_map(const MapHeader& header, const CaseSettings& settings, int datum);
+
+// The maps of a direction as load_maps would place them, without their values, so that what they
+// cover is known before any of them is read. Nothing if a map that is named has no good header.
+// `datum` goes on from read to read as it does there.
+std::optional<DirectionMaps> placed_by_headers(const CaseSettings& settings, int& datum);
 
 // Elevations of the basic terrain map inside a circle round the centre [m].
 struct ElevationRange {

@@ -1,18 +1,13 @@
-// A map file, header and values. The file is taken into memory in one piece and each row of it is
-// read straight into the array; what a corrupt header asks for is allocated only if the data could
-// hold it.
+// A map file, header and values. Each row is read straight into the array; what a corrupt header
+// asks for is allocated only if the data could hold it.
 
 #include "maps/map_file.hpp"
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <cstddef>
-#include <cstring>
 #include <limits>
 #include <span>
 
@@ -20,14 +15,14 @@
 #include "base/list_input.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
+#include "maps/map_bytes.hpp"
 
 namespace torvex {
 
 namespace {
 
-constexpr float largest_roughness = 10.0F;  // where the roughness average R(z0) has its pole [m]
-
-[[noreturn]] void stop_open(const MapRole& role, const std::string& path, const char* reason) {
+[[noreturn]] void stop_open(const MapRole& role, const std::string& path,
+                            const std::string& reason) {
     stop(role.code + 1, "cannot open the " + std::string(role.name) + ": " + reason, path,
          "name an existing map in " + std::string(role.key));
 }
@@ -35,37 +30,6 @@ constexpr float largest_roughness = 10.0F;  // where the roughness average R(z0)
 [[noreturn]] void stop_read(const MapRole& role, const std::string& what, const std::string& where,
                             const std::string& fix) {
     stop(role.code + 3, std::string(role.name) + ": " + what, where, fix);
-}
-
-class OpenFile {
- public:
-    // Opened without waiting, so that a named pipe cannot hold the run.
-    explicit OpenFile(const std::string& path)
-        : descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
-    ~OpenFile() {
-        if (descriptor_ >= 0) {
-            ::close(descriptor_);
-        }
-    }
-    OpenFile(const OpenFile&) = delete;
-    OpenFile& operator=(const OpenFile&) = delete;
-
-    int descriptor() const { return descriptor_; }
-
- private:
-    int descriptor_;
-};
-
-FileIdentity identity_of(const OpenFile& file, const std::string& path, const MapRole& role) {
-    struct stat status {};
-    if (file.descriptor() < 0 || ::fstat(file.descriptor(), &status) != 0) {
-        stop_open(role, path, std::strerror(errno));
-    }
-    if (!S_ISREG(status.st_mode)) {
-        stop_open(role, path, "it is not a regular file");
-    }
-    return {path,           status.st_dev,         status.st_ino,
-            status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
 // Refuses what the machine could only answer by ending the run.
@@ -79,35 +43,6 @@ void require_memory(double bytes, const char* for_what, const std::string& path,
                       " GB, which is more than the memory of this machine",
                   path, "check n_lon and n_lat, or cut the map");
     }
-}
-
-struct Bytes {
-    std::unique_ptr<char[]> data;
-    std::size_t size = 0;
-
-    std::string_view text() const { return {data.get(), size}; }
-};
-
-// A file that shrinks meanwhile ends early, one that grows is cut: the parser sees to the rest.
-Bytes read_all(const OpenFile& file, const FileIdentity& identity, const MapRole& role) {
-    require_memory(static_cast<double>(identity.size), "the file has", identity.path, role);
-    const auto wanted = static_cast<std::size_t>(identity.size);
-    Bytes bytes{std::make_unique_for_overwrite<char[]>(wanted), 0};
-    while (bytes.size < wanted) {
-        const ssize_t got =
-            ::read(file.descriptor(), bytes.data.get() + bytes.size, wanted - bytes.size);
-        if (got < 0 && errno == EINTR) {
-            continue;
-        }
-        if (got < 0) {
-            stop_read(role, std::strerror(errno), identity.path, "the file must be readable");
-        }
-        if (got == 0) {
-            break;
-        }
-        bytes.size += static_cast<std::size_t>(got);
-    }
-    return bytes;
 }
 
 double value_count(const MapHeader& header) {
@@ -174,19 +109,14 @@ bool all_acceptable(std::span<const float> row, bool roughness) {
     stop(role.code + 3, what, where, "every value must be a finite number");
 }
 
-// The largest value of a roughness map and the first line of the first row above the limit.
-struct Peak {
-    float value = 0;
-    long line = 0;
-};
-
-std::shared_ptr<const Field2> read_values(ListInput& input, double most, const MapHeader& header,
-                                          const std::string& path, const MapRole& role,
-                                          Peak& peak) {
+std::shared_ptr<const Field2> read_values(MapBytes& bytes, const MapHeader& header,
+                                          const MapRole& role, MapFindings& findings) {
+    const std::string& path = bytes.identity().path;
     const double count = value_count(header);
     const std::string size = std::to_string(header.columns) + " columns (n_lon) by " +
                              std::to_string(header.rows) + " rows (n_lat)";
-    if (count > most) {
+    ListInput input = bytes.body();
+    if (count > most_values(input.rest(), header)) {
         stop_read(role, "the data are too short for " + size, place(path, input.line()),
                   count > largest_short_map
                       ? "correct the counts, or complete the map; one so large takes no repeat "
@@ -200,7 +130,7 @@ std::shared_ptr<const Field2> read_values(ListInput& input, double most, const M
     for (int j = 1; j <= header.rows; ++j) {
         const std::span<float> row(values->data() + columns * static_cast<std::size_t>(j - 1),
                                    columns);
-        const long line = input.line();
+        const RowPlace at{.row = j, .line = input.line(), .text = input.rest()};
         if (!input.read_row(row.data(), columns)) {
             const ListFault& fault = input.fault();
             const std::string problem =
@@ -211,14 +141,12 @@ std::shared_ptr<const Field2> read_values(ListInput& input, double most, const M
                       "the header promises " + size);
         }
         if (!all_acceptable(row, role.roughness)) {
-            stop_value(row, j, place(path, line), role);
+            stop_value(row, j, place(path, at.line), role);
         }
-        if (role.roughness) {
-            peak.value = std::max(peak.value, *std::max_element(row.begin(), row.end()));
-            if (peak.line == 0 && peak.value > largest_roughness) {
-                peak.line = line;
-            }
-        }
+        add_row(row, at, input, role.roughness, findings);
+    }
+    if (input.number_follows()) {
+        findings.line_behind = input.line();
     }
     return values;
 }
@@ -227,9 +155,9 @@ void warn_of_signs(std::string_view key, const FixedArray<float, 2>& base, const
                    RunLog& log) {
     if ((base(1) < 0.0F && base(2) > 0.0F) || (base(1) > 0.0F && base(2) < 0.0F)) {
         const double minutes = static_cast<double>(base(1)) * 60.0 + static_cast<double>(base(2));
-        log.timed(" Warning: " + std::string(key) + " in " + path +
-                  " has numbers of different sign and is understood as" + edit::F(minutes, 12, 4) +
-                  " minutes.");
+        log.warn(std::string(key) + " in " + path +
+                 " has numbers of different sign and is understood as" + edit::F(minutes, 12, 4) +
+                 " minutes.");
     }
 }
 
@@ -238,31 +166,35 @@ void warn_of_signs(std::string_view key, const FixedArray<float, 2>& base, const
 std::shared_ptr<const ParsedMap> read_map_file(const std::string& path, const MapRole& role,
                                                const std::shared_ptr<const ParsedMap>& last,
                                                RunLog& log) {
-    const OpenFile file(path);
-    const FileIdentity identity = identity_of(file, path, role);
-    if (last != nullptr && last->file == identity) {
+    MapBytes bytes(path);
+    if (!bytes.problem().empty()) {
+        stop_open(role, path, bytes.problem());
+    }
+    if (last != nullptr && last->file == bytes.identity()) {
         return last;
     }
-    const Bytes bytes = read_all(file, identity, role);
-    const std::string_view text = without_byte_order_mark(bytes.text());
-    ListInput input(text);
-    const MapHeader header = read_map_header(input);
+    const MapHeader header = bytes.read_header();
     if (header.error != 0) {
         stop(role.code + header.error, std::string(role.name) + ": " + header.problem,
              place(path, header.line),
              "a map begins with <TORVEX_MAP lon-lat>, its keys n_lon, n_lat, d_lon, d_lat, "
              "base_longitude, base_latitude and the line --DATA--");
     }
-    Peak peak;
-    auto values = read_values(input, most_values(text, header), header, path, role, peak);
+    require_memory(static_cast<double>(bytes.identity().size), "the file has", path, role);
+    if (!bytes.read_all()) {
+        stop_read(role, bytes.problem(), path, "the file must be readable");
+    }
+    MapFindings findings;
+    auto values = read_values(bytes, header, role, findings);
     warn_of_signs("base_longitude", header.base_longitude, path, log);
     warn_of_signs("base_latitude", header.base_latitude, path, log);
-    if (peak.line > 0) {
-        log.timed(" Warning: roughness above 10 m from line " + std::to_string(peak.line) + " of " +
-                  path + " on, largest" + edit::F(peak.value, 10, 3) +
-                  " m: it is taken as 9.999 m.");
+    if (role.roughness && findings.odd_count > 0) {
+        log.warn("roughness above 10 m from line " + std::to_string(findings.first_row_line) +
+                 " of " + path + " on, largest" + edit::F(findings.largest, 10, 3) +
+                 " m: it is taken as 9.999 m.");
     }
-    return std::make_shared<const ParsedMap>(ParsedMap{identity, header, std::move(values)});
+    return std::make_shared<const ParsedMap>(
+        ParsedMap{bytes.identity(), header, std::move(values), findings});
 }
 
 }  // namespace torvex

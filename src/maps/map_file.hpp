@@ -1,14 +1,13 @@
 #pragma once
 
-#include <sys/types.h>
-
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
 
 #include "base/field.hpp"
 #include "base/run_log.hpp"
+#include "maps/map_bytes.hpp"
+#include "maps/map_findings.hpp"
 #include "maps/map_header.hpp"
 
 namespace torvex {
@@ -27,28 +26,17 @@ inline constexpr MapRole detailed_h_role{"detailed terrain map", "DETAILED_H_FIL
 inline constexpr MapRole basic_z0_role{"basic roughness map", "BASIC_Z0_FILE", 130, true};
 inline constexpr MapRole detailed_z0_role{"detailed roughness map", "DETAILED_Z0_FILE", 140, true};
 
-// By what a changed file is told from the one that was read.
-struct FileIdentity {
-    std::string path;
-    dev_t device = 0;
-    ino_t inode = 0;
-    std::int64_t size = 0;
-    std::int64_t modified_s = 0;
-    std::int64_t modified_ns = 0;
-
-    friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
-};
-
 // Header and values of one map file, as they stand in the file.
 struct ParsedMap {
     FileIdentity file;
     MapHeader header;
     std::shared_ptr<const Field2> values;  // (column, row) from the south-west point
+    MapFindings findings;
 };
 
 // Reads a map, or returns `last` if that is the same file, unchanged. A file that is parsed is
-// warned of on the log where its numbers may mean something else than its author thought. Stops as
-// told at MapRole.
+// warned of where its numbers may mean something else than its author thought. Stops as told at
+// MapRole; a bad header is refused before the data are read.
 std::shared_ptr<const ParsedMap> read_map_file(const std::string& path, const MapRole& role,
                                                const std::shared_ptr<const ParsedMap>& last,
                                                RunLog& log);

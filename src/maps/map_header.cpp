@@ -130,6 +130,19 @@ bool check(MapHeader& header, const Found& found, long separator) {
 
 }  // namespace
 
+DegreeExtent degree_extent(const MapHeader& header) {
+    constexpr double minutes = 60.0;  // of a degree
+    const auto first = [](const FixedArray<float, 2>& base) {
+        return static_cast<double>(base(1)) + static_cast<double>(base(2)) / minutes;
+    };
+    const auto length = [&header](int axis, int points) {
+        return static_cast<double>(header.spacing(axis)) * (points - 1.0) / minutes;
+    };
+    const double west = first(header.base_longitude);
+    const double south = first(header.base_latitude);
+    return {west, west + length(1, header.columns), south, south + length(2, header.rows)};
+}
+
 MapHeader read_map_header(ListInput& input) {
     MapHeader header;
     std::string_view line;

@@ -24,6 +24,14 @@ struct MapHeader {
     long line = 0;        // and the line it stands in
 };
 
+// The first and the last points of a map, in degrees; its numbers as they stand.
+struct DegreeExtent {
+    double west = 0, east = 0;
+    double south = 0, north = 0;
+};
+
+DegreeExtent degree_extent(const MapHeader& header);
+
 // Reads the header and leaves `input` at the first data row. An x-y map is recognised and refused
 // at once. Errors are told in the result, the caller knows the stop codes.
 MapHeader read_map_header(ListInput& input);

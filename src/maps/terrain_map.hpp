@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "base/field.hpp"
+#include "maps/map_header.hpp"
 
 namespace torvex {
 
@@ -18,7 +19,10 @@ struct TerrainMap {
     float X0 = 0;  // case centre to the first point, east [m]
     float Y0 = 0;  // and north [m]
 
+    std::optional<DegreeExtent> degrees;  // where the file says so
+
     bool loaded() const { return values != nullptr; }
+    bool placed() const { return columns > 0; }  // with values or without
 };
 
 // The map cell round a point: corners (p+1, q+1) .. (p+2, q+2), and the place inside it, 0..1.
