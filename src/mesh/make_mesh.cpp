@@ -8,25 +8,13 @@
 #include "base/edit.hpp"
 #include "base/stop.hpp"
 #include "mesh/buffer_zones.hpp"
+#include "mesh/map_cover.hpp"
 #include "mesh/rotation.hpp"
 #include "mesh/vertical_levels.hpp"
 
 namespace torvex {
 
 namespace {
-
-[[noreturn]] void stop_outside_map(const CaseSettings& settings, const TerrainMap& map, MapPoint at,
-                                   RunLog& log) {
-    log.timed(" [Stop 151]:Specified computational domain is out of map domain.");
-    const auto km = [](float metres) { return edit::F(metres / 1000.0F, 9, 3); };
-    const float X1 = static_cast<float>(map.columns - 1) * map.dX + map.X0;
-    const float Y1 = static_cast<float>(map.rows - 1) * map.dY + map.Y0;
-    stop(151,
-         "the mesh reaches" + km(at.X) + " km east and" + km(at.Y) +
-             " km north of the centre, the terrain map" + km(map.X0) + " .." + km(X1) + " km and" +
-             km(map.Y0) + " .." + km(Y1) + " km",
-         settings.BASIC_H_FILE, "give a larger map, a smaller study area or narrower buffer zones");
-}
 
 // Ground height at every node of the plan. Columns i are independent of each other; a point outside
 // the basic map is remembered and reported behind the loop.
@@ -65,7 +53,7 @@ Field2 sampled_ground(const CaseSettings& settings, const MeshLines& lines,
     for (int j = 1; j <= ny; ++j) {
         const int i = outside[static_cast<std::size_t>(j)];
         if (i > 0) {
-            stop_outside_map(settings, maps.basic_h,
+            stop_outside_map(settings, lines, maps, false,
                              rotation.on_map(lines.x_line(i), lines.y_line(j)), log);
         }
     }

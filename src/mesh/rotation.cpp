@@ -4,11 +4,15 @@
 
 namespace torvex {
 
-MeshRotation mesh_rotation(float wind_direction) {
+MeshRotation roughness_rotation(float wind_direction) {
     constexpr float pi = 3.1415927F;
+    const float a = (90.0F + wind_direction) * pi / 180.0F;
+    return {std::sin(a), std::cos(a)};
+}
+
+MeshRotation mesh_rotation(float wind_direction) {
     const float degrees = 90.0F + wind_direction;
-    const float a = degrees * pi / 180.0F;
-    MeshRotation rotation{std::sin(a), std::cos(a)};
+    MeshRotation rotation = roughness_rotation(wind_direction);
     if (degrees == 90.0F || degrees == 270.0F) {
         rotation.c = 0.0F;
     }

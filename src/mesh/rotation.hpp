@@ -21,4 +21,8 @@ struct MeshRotation {
 // bits from one version to the next.
 MeshRotation mesh_rotation(float wind_direction);
 
+// The rotation with which cell centres are laid on the roughness maps: the small residue of every
+// cosine stands.
+MeshRotation roughness_rotation(float wind_direction);
+
 }  // namespace torvex

@@ -9,19 +9,13 @@
 
 #include "base/edit.hpp"
 #include "base/stop.hpp"
+#include "mesh/map_cover.hpp"
 #include "mesh/rotation.hpp"
 #include "roughness/roughness_mean.hpp"
 
 namespace torvex {
 
 namespace {
-
-// The rotation of the mesh, but that the small residue of every cosine stands.
-MeshRotation sampling_rotation(float wind_direction) {
-    constexpr float pi = 3.1415927F;
-    const float a = (wind_direction + 90.0F) * pi / 180.0F;
-    return {std::sin(a), std::cos(a)};
-}
 
 // Rounding may put a point a little outside its cell: no weight below 0, since R spans so many
 // orders of magnitude that its extrapolation could turn negative.
@@ -39,19 +33,6 @@ float sampled_value(const TerrainMap& map, const MapCell& cell) {
     const double t = weight(cell.t);
     const double blended = (c3 * s + c4 * (1.0 - s)) * t + (1.0 - t) * (s * c2 + (1.0 - s) * c1);
     return std::max(0.0001F, std::min(10.0F, Z(blended)));
-}
-
-[[noreturn]] void stop_outside_map(const RoughnessPass& pass, const TerrainMap& map, MapPoint at) {
-    pass.log.timed(" [Stop 151]:Specified computational domain is out of map domain.");
-    const auto km = [](float metres) { return edit::F(metres / 1000.0F, 9, 3); };
-    const float X1 = static_cast<float>(map.columns - 1) * map.dX + map.X0;
-    const float Y1 = static_cast<float>(map.rows - 1) * map.dY + map.Y0;
-    stop(151,
-         "the mesh has a cell" + km(at.X) + " km east and" + km(at.Y) +
-             " km north of the centre, the roughness map reaches over" + km(map.X0) + " .." +
-             km(X1) + " km and" + km(map.Y0) + " .." + km(Y1) + " km",
-         pass.settings.BASIC_Z0_FILE,
-         "give a larger map, a smaller study area or narrower buffer zones");
 }
 
 void fill_flat(const RoughnessPass& pass, Field2& z0) {
@@ -75,7 +56,7 @@ void sample_roughness(const RoughnessPass& pass, const DirectionMaps& maps,
         fill_flat(pass, z0);
         return;
     }
-    const MeshRotation rotation = sampling_rotation(pass.settings.WIND_DIRECTION_ANGLE(pass.iwd));
+    const MeshRotation rotation = roughness_rotation(pass.settings.WIND_DIRECTION_ANGLE(pass.iwd));
     const int nx = pass.lines.nx;
     const int ny = pass.lines.ny;
     const bool detailed = maps.detailed_z0.loaded();
@@ -103,8 +84,8 @@ void sample_roughness(const RoughnessPass& pass, const DirectionMaps& maps,
     for (int j = 2; j <= ny; ++j) {
         const int i = outside[static_cast<std::size_t>(j)];
         if (i > 0) {
-            stop_outside_map(pass, maps.basic_z0,
-                             rotation.on_map(grid.xc(i, j, 1), grid.yc(i, j, 1)));
+            stop_outside_map(pass.settings, pass.lines, maps, true,
+                             rotation.on_map(grid.xc(i, j, 1), grid.yc(i, j, 1)), pass.log);
         }
     }
 }
