@@ -27,6 +27,17 @@ std::vector<std::string> wd_tags(const CaseSettings& settings) {
     return tags;
 }
 
+std::vector<std::string> tags_of_case(const CaseSettings& settings) {
+    if (settings.TORVEX_MODE != 0) {
+        return {wd_tag_of(0.0F)};
+    }
+    std::vector<std::string> tags;
+    for (int iwd = 1; iwd <= settings.N_WIND_DIRECTION; ++iwd) {
+        tags.push_back(wd_tag_of(angle_of(settings, iwd)));
+    }
+    return tags;
+}
+
 void set_angles(CaseSettings& settings) {
     for (int iwd = 1; iwd <= settings.N_WIND_DIRECTION; ++iwd) {
         settings.WIND_DIRECTION_ANGLE(iwd) = angle_of(settings, iwd);

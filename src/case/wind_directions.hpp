@@ -22,4 +22,8 @@ void set_angles(CaseSettings& settings);
 // The user-defined domain knows one direction, at angle 0.
 void force_one_direction(CaseSettings& settings);
 
+// The tags as they will be, of a case whose directions are not set up yet; a user's domain has the
+// one direction 0.
+std::vector<std::string> tags_of_case(const CaseSettings& settings);
+
 }  // namespace torvex

@@ -63,19 +63,32 @@ class Gathering {
         }
     }
 
-    void map(const MapRole& role, const std::string& path, std::shared_ptr<const ParsedMap>& slot) {
+    // A map that is read only to be compared is not kept, but what it came to is: one read a run.
+    void map(const MapRole& role, const std::string& path,
+             const std::shared_ptr<const ParsedMap>& as_read) {
         if (trimmed(path).empty()) {
             return;
         }
-        try {
-            if (!slot || maps_ == MapsAre::read_anew) {
-                slot = read_map_file(path, role, slot, run_.log);
-            }
-        } catch (const Stop&) {
-            gone_ = path;
+        const std::string key(role.key);
+        if (as_read && maps_ == MapsAre::as_read) {
+            note(key, hash_of_map(*as_read));
             return;
         }
-        const MapHeader& header = slot->header;
+        const auto known = run_.map_hashes.find(key);
+        if (known != run_.map_hashes.end()) {
+            note(key, known->second);
+            return;
+        }
+        try {
+            note(key, hash_of_map(*read_map_file(path, role, as_read, run_.log)));
+            run_.map_hashes[key] = fingerprint_.entries.back().second;
+        } catch (const Stop&) {
+            gone_ = path;
+        }
+    }
+
+    static std::string hash_of_map(const ParsedMap& map) {
+        const MapHeader& header = map.header;
         Hash hash;
         for (const float number :
              {header.base_longitude(1), header.base_longitude(2), header.base_latitude(1),
@@ -85,13 +98,13 @@ class Gathering {
         for (const int number : {header.columns, header.rows, header.datum}) {
             hash.add(static_cast<std::uint32_t>(number));
         }
-        hash.add(std::span(slot->values->data(), slot->values->size()));
-        note(std::string(role.key), hash.text());
+        hash.add(std::span(map.values->data(), map.values->size()));
+        return hash.text();
     }
 
     void terrain() {
         const CaseSettings& s = settings_;
-        MapState& maps = run_.maps;
+        const MapState& maps = run_.maps;
         map(basic_h_role, s.BASIC_H_FILE, maps.basic_h);
         map(basic_z0_role, s.BASIC_Z0_FILE, maps.basic_z0);
         if (s.detailed_h_given) {

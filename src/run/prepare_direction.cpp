@@ -112,7 +112,7 @@ Prepared prepare_from_maps(Run& run, Direction& direction) {
     console("Start torvex default calculations...");
     const DirectionMaps maps = mesh_from_maps(run, direction);
     const GridGeometry& grid = direction.grid;
-    forget_file(restart_info_path(direction));
+    forget_saved_states(run, direction);
     write_xyz(direction.restart_stem, grid.xn, grid.yn, grid.zn);
     make_cell_geometry(direction);
     if (run.settings.canopy.canopy_mode != 1) {
@@ -132,8 +132,8 @@ Prepared prepare_from_maps(Run& run, Direction& direction) {
 }
 
 // Whether the saved state of a direction was made from what the case says today. Where nobody can
-// tell, it is taken as it stands.
-bool fits_the_case(Run& run, const Direction& direction) {
+// tell, it is taken as it stands. `finished`: there is a result, not only the start of one.
+bool fits_the_case(Run& run, const Direction& direction, bool finished) {
     const std::string wd = "WD " + edit::F(direction.angle, 5, 1) + ": ";
     const auto saved = read_fingerprint(fingerprint_path(direction.restart_stem));
     std::string gone;
@@ -148,7 +148,12 @@ bool fits_the_case(Run& run, const Direction& direction) {
     if (changed.empty()) {
         return true;
     }
-    run.log.warn(wd + changed + " changed since this direction was begun; it begins anew.");
+    if (finished) {
+        run.log.warn(wd + changed + " changed since this direction was begun; it begins anew.");
+    } else {
+        run.log.timed(" " + wd + "The start fields of an earlier run are not taken, since " +
+                      changed + " changed.");
+    }
     return false;
 }
 
@@ -173,7 +178,7 @@ Prepared prepare_direction(Run& run, Direction& direction) {
         const bool saved = read_restart_info(restart_info_path(direction)).has_value();
         const bool started =
             std::filesystem::exists(direction.restart_stem + std::string(vpkeinp_name));
-        direction.anew = (saved || started) && !fits_the_case(run, direction);
+        direction.anew = (saved || started) && !fits_the_case(run, direction, saved);
         if (saved && !direction.anew) {
             return resume(run, direction);
         }

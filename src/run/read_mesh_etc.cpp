@@ -160,7 +160,7 @@ void READ_MESH_ETC(Run& run, Direction& direction) {
     check_given_mesh(grid, user.xyz_file);
     read_user_canopy(run, direction);
     const std::string origin = start_fields(run, direction);
-    forget_file(restart_info_path(direction));
+    forget_saved_states(run, direction);
     write_domain(user, direction);
     finish_start(run, direction, origin);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -27,9 +28,11 @@ struct Run {
     std::vector<DirectionRecord> records;  // how direction iwd ended is records[iwd - 1]
     MeshLines lines;
     MapState maps;
+    std::map<std::string, std::string> map_hashes;  // of maps read to compare fingerprints
     std::int32_t intermediate_interval = 0;  // iterations between intermediate results, 0: none
     UpwindRoughness upwind;                  // of the direction before
     CanopyRecords canopy;                    // as the file of the direction in hand gave them
+    bool states_forgotten = false;           // the saved states of an earlier run
     bool append_convergence_logs = false;    // a direction of this run has been resumed
 };
 

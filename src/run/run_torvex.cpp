@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "base/file_names.hpp"
+#include "base/name_clash.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
 #include "case/case_blocks.hpp"
@@ -17,8 +18,10 @@
 #include "case/case_file.hpp"
 #include "case/case_warnings.hpp"
 #include "case/wind_directions.hpp"
+#include "mesh/map_cover.hpp"
 #include "mesh/size_domain.hpp"
 #include "results/restart_info.hpp"
+#include "results/run_outputs.hpp"
 #include "run/closing_line.hpp"
 #include "run/command_line.hpp"
 #include "run/control_files.hpp"
@@ -46,6 +49,29 @@ CaseText find_case(const std::vector<std::string>& arguments) {
     return file;
 }
 
+// An input that a run would overwrite is refused before anything is written. The mesh and the
+// roughness of a user's domain may be the run's own: those it leaves alone.
+void refuse_name_clash(const CaseText& file, const CaseSettings& settings, RunLog& log) {
+    const std::vector<NamedInput> inputs{
+        {"the case file", file.name},
+        {"BASIC_H_FILE", settings.BASIC_H_FILE},
+        {"DETAILED_H_FILE", settings.DETAILED_H_FILE},
+        {"BASIC_Z0_FILE", settings.BASIC_Z0_FILE},
+        {"DETAILED_Z0_FILE", settings.DETAILED_Z0_FILE},
+        {"INFLOW_PROFILE_FILE", settings.INFLOW_PROFILE_FILE},
+        {"DIRECTIONAL_ALPHA_FILE_NAME", settings.DIRECTIONAL_ALPHA_FILE_NAME},
+        {"XYCONF", settings.XYCONF},
+        {"mesh_n_file", settings.user.mesh_n_file},
+        {"ccd_file", settings.user.ccd_file},
+        {"inflow_profile_file", settings.user.inflow_profile_file}};
+    const auto clash = name_clash(inputs, run_output_names(settings, tags_of_case(settings)));
+    if (clash) {
+        log.discard();  // it may be the input
+        stop(1, clash->input.key + " names a file that the run itself writes: " + clash->output,
+             clash->input.path, "give it another name");
+    }
+}
+
 void read_settings(const CaseText& file, Run& run) {
     CaseSettings& settings = run.settings;
     KeyLines lines;
@@ -64,6 +90,7 @@ void read_settings(const CaseText& file, Run& run) {
         settings.nest.lat = settings.CENT_LAT;
         settings.run_prefix = "nest-";
     }
+    refuse_name_clash(file, settings, run.log);
 }
 
 // Opens the table of directions before anything else is touched: its lock says that no other run
@@ -157,12 +184,24 @@ bool run_direction(Run& run, int iwd, const Solve& solve) {
     return direction.stop_requested;
 }
 
-// A fresh run takes nothing from an earlier one. Its directions are forgotten together, directly
-// before the first begins: a resume must not count a direction that this run never reached as done.
-void forget_saved_states(const Run& run) {
-    for (const std::string& tag : run.wd_tag) {
-        forget_file(file_names::restart_stem(run.settings.run_prefix, tag) +
-                    std::string(file_names::restart_info));
+// Which directions will leave the maps, told before hours are spent on the others.
+void warn_of_small_maps(Run& run) {
+    const CaseSettings& settings = run.settings;
+    if (settings.TORVEX_MODE != 0) {
+        return;
+    }
+    std::vector<int> to_mesh;
+    for (int iwd = 1; iwd <= settings.N_WIND_DIRECTION; ++iwd) {
+        const std::string info =
+            file_names::restart_stem(settings.run_prefix,
+                                     run.wd_tag[static_cast<std::size_t>(iwd - 1)]) +
+            std::string(file_names::restart_info);
+        if (settings.RESTART_FLAG != 1 || !read_restart_info(info)) {
+            to_mesh.push_back(iwd);
+        }
+    }
+    for (const Warning& warning : cover_warnings(settings, run.lines, run.maps.datum, to_mesh)) {
+        run.log.warn(warning.text, warning.reminder);
     }
 }
 
@@ -195,9 +234,8 @@ int run_case(const std::vector<std::string>& arguments, const Solve& solve, Run&
         write_mesh_log(run.settings.run_prefix, run.lines);
     }
     delete_stop_message();
-    if (run.settings.RESTART_FLAG != 1) {
-        forget_saved_states(run);
-    }
+
+    warn_of_small_maps(run);
 
     bool stopped = false;
     for (int iwd = 1; iwd <= run.settings.N_WIND_DIRECTION && !stopped; ++iwd) {

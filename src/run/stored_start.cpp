@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
 #include "run/fingerprint.hpp"
@@ -34,6 +35,18 @@ bool take_stored_start(Direction& direction) {
 }
 
 }  // namespace
+
+void forget_saved_states(Run& run, const Direction& direction) {
+    forget_file(restart_info_path(direction));
+    if (run.settings.RESTART_FLAG == 1 || run.states_forgotten) {
+        return;
+    }
+    for (const std::string& tag : run.wd_tag) {
+        forget_file(file_names::restart_stem(run.settings.run_prefix, tag) +
+                    std::string(file_names::restart_info));
+    }
+    run.states_forgotten = true;
+}
 
 void finish_start(Run& run, Direction& direction, const std::string& origin) {
     const bool stored =

@@ -6,6 +6,12 @@
 
 namespace torvex {
 
+// Removes restart.info before the first file of a direction is made anew. A fresh run (RESTART_FLAG
+// other than 1) takes nothing from an earlier one: all its directions are forgotten together,
+// before anything of the first is written and behind what can still refuse it, so that no resume
+// counts a direction that this run never reached as done.
+void forget_saved_states(Run& run, const Direction& direction);
+
 // Ends the start of a direction whose fields are filled: on a restart without a saved state the
 // fields of its vpkeinp.tuf, where that fits and was not made for another case, replace all but the
 // inflow; then vpkeinp.tuf and the fingerprint are written. The log tells where the fields come

@@ -18,15 +18,15 @@ using ::testing::Not;
 TEST(RunOutputs, NameTheFilesOfARun) {
     CaseSettings settings;
     const std::vector<std::string> tags{"270_0", "022_5"};
-    EXPECT_THAT(
-        run_output_names(settings, tags),
-        IsSupersetOf({"torvex.log", "_latlon_label_list.txt", "log-meshnumber",
-                      "view-wind_direction.dat", "view-convergence.dat", "view-monitor.dat",
-                      "view-convergence-022_5.dat", "view-monitor-270_0.dat",
-                      "log-upwind_roughness-270_0", "calc_roughness1-022_5.tdt",
-                      "restart-270_0-xyz.tuf", "restart-270_0-xyzc.tuf", "restart-022_5-z0.tuf",
-                      "restart-022_5-vpkeinp.tuf", "restart-022_5-restart.info",
-                      "restart-270_0-torvex.conv.log", "sites-270_0-_INFLOW_PROFILE.tpd"}));
+    EXPECT_THAT(run_output_names(settings, tags),
+                IsSupersetOf({"torvex.log", "_latlon_label_list.txt", "log-meshnumber",
+                              "view-wind_direction.dat", "view-convergence.dat", "view-monitor.dat",
+                              "view-convergence-022_5.dat", "view-monitor-270_0.dat",
+                              "log-upwind_roughness-270_0", "calc_roughness1-022_5.tdt",
+                              "restart-270_0-xyz.tuf", "restart-270_0-xyzc.tuf",
+                              "restart-022_5-z0.tuf", "restart-022_5-vpkeinp.tuf",
+                              "restart-022_5-restart.info", "restart-022_5-fingerprint.info",
+                              "restart-270_0-torvex.conv.log", "sites-270_0-_INFLOW_PROFILE.tpd"}));
 }
 
 TEST(RunOutputs, CarryThePrefixOfTheRun) {

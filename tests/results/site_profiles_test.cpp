@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/file_names.hpp"
 #include "maps/local_metric.hpp"
 #include "mesh/cell_geometry.hpp"
 #include "mesh/test_meshes.hpp"
@@ -31,6 +32,8 @@ using test::stop_of;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+
+const std::string label_list(file_names::label_list);
 
 constexpr double radian = 3.14159265358979 / 180;
 constexpr Planes planes{9, 8, 5};
@@ -118,7 +121,7 @@ class SiteProfiles : public testing::Test {
     }
     void write() { write_site_profiles({settings, grid, flow, angle, stem}, log); }
 
-    std::vector<std::string> list() const { return lines_of(directory.read(label_list_name)); }
+    std::vector<std::string> list() const { return lines_of(directory.read(label_list)); }
     std::vector<std::string> told() const { return lines_of(test::without_dates(log.kept())); }
     Profile profile(const std::string& name) const { return parse(directory.read(stem + name)); }
     std::vector<std::string> profile_names() const {
@@ -251,9 +254,9 @@ TEST_F(SiteProfiles, NestedRunHasNoInflowProfile) {
 }
 
 TEST_F(SiteProfiles, WithoutSitesTheListIsEmptyAndTheInflowIsWritten) {
-    directory.write(label_list_name, "of an earlier output\n");
+    directory.write(label_list, "of an earlier output\n");
     write();
-    EXPECT_EQ(directory.read(label_list_name), "");
+    EXPECT_EQ(directory.read(label_list), "");
     EXPECT_THAT(profile_names(), ElementsAre(stem + inflow_name));
     EXPECT_THAT(told(), IsEmpty());
 }
@@ -352,7 +355,7 @@ TEST_F(SiteProfiles, LinesThatDoNotRiseCountAsOutside) {
 }
 
 TEST_F(SiteProfiles, ProfileThatCannotBeWrittenEndsTheRun) {
-    directory.write(label_list_name, "of an earlier output\n");
+    directory.write(label_list, "of an earlier output\n");
     add_site("mast", 0, 0);
     fs::create_directory(stem + centre_name);
     const auto stopped = stop_of([this] { write(); });
@@ -372,7 +375,7 @@ TEST_F(SiteProfiles, InflowProfileThatCannotBeWrittenEndsTheRun) {
 }
 
 TEST_F(SiteProfiles, ListThatCannotBeWrittenIsToldAndLetGo) {
-    fs::create_directory(label_list_name);
+    fs::create_directory(label_list);
     add_site("mast", 0, 0);
     write();
     EXPECT_THAT(profile_names(), ElementsAre(stem + centre_name, stem + inflow_name));

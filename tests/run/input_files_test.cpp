@@ -251,7 +251,7 @@ TEST_F(InputFiles, ThatAreDamagedEndInAResultOrAMessage) {
             const ProgramRun ran = run_torvex_program({}, directory.path(), seconds);
             EXPECT_FALSE(ran.timed_out);
             EXPECT_EQ(ran.signal, 0);
-            EXPECT_EQ(ran.status == 0, ran.err.empty()) << ran.err;
+            EXPECT_TRUE(ran.status == 0 || !ran.err.starts_with("torvex: ")) << "no reason told";
             // In the preset that has them.
             EXPECT_THAT(ran.err, Not(AnyOf(HasSubstr("Sanitizer"), HasSubstr("runtime error"))));
             if (HasFailure()) {

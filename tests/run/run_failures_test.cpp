@@ -170,14 +170,37 @@ TEST_F(RunFailures, LinksUnderTheNamesOfLogsAndTablesAreRefused) {
     for (const std::string name : {"torvex.log", "view-wind_direction.dat", "view-convergence.dat",
                                    "view-monitor-000_0.dat", "restart-000_0-torvex.conv.log"}) {
         write_case(one_direction);
-        const std::string map = directory.read("h.map");
+        directory.write("precious.txt", "not to be lost\n");
         fs::remove(name);
-        fs::create_symlink("h.map", name);
+        fs::create_symlink("precious.txt", name);
         const ProgramRun ran = run();
         EXPECT_EQ(ran.status, 1) << name;
         EXPECT_THAT(ran.err, HasSubstr("it is a link\n  in " + name)) << ran.err;
-        EXPECT_EQ(directory.read("h.map"), map) << name;
+        EXPECT_EQ(directory.read("precious.txt"), "not to be lost\n") << name;
         fs::remove(name);
+    }
+}
+
+// Inputs of the run under the names of its outputs are refused before anything is written.
+TEST_F(RunFailures, InputsThatTheRunWouldOverwriteAreRefused) {
+    for (const std::string name : {"torvex.log", "view-wind_direction.dat", "log-meshnumber",
+                                   "restart-000_0-xyz.tuf", "sites-000_0-_INFLOW_PROFILE.tpd"}) {
+        CaseItems items = one_direction;
+        items.emplace_back("NML_CASEFILE", "BASIC_H_FILE = '" + name + "'");
+        write_case(items);
+        fs::rename("h.map", name);
+        const auto before = files_below(directory.path());
+        const ProgramRun ran = run();
+        EXPECT_EQ(ran.status, 1) << name;
+        EXPECT_THAT(
+            ran.err,
+            HasSubstr("BASIC_H_FILE names a file that the run itself writes: " + name + "\n  in "));
+        EXPECT_EQ(directory.read(name), before.at(name)) << name;
+        if (name == "torvex.log") {
+            EXPECT_EQ(files_below(directory.path()), before);
+        }
+        fs::rename(name, "h.map");
+        fs::remove("torvex.log");
     }
 }
 

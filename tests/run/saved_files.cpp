@@ -7,6 +7,7 @@
 #include <span>
 #include <vector>
 
+#include "base/file_names.hpp"
 #include "base/record_file.hpp"
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
@@ -72,7 +73,8 @@ std::string complaint_about_saved_files(const fs::path& directory) {
         std::int32_t ignored = 0;
         if (entry.path().extension() == ".tuf") {
             complaint += complaint_about_records(entry.path().string(), ignored);
-        } else if (entry.path().extension() == ".info") {
+        } else if (entry.path().extension() == ".info" &&
+                   !entry.path().filename().string().ends_with(file_names::fingerprint)) {
             complaint += complaint_about_info(entry.path());
         }
     }

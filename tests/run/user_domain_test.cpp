@@ -364,7 +364,7 @@ TEST_F(UserDomain, SurvivesDistortedFiles) {
         ASSERT_FALSE(ran.timed_out) << n;
         ASSERT_EQ(ran.signal, 0) << n << ran.err;
         ASSERT_TRUE(expected.contains(ran.status)) << n << ": " << ran.status << ran.err;
-        ASSERT_EQ(ran.status == 0, ran.err.empty()) << n << ran.err;
+        ASSERT_TRUE(ran.status == 0 || !ran.err.starts_with("torvex: ")) << n << ran.err;
         directory.write(name, good.at(name));
     }
 }

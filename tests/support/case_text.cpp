@@ -67,13 +67,13 @@ std::string quick_case_text(const CaseItems& items, const std::string& behind) {
 std::string level_map(const std::string& value) {
     std::string text =
         "<TORVEX_MAP lon-lat>\n"
-        "n_lon = 5, n_lat = 5\n"
-        "d_lon = 10, d_lat = 10\n"
+        "n_lon = 21, n_lat = 21\n"
+        "d_lon = 2, d_lat = 2\n"
         "base_longitude = 139 25\n"
         "base_latitude = 35 10\n"
         "--DATA--\n";
-    for (int row = 0; row < 5; ++row) {
-        text += "5*" + value + "\n";
+    for (int row = 0; row < 21; ++row) {
+        text += "21*" + value + "\n";
     }
     return text;
 }
