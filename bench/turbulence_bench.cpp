@@ -43,7 +43,6 @@ struct Case {
         torvex::allocate_fields(flow, grid, 4);
         flow.z0.allocate(grid.ni, grid.nj, 1e-4F);
         flow.den.fill(1.0F);
-        flow.wall_gen_factor.fill(1.0F);
         for (torvex::Field3* x : {&flow.tke, &flow.tkl}) {
             x->fill(1.0F);
         }

@@ -15,6 +15,10 @@ void read_direction_canopy(const std::string& file, Run& run, Direction& directi
                       .gp_k = flow.gp_k,
                       .gp_e = flow.gp_e,
                       .z0_out = &flow.z0});
+    // The solve needs the factors only; the roughness stays for a later file that has none.
+    for (Field3* field : {&run.canopy.gp_cf, &run.canopy.gp_density, &run.canopy.gp_length}) {
+        field->release();
+    }
 }
 
 }  // namespace torvex

@@ -1,9 +1,8 @@
 // The clearing pass at the head of the outer iteration.
 //
 // reads   DENSIT
-// writes  den = DENSIT, cmuField = 0.09, wall_gen_factor = 1, and 0 in the linear system, gen,
-// genb,
-//         dUxi..dWze, coefXi, coefEt, coefZe; all cells, boundary included
+// writes  den = DENSIT, and 0 in the linear system, gen, dUxi..dWze, coefXi, coefEt, coefZe; all
+//         cells, boundary included
 //
 // The fields (u .. vis, the fluxes, the k-l arrays) are left alone: a resumed direction has them
 // from its files.
@@ -17,8 +16,6 @@ namespace torvex {
 void clearing_pass(const CaseSettings& settings, FlowState& s) {
     require(s.den.size() > 0 && s.eq.su.size() == s.den.size(), "the arrays come before the pass");
     s.den.fill(settings.DENSIT);
-    s.cmuField.fill(0.09F);
-    s.wall_gen_factor.fill(1.0F);
 
     LinearSystem& eq = s.eq;
     for (Field3* field : {&eq.ae, &eq.aw, &eq.an, &eq.as, &eq.at, &eq.ab, &eq.ap, &eq.res}) {
@@ -26,8 +23,8 @@ void clearing_pass(const CaseSettings& settings, FlowState& s) {
     }
     eq.su.fill(0.0);
     eq.sp.fill(0.0);
-    for (Field3* field : {&s.gen, &s.genb, &s.dUxi, &s.dUet, &s.dUze, &s.dVxi, &s.dVet, &s.dVze,
-                          &s.dWxi, &s.dWet, &s.dWze, &s.coefXi, &s.coefEt, &s.coefZe}) {
+    for (Field3* field : {&s.gen, &s.dUxi, &s.dUet, &s.dUze, &s.dVxi, &s.dVet, &s.dVze, &s.dWxi,
+                          &s.dWet, &s.dWze, &s.coefXi, &s.coefEt, &s.coefZe}) {
         field->fill(0.0F);
     }
 }

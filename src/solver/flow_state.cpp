@@ -9,12 +9,11 @@ namespace torvex {
 namespace {
 
 constexpr std::array cell_fields{
-    &FlowState::u,      &FlowState::v,     &FlowState::w,    &FlowState::p,    &FlowState::pp,
-    &FlowState::tke,    &FlowState::ted,   &FlowState::vis,  &FlowState::den,  &FlowState::flxU,
-    &FlowState::flxV,   &FlowState::flxW,  &FlowState::gen,  &FlowState::genb, &FlowState::cmuField,
-    &FlowState::dUxi,   &FlowState::dUet,  &FlowState::dUze, &FlowState::dVxi, &FlowState::dVet,
-    &FlowState::dVze,   &FlowState::dWxi,  &FlowState::dWet, &FlowState::dWze, &FlowState::coefXi,
-    &FlowState::coefEt, &FlowState::coefZe};
+    &FlowState::u,    &FlowState::v,    &FlowState::w,      &FlowState::p,      &FlowState::pp,
+    &FlowState::tke,  &FlowState::ted,  &FlowState::vis,    &FlowState::den,    &FlowState::flxU,
+    &FlowState::flxV, &FlowState::flxW, &FlowState::gen,    &FlowState::dUxi,   &FlowState::dUet,
+    &FlowState::dUze, &FlowState::dVxi, &FlowState::dVet,   &FlowState::dVze,   &FlowState::dWxi,
+    &FlowState::dWet, &FlowState::dWze, &FlowState::coefXi, &FlowState::coefEt, &FlowState::coefZe};
 
 constexpr std::array length_fields{&FlowState::lm, &FlowState::tkl, &FlowState::viskl};
 
@@ -33,7 +32,6 @@ void allocate_fields(FlowState& s, const GridGeometry& g, int turbulence_model) 
     }
     s.eq.su.allocate(g.ni, g.nj, g.nk);
     s.eq.sp.allocate(g.ni, g.nj, g.nk);
-    s.wall_gen_factor.allocate(g.ni, g.nj);
 
     const bool with_length = turbulence_model == 2 || turbulence_model == 4;
     for (const auto field : length_fields) {

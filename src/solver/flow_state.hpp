@@ -23,12 +23,8 @@ struct FlowState {
     Field3 tkl;    // turbulence energy of the k-l part    [m2/s2]  models 2 and 4 only
     Field3 viskl;  // viscosity of the k-l part            [kg/(m s)]  models 2 and 4 only
 
-    Field3 gen;              // production of tke          [m2/s3]  ni*nj*nk  CALCKE
-    Field3 genb;             // second production, zero    [m2/s3]  ni*nj*nk  CALCED
-    Field3 cmuField;         // C_mu of CALCVIS            [-]      ni*nj*nk
-    Field2 wall_gen_factor;  // on the wall production     [-]      ni*nj
-
-    Field2 z0;  // roughness length of the ground          [m]      ni*nj  roughness routines
+    Field3 gen;  // production of tke                    [m2/s3]  ni*nj*nk  CALCKE
+    Field2 z0;   // roughness length of the ground          [m]      ni*nj  roughness routines
 
     Field3 gp_d, gp_k, gp_e;  // canopy: drag density [1/m], dissipation factors of tke and ted [-]
 

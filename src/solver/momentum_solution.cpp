@@ -13,14 +13,10 @@
 
 #include "solver/momentum_solution.hpp"
 
-#include <array>
-#include <cmath>
 #include <string>
 
 #include "base/edit.hpp"
 #include "solver/fetch_ahead.hpp"
-#include "solver/lane_sum.hpp"
-#include "solver/plane_sums.hpp"
 #include "solver/residual_sum.hpp"
 #include "solver/sweep_until.hpp"
 
@@ -30,29 +26,6 @@ namespace {
 
 CellRange interior(const GridGeometry& g) {
     return {2, 2, 2, g.nx, g.ny, g.nz};
-}
-
-// Sum of |ap| times the speed over the interior.
-float speed_sum(const GridGeometry& g, const FlowState& s) {
-    const auto [sum] = plane_sums<1>(interior(g), [&](int k) {
-        LaneSum of_plane;
-        for (int j = 2; j <= g.ny; ++j) {
-            const float* ap = &s.eq.ap(2, j, k);
-            const float* u = &s.u(2, j, k);
-            const float* v = &s.v(2, j, k);
-            const float* w = &s.w(2, j, k);
-            rising_cells(g.nx - 1, [&]<class V>(V, int m) {
-                fetch_ahead(m, ap, u, v, w);
-                const V um = load<V>(u + m);
-                const V vm = load<V>(v + m);
-                const V wm = load<V>(w + m);
-                const V speed = square_root(um * um + vm * vm + wm * wm);
-                of_plane.add(magnitude(load<V>(ap + m) * speed), m);
-            });
-        }
-        return std::array{of_plane.total()};
-    });
-    return sum;
 }
 
 }  // namespace
@@ -105,8 +78,11 @@ void reference_sums(const SolverContext& c, Component component) {
         e.scale = 0;
         return;
     }
-    e.resid = residual_sum(interior(c.grid), c.flow.eq, e.phi, Pinned::skip);
-    e.scale = e.scale_start + speed_sum(c.grid, c.flow);
+    const FlowState& s = c.flow;
+    const EquationSums sums =
+        equation_sums(interior(c.grid), s.eq, e.phi, {.u = s.u, .v = s.v, .w = s.w});
+    e.resid = sums.residual;
+    e.scale = e.scale_start + sums.scale;
 }
 
 void solve_momentum(const SolverContext& c, Component component) {

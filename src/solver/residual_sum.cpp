@@ -7,11 +7,12 @@
 // precision. |r| and |ap phi| are summed in single precision, every eighth cell of the rows of a
 // plane by itself, then these eight sums, then the planes.
 //
-// reads   ae..ab, ap, su, sp, phi in and beside the range
+// reads   ae..ab, ap, su, sp, phi in and beside the range; for the scale of momentum u, v, w
 
 #include "solver/residual_sum.hpp"
 
 #include <array>
+#include <type_traits>
 
 #include "solver/constants.hpp"
 #include "solver/fetch_ahead.hpp"
@@ -27,10 +28,31 @@ struct Sums {
     LaneSum residual, scale;
 };
 
-// Adds |r| and, if asked for, |ap phi| of the cells of a row.
-template <bool skip_pinned, bool with_scale>
+// The scale of a cell, from its ap and its ap phi; one of them for each row.
+struct NoScale {};
+struct DiagonalScale {
+    template <class V>
+    V of_cell(int /*m*/, V /*ap*/, V diagonal) const {
+        return magnitude(diagonal);
+    }
+};
+struct SpeedScale {
+    const float *u, *v, *w;
+
+    template <class V>
+    V of_cell(int m, V ap, V /*diagonal*/) const {
+        fetch_ahead(m, u, v, w);
+        const V um = load<V>(u + m);
+        const V vm = load<V>(v + m);
+        const V wm = load<V>(w + m);
+        return magnitude(ap * square_root(um * um + vm * vm + wm * wm));
+    }
+};
+
+// Adds |r| and the scale of the cells of a row.
+template <bool skip_pinned, class Scale>
 void add_row(const CellRange& cells, const LinearSystem& eq, const Field3& phi, int j, int k,
-             Sums& sums) {
+             const Scale& scale, Sums& sums) {
     const int i = cells.i1;
     const CoefficientRow c = coefficient_row(eq, i, j, k);
     const FieldRows x = field_rows(phi, i, j, k);
@@ -39,7 +61,8 @@ void add_row(const CellRange& cells, const LinearSystem& eq, const Field3& phi, 
     constexpr float pin = -static_cast<float>(BIG);
     rising_cells(cells_i(cells), [&]<class V>(V, int m) {
         fetch_ahead(m, c, x.top, su);
-        const V diagonal = load<V>(c.ap + m) * load<V>(x.c + m);
+        const V ap = load<V>(c.ap + m);
+        const V diagonal = ap * load<V>(x.c + m);
         const V rest =
             narrow<V>(widen(c.neighbours<V>(x, m)) + load_wide<V>(su + m) - widen(diagonal));
         V size = magnitude(rest);
@@ -48,8 +71,8 @@ void add_row(const CellRange& cells, const LinearSystem& eq, const Field3& phi, 
             size = narrow<V>(load_wide<V>(sp + m)) == pin ? V{} : size;
         }
         sums.residual.add(size, m);
-        if constexpr (with_scale) {
-            sums.scale.add(magnitude(diagonal), m);
+        if constexpr (!std::is_same_v<Scale, NoScale>) {
+            sums.scale.add(scale.template of_cell<V>(m, ap, diagonal), m);
         }
     });
 }
@@ -59,10 +82,24 @@ float sum(const CellRange& cells, const LinearSystem& eq, const Field3& phi) {
     return plane_sums<1>(cells, [&](int k) {
         Sums sums;
         for (int j = cells.j1; j <= cells.j2; ++j) {
-            add_row<skip_pinned, false>(cells, eq, phi, j, k, sums);
+            add_row<skip_pinned>(cells, eq, phi, j, k, NoScale{}, sums);
         }
         return std::array{sums.residual.total()};
     })[0];
+}
+
+// scale_of(j, k) is the scale of a row.
+template <class ScaleOf>
+EquationSums both_sums(const CellRange& cells, const LinearSystem& eq, const Field3& phi,
+                       const ScaleOf& scale_of) {
+    const auto [residual, scale] = plane_sums<2>(cells, [&](int k) {
+        Sums sums;
+        for (int j = cells.j1; j <= cells.j2; ++j) {
+            add_row<true>(cells, eq, phi, j, k, scale_of(j, k), sums);
+        }
+        return std::array{sums.residual.total(), sums.scale.total()};
+    });
+    return {residual, scale};
 }
 
 }  // namespace
@@ -78,7 +115,7 @@ std::optional<float> residual_sum_below(const CellRange& cells, const LinearSyst
     // The first plane in the order of the whole sum.
     Sums part;
     for (int j = cells.j1; j <= cells.j2 && !is_empty(cells); ++j) {
-        add_row<true, false>(cells, eq, phi, j, cells.k1, part);
+        add_row<true>(cells, eq, phi, j, cells.k1, NoScale{}, part);
         if (!is_below(part.residual.total())) {
             return std::nullopt;
         }
@@ -88,14 +125,15 @@ std::optional<float> residual_sum_below(const CellRange& cells, const LinearSyst
 }
 
 EquationSums equation_sums(const CellRange& cells, const LinearSystem& eq, const Field3& phi) {
-    const auto [residual, scale] = plane_sums<2>(cells, [&](int k) {
-        Sums sums;
-        for (int j = cells.j1; j <= cells.j2; ++j) {
-            add_row<true, true>(cells, eq, phi, j, k, sums);
-        }
-        return std::array{sums.residual.total(), sums.scale.total()};
+    return both_sums(cells, eq, phi, [](int /*j*/, int /*k*/) { return DiagonalScale{}; });
+}
+
+EquationSums equation_sums(const CellRange& cells, const LinearSystem& eq, const Field3& phi,
+                           const Velocity& velocity) {
+    return both_sums(cells, eq, phi, [&](int j, int k) {
+        const int i = cells.i1;
+        return SpeedScale{&velocity.u(i, j, k), &velocity.v(i, j, k), &velocity.w(i, j, k)};
     });
-    return {residual, scale};
 }
 
 }  // namespace torvex

@@ -21,10 +21,20 @@ std::optional<float> residual_sum_below(const CellRange& cells, const LinearSyst
 
 struct EquationSums {
     float residual;  // sum of |r|, pinned cells left out
-    float scale;     // sum of |ap phi| over all cells
+    float scale;     // sum of |ap phi| or, for a velocity component, of |ap| times the speed
 };
 
-// Both sums in one pass.
+// Both sums over the cells of a range in one pass: scale is that of |ap phi|.
 EquationSums equation_sums(const CellRange& cells, const LinearSystem& eq, const Field3& phi);
+
+struct Velocity {
+    const Field3& u;
+    const Field3& v;
+    const Field3& w;
+};
+
+// The same of a velocity component phi: scale is that of |ap| times the speed.
+EquationSums equation_sums(const CellRange& cells, const LinearSystem& eq, const Field3& phi,
+                           const Velocity& velocity);
 
 }  // namespace torvex

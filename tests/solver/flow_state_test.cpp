@@ -20,9 +20,9 @@ constexpr std::array fields{&FlowState::u,    &FlowState::v,    &FlowState::w,  
                             &FlowState::flxU, &FlowState::flxV, &FlowState::flxW};
 constexpr std::array length_fields{&FlowState::lm, &FlowState::tkl, &FlowState::viskl};
 constexpr std::array work_fields{
-    &FlowState::gen,  &FlowState::genb,   &FlowState::dUxi,   &FlowState::dUet,  &FlowState::dUze,
-    &FlowState::dVxi, &FlowState::dVet,   &FlowState::dVze,   &FlowState::dWxi,  &FlowState::dWet,
-    &FlowState::dWze, &FlowState::coefXi, &FlowState::coefEt, &FlowState::coefZe};
+    &FlowState::gen,    &FlowState::dUxi,   &FlowState::dUet,  &FlowState::dUze, &FlowState::dVxi,
+    &FlowState::dVet,   &FlowState::dVze,   &FlowState::dWxi,  &FlowState::dWet, &FlowState::dWze,
+    &FlowState::coefXi, &FlowState::coefEt, &FlowState::coefZe};
 constexpr std::array system_fields{&LinearSystem::ae, &LinearSystem::aw, &LinearSystem::an,
                                    &LinearSystem::as, &LinearSystem::at, &LinearSystem::ab,
                                    &LinearSystem::ap, &LinearSystem::res};
@@ -45,7 +45,6 @@ void for_all_fields(FlowState& s, Visit visit) {
         visit(s.eq.*field);
     }
     visit(s.den);
-    visit(s.cmuField);
 }
 
 TEST(AllocateFields, ZeroesEverythingOnTheCells) {
@@ -64,8 +63,6 @@ TEST(AllocateFields, ZeroesEverythingOnTheCells) {
         EXPECT_EQ(s.eq.sp(5, 4, 6), 0.0);
         s.eq.su.fill(7);
         s.eq.sp.fill(7);
-        EXPECT_EQ(s.wall_gen_factor.ni(), g.ni);
-        EXPECT_EQ(s.wall_gen_factor.nj(), g.nj);
     }
 }
 
@@ -112,7 +109,6 @@ TEST(Release, GivesEverythingBack) {
     EXPECT_EQ(s.z0.size(), 0U);
     EXPECT_EQ(s.gp_k.size(), 0U);
     EXPECT_EQ(s.eq.su.size(), 0U);
-    EXPECT_EQ(s.wall_gen_factor.size(), 0U);
     EXPECT_EQ(s.flow_in, 0.0F);
     EXPECT_EQ(s.scale_u, 0.0F);
     EXPECT_EQ(s.canopy_source_factor, 0.0F);
@@ -133,12 +129,6 @@ TEST(ClearingPass, SetsTheArraysThatAreNoFields) {
     clearing_pass(settings, s);
 
     EXPECT_TRUE(all_equal(s.den, 1.25F));
-    EXPECT_TRUE(all_equal(s.cmuField, 0.09F));
-    for (int j = 1; j <= g.nj; ++j) {
-        for (int i = 1; i <= g.ni; ++i) {
-            EXPECT_EQ(s.wall_gen_factor(i, j), 1.0F);
-        }
-    }
     for (const auto field : work_fields) {
         EXPECT_TRUE(all_equal(s.*field, 0));
     }

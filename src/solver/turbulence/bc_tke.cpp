@@ -1,7 +1,7 @@
 // bc_tke: boundary steps of tke. An open top passes no tke: at = 0 there, and the top plane follows
 // the cells below it.
 //
-// reads   tke, u, v, w, den, vol, z0, wall_gen_factor, nodes, centres, area vectors beyond walls
+// reads   tke, u, v, w, den, vol, z0, nodes, centres, area vectors beyond walls
 // writes  ab, at, an, as beside walls and open boundaries; su, sp beside walls; tke on the ground,
 //         the top, the sides and the outflow
 

@@ -1,6 +1,6 @@
 // bc_tkl: boundary steps of tkl, those of tke with the constant of the k-l model.
 //
-// reads   tkl, u, v, w, den, vol, z0, wall_gen_factor, nodes, centres, area vectors beyond walls
+// reads   tkl, u, v, w, den, vol, z0, nodes, centres, area vectors beyond walls
 // writes  ab, at, an, as beside walls and open boundaries; su, sp beside walls; tkl on the ground,
 //         the top, the sides and the outflow
 

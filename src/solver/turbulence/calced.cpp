@@ -8,7 +8,7 @@
 // its division.
 //
 // reads   vol, xix..zez, fx..fz, nodes and centres at walls; tke, gen, vis, den, flxU..flxW, z0
-// writes  ted in the interior and on the boundary but the inflow and an open top; genb; the
+// writes  ted in the interior and on the boundary but the inflow and an open top; the
 //         equation; resid_e, scale_e
 // ref     Launder and Spalding (1974)
 

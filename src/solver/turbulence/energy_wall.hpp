@@ -43,8 +43,7 @@ class EnergyWall {
         const float vol = ctx_.grid.vol(i, j, k);
         const float root = std::sqrt(std::abs(energy_(i, j, k)));
         const float work = std::abs(den * Vt * cmu4_ * root * KAPPA / law.L1 * Vt);
-        const float production =
-            work * vol / (2.0F * c.d * law.L1) * law.L2 * s.wall_gen_factor(i, j);
+        const float production = work * vol / (2.0F * c.d * law.L1) * law.L2;
         const float sink = cmu34_ * den * root / KAPPA * law.L2 / (2.0F * c.d) * vol;
         towards_wall<wall>(s.eq, law) = 0.0F;
         s.eq.su(i, j, k) += static_cast<double>(production);

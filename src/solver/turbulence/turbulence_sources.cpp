@@ -33,17 +33,13 @@ void dissipation_source_row(const GridGeometry& g, FlowState& s, const Dissipati
     const auto den = row(s.den, j, k);
     const auto vis = row(s.vis, j, k);
     const auto gen = row(s.gen, j, k);
-    const auto genb = row(s.genb, j, k);
     const auto tke = row(s.tke, j, k);
     const auto su = row(s.eq.su, j, k);
     const auto sp = row(s.eq.sp, j, k);
     along_row(2, g.nx, [=](int i) {
         const float mut = vis[i] - viscos;
         const float vol_den2 = vol[i] * (den[i] * den[i]);
-        // Nothing but shear produces here; buoyancy would enter through genb.
-        genb[i] = 0.0F;
-        const float production =
-            vol_den2 * c.production * (genb[i] + gen[i]) * tke[i] / (mut + TINY);
+        const float production = vol_den2 * c.production * gen[i] * tke[i] / (mut + TINY);
         const float sink = -(vol_den2 * c.sink * tke[i] / (mut + TINY));
         su[i] = static_cast<double>(cross[i]) + static_cast<double>(production);
         sp[i] = static_cast<double>(sink);

@@ -20,9 +20,9 @@ struct DissipationConstants {
     float sink;        // CE2*CMU
 };
 
-// su and sp of ted in the cells 2..nx of row (j,k); genb is zeroed there.
+// su and sp of ted in the cells 2..nx of row (j,k); gen must stand. Nothing but shear produces.
 //
-//   su = cross + vol den^2 CE1 CMU (genb + gen) tke / (mu_t + TINY)
+//   su = cross + vol den^2 CE1 CMU gen tke / (mu_t + TINY)
 //   sp = -vol den^2 CE2 CMU tke / (mu_t + TINY)
 void dissipation_source_row(const GridGeometry& g, FlowState& s, const DissipationConstants& c,
                             float viscos, int j, int k, Row<const float> cross);

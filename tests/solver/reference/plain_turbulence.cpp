@@ -297,8 +297,8 @@ void wall_cell(const Equation& e, const WallPlace& p, Array& towards) {
         const double Vt = std::sqrt(std::max(dot(U, U) - dot(U, n) * dot(U, n), 0.0));
         const double root = std::sqrt(std::abs(e.phi(i, j, k)));
         const double den = s.den(i, j, k);
-        s.su(i, j, k) += std::abs(den * Vt * cmu4 * root * kappa / L1 * Vt) * vol / (2 * d * L1) *
-                         L2 * s.wall_gen_factor(i, j);
+        s.su(i, j, k) +=
+            std::abs(den * Vt * cmu4 * root * kappa / L1 * Vt) * vol / (2 * d * L1) * L2;
         s.sp(i, j, k) = -(cmu34 * den * root / kappa * L2 / (2 * d)) * vol;
     }
     e.phi(p.ig, p.jg, p.kg) = e.phi(i, j, k);
@@ -462,7 +462,6 @@ State copy_of(const FlowState& f) {
     s.flxW = doubles(f.flxW);
     s.gen = doubles(f.gen);
     s.z0 = doubles(f.z0);
-    s.wall_gen_factor = doubles(f.wall_gen_factor);
     s.gp_d = doubles(f.gp_d);
     s.gp_k = doubles(f.gp_k);
     s.gp_e = doubles(f.gp_e);

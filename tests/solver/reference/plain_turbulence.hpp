@@ -14,7 +14,7 @@ struct State {
     Array u, v, w, tke, ted, tkl, vis, viskl, den, lm;
     Array flxU, flxV, flxW;
     Array gen;
-    Array2<double> z0, wall_gen_factor;
+    Array2<double> z0;
     Array gp_d, gp_k, gp_e;
     Array ae, aw, an, as, at, ab, ap, su, sp;
     double canopy_source_factor = 0;

@@ -24,7 +24,6 @@ TurbulenceCase::TurbulenceCase(GridGeometry mesh, int model) : grid(std::move(me
     settings.WIND_TUNNEL_Z0 = 0.001F;
     allocate_fields(flow, grid, model);
     flow.den.fill(1.0F);
-    flow.wall_gen_factor.fill(1.0F);
     flow.z0.allocate(grid.ni, grid.nj, 0.03F);
     log_.open("/dev/null", TextLog::Existing::append);
 }
@@ -53,11 +52,9 @@ void make_random(TurbulenceCase& c, unsigned seed) {
         s.lm = random(0.5F, 20);
     }
     const Field3 z0 = random(0.005F, 0.05F);
-    const Field3 factor = random(0.5F, 1.5F);
     for (int j = 1; j <= c.grid.nj; ++j) {
         for (int i = 1; i <= c.grid.ni; ++i) {
             s.z0(i, j) = z0(i, j, 1);
-            s.wall_gen_factor(i, j) = factor(i, j, 1);
         }
     }
 }

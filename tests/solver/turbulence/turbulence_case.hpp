@@ -13,7 +13,7 @@ namespace torvex::test {
 // A mesh, a flow and settings on which the turbulence routines run without a case.
 class TurbulenceCase {
  public:
-    // All fields at 0 but den and wall_gen_factor at 1 and z0 at 0.03; all constants at their
+    // All fields at 0 but den at 1 and z0 at 0.03; all constants at their
     // defaults; one sweep of each equation without under-relaxation.
     TurbulenceCase(GridGeometry mesh, int model);
 

@@ -70,11 +70,10 @@ TEST(WallFormula, ProductionAddsAndTheSinkReplaces) {
     c.flow.eq.su.fill(100.0);
     c.flow.den.fill(1.2F);
     c.flow.tke.fill(-4.0F);
-    c.flow.wall_gen_factor(3, 3) = 0.5F;
     c.flow.z0(3, 3) = 0.5F;
     SolverContext ctx = c.context();
     bc_tke(ctx);
-    EXPECT_NEAR(c.su(3, 3, 2), 100 + 0.5 * 1.2 * production(5, 2.5, 0.5, 4, 0.09) * c.vol, 1e-3);
+    EXPECT_NEAR(c.su(3, 3, 2), 100 + 1.2 * production(5, 2.5, 0.5, 4, 0.09) * c.vol, 1e-3);
     EXPECT_NEAR(c.sp(3, 3, 2), -1.2 * sink(2.5, 0.5, 4, 0.09) * c.vol, 1e-3);
     EXPECT_NEAR(c.su(4, 3, 2), 100 + 1.2 * production(5, 2.5, 0.03, 4, 0.09) * c.vol, 1e-3);
 }
