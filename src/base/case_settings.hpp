@@ -265,6 +265,12 @@ struct CaseSettings {
     float urf_start_vis = 0;
     std::vector<float> alpha_direction;  // directional alpha: n + 1 directions [deg]
     std::vector<float> alpha_value;      // and their shear exponents [-]
+
+    // What the codes above mean.
+    bool nested() const { return nest.nest_mode != 0; }        // a child in a parent's flow
+    bool canopy_on() const { return canopy.canopy_mode > 0; }  // canopy file read, terms act
+    bool wall_on_top() const { return WIND_TUNNEL_MODE > 0; }
+    bool walls_on_sides() const { return WIND_TUNNEL_MODE > 1; }
 };
 
 }  // namespace torvex

@@ -123,7 +123,7 @@ void MAKE_MESH(const CaseSettings& settings, const MeshLines& lines, const Direc
     const bool flat = settings.TERRAIN_MODE.starts_with("flat");
     Field2 ground =
         flat ? Field2(lines.nx, lines.ny) : sampled_ground(settings, lines, maps, iwd, log);
-    if (settings.nest.nest_mode == 0) {
+    if (!settings.nested()) {
         flatten_buffer_zones(settings, lines, iwd, log, ground);
     }
     int k_c = top_constant_level(lines.z_line, settings.CONSTANT_DZ_HEIGHT);

@@ -119,7 +119,7 @@ void write_site_profiles(const SiteOutput& output, RunLog& log) {
         }
     }
     write_label_list(list, output, log);
-    if (settings.nest.nest_mode == 0) {
+    if (!settings.nested()) {
         write_inflow(output);
     }
 }

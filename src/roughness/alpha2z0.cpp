@@ -2,12 +2,9 @@
 
 #include <cmath>
 
-namespace torvex {
+#include "base/shear_exponent.hpp"
 
-float alpha_of_z0(float z0) {
-    const float L = std::log10(z0);
-    return 0.09F * L + 0.27F + 0.018F * (L * L) + 0.0016F * (L * L * L);
-}
+namespace torvex {
 
 AlphaStatus alpha2z0(float target, const AlphaSearch& search, float& z0_out,
                      std::vector<AlphaRound>& rounds) {
@@ -21,7 +18,7 @@ AlphaStatus alpha2z0(float target, const AlphaSearch& search, float& z0_out,
     float hi = search.z0_max;
     for (int it = 1; it <= search.maxit; ++it) {
         const float mid = (hi + lo) * 0.5F;
-        const float alpha = alpha_of_z0(mid);
+        const float alpha = shear_exponent(mid);
         const float e = alpha - target;
         rounds.push_back({.it = it,
                           .lo = lo,
@@ -31,8 +28,8 @@ AlphaStatus alpha2z0(float target, const AlphaSearch& search, float& z0_out,
                           .target = target,
                           .error = std::abs(e),
                           .eps = search.eps,
-                          .alpha_lo = alpha_of_z0(lo),
-                          .alpha_hi = alpha_of_z0(hi)});
+                          .alpha_lo = shear_exponent(lo),
+                          .alpha_hi = shear_exponent(hi)});
         z0_out = mid;
         if (search.eps >= std::abs(e)) {
             return AlphaStatus::converged;

@@ -4,13 +4,6 @@
 
 namespace torvex {
 
-// The shear exponent of the power-law inflow over ground of roughness z0 [m], in single precision:
-//
-//   alpha = 0.09 L + 0.27 + 0.018 L^2 + 0.0016 L^3,   L = log10(z0)
-//
-// It rises with z0 everywhere.
-float alpha_of_z0(float z0);
-
 // Where and how long to search.
 struct AlphaSearch {
     float z0_min = 0;  // bracket [m]
@@ -32,7 +25,7 @@ struct AlphaRound {
 
 enum class AlphaStatus { converged = 0, bad_bracket = 1, not_converged = 2 };
 
-// Inverts alpha_of_z0 by bisection with arithmetic means.
+// Inverts shear_exponent by bisection with arithmetic means.
 //
 //   converged      z0_out is the first middle with |alpha - target| <= eps
 //   bad_bracket    z0_min is above z0_max, or the two hold no roughness length: z0_out stays

@@ -18,7 +18,7 @@ struct RoughnessPass {
     RunLog& log;
 
     bool preview() const { return iwd == preview_direction; }
-    bool skip_sides() const { return settings.nest.nest_mode != 0; }
+    bool skip_sides() const { return settings.nested(); }
 
     // A timed line that names the direction.
     void tell(const std::string& text) const { log.timed(" WD " + tag + ": " + text); }

@@ -20,7 +20,7 @@ namespace torvex {
 
 void CALCV(const SolverContext& c, int iter, int interval) {
     assemble_momentum<Component::v>(c, c.work.momentum);
-    if (c.settings.canopy.canopy_mode > 0) {
+    if (c.settings.canopy_on()) {
         canopy_momentum_source(canopy_cells_of(c));
     }
     bc_v(c);

@@ -39,14 +39,14 @@ WorstCell worst_cell(const CaseSettings& settings, const GridGeometry& g, const 
         }
     }
     const float tunnel_z0 = settings.WIND_TUNNEL_Z0;
-    if (settings.WIND_TUNNEL_MODE >= 1) {
+    if (settings.wall_on_top()) {
         for (int j = 2; j <= g.ny; ++j) {
             for (int i = 2; i <= g.nx; ++i) {
                 worst.meet(wall_cell<Wall::top>(g, i, j).d, tunnel_z0, "top", i, j, g.nz);
             }
         }
     }
-    if (settings.WIND_TUNNEL_MODE >= 2) {
+    if (settings.walls_on_sides()) {
         for (int k = 2; k <= g.nz; ++k) {
             for (int i = 2; i <= g.nx; ++i) {
                 worst.meet(wall_cell<Wall::south>(g, i, k).d, tunnel_z0, "south wall", i, 2, k);

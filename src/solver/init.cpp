@@ -35,7 +35,7 @@ namespace {
 
 // A nested run takes its inflow from the parent, whatever profile the case names.
 bool profile_in_use(const CaseSettings& settings) {
-    return settings.SPECIFY_INFLOW_PROFILE && settings.nest.nest_mode == 0;
+    return settings.SPECIFY_INFLOW_PROFILE && !settings.nested();
 }
 
 // The upwind roughness that the roughness routine of canopy runs left for this direction: all
@@ -43,7 +43,7 @@ bool profile_in_use(const CaseSettings& settings) {
 std::optional<float> upwind_roughness(const CaseSettings& settings, const std::string& tag) {
     // Nested runs write no such file; the parent's carries no prefix.
     std::string name = "log-upwind_roughness-" + tag;
-    if (settings.nest.nest_mode == 0) {
+    if (!settings.nested()) {
         name.insert(0, settings.run_prefix);
     }
     const std::optional<std::string> text = read_text_file(name);
@@ -132,18 +132,17 @@ void INIT(const CaseSettings& settings, const GridGeometry& g, float wd_angle,
           const std::string& tag, RunLog& log, FlowState& s) {
     allocate_fields(s, g, settings.TURBULENCE_MODEL);
     check_columns(g, s.z0);
-    const bool nested = settings.nest.nest_mode != 0;
     if (profile_in_use(settings)) {
         fill_by_profile(g, read_inflow_profile(settings), s);
         log_inflow(log, wd_angle, "Inflow profile was specified.");
     } else {
         std::optional<float> z0_up;
-        if (settings.canopy.canopy_mode == 1) {
+        if (settings.canopy_on()) {
             z0_up = upwind_roughness(settings, tag);
         }
         const Array2<PowerLaw> laws = power_laws(g, s.z0, z0_up);
         fill_by_power_law(g, laws, s);
-        if (!nested) {
+        if (!settings.nested()) {
             log_inflow(log, wd_angle,
                        "Inflow: alpha=" + edit::F(laws(1, 1).alpha, 8, 4) +
                            ", Zg=" + edit::F(laws(1, 1).Zg, 10, 3));

@@ -52,7 +52,7 @@ class MomentumBoundary {
           cmu4_(std::sqrt(std::sqrt(c.settings.CMU))) {}
 
     void top() {
-        const bool wall = settings_.WIND_TUNNEL_MODE > 0;
+        const bool wall = settings_.wall_on_top();
         if (!wall && A != Component::u) {
             return;
         }
@@ -81,7 +81,7 @@ class MomentumBoundary {
     }
 
     void sides() {
-        if (settings_.WIND_TUNNEL_MODE >= 2) {
+        if (settings_.walls_on_sides()) {
             side_walls();
         } else if constexpr (A != Component::v) {
             open_sides();

@@ -1,24 +1,18 @@
 // The power-law profile of the atmospheric boundary layer over homogeneous ground:
 //
-//   alpha = 0.27 + 0.09 L + 0.018 L^2 + 0.0016 L^3,  L = log10(z0)
+//   alpha = shear_exponent(z0)
 //   Zg    = 550 z0^0.1
 //   U     = 10 (h/Zg)^alpha,                           10 above Zg
 //   T     = (h/Zg)^-0.05 (1 - 0.7 h/Zg)^(1/4),         0.3^(1/4) above Zg
 //   tke   = 0.83 T^2
 //
-// T is a velocity scale of the turbulence in m/s. The exponent is a fit in powers of L, the form
-// that Counihan (1975) gave it. All in single precision.
+// T is a velocity scale of the turbulence in m/s. All in single precision.
 
 #include "solver/power_law.hpp"
 
 #include <cmath>
 
 namespace torvex {
-
-float shear_exponent(float z0) {
-    const float L = std::log10(z0);
-    return 0.27F + 0.09F * L + 0.018F * (L * L) + 0.0016F * (L * (L * L));
-}
 
 float gradient_height(float z0) {
     return 550.0F * std::pow(z0, 0.1F);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/shear_exponent.hpp"
+
 namespace torvex {
 
 inline constexpr float reference_speed = 10.0F;  // speed at and above the gradient height [m/s]
@@ -11,8 +13,7 @@ struct PowerLaw {
     float Zg = 0;     // gradient height [m]
 };
 
-float shear_exponent(float z0);   // z0 [m], above 0
-float gradient_height(float z0);  // [m]
+float gradient_height(float z0);  // [m], of the roughness length z0 [m], above 0
 
 // At height h above ground [m], which must be above 0: the speed [m/s], and the energy of the
 // turbulence [m2/s2], which grows without bound towards the ground.

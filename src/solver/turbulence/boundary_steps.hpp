@@ -14,18 +14,17 @@ enum class OpenTop {
 // wall formula of one cell, (i,j) on the ground or the top, (i,k) on a side; it must not read cells
 // other than its own.
 //
-//   top       wall with WIND_TUNNEL_MODE above 0, else open
+//   top       wall in a wind tunnel, else open
 //   ground    wall
-//   sides     wall with WIND_TUNNEL_MODE above 1, else zero gradient   not with skip_sides
+//   sides     walls in one with side walls, else zero gradient   not with skip_sides
 //   outflow   zero gradient, ae stays as assembled                     not with skip_sides
 template <class Formula>
 void boundary_steps(const SolverContext& ctx, Field3& phi, OpenTop open_top,
                     const Formula& formula) {
     const GridGeometry& g = ctx.grid;
     LinearSystem& eq = ctx.flow.eq;
-    const int mode = ctx.settings.WIND_TUNNEL_MODE;
-    const bool wall_on_top = mode > 0;
-    const bool wall_on_sides = mode > 1;
+    const bool wall_on_top = ctx.settings.wall_on_top();
+    const bool walls_on_sides = ctx.settings.walls_on_sides();
 
 #pragma omp parallel for schedule(static)
     for (int j = 2; j <= g.ny; ++j) {
@@ -45,7 +44,7 @@ void boundary_steps(const SolverContext& ctx, Field3& phi, OpenTop open_top,
 
 #pragma omp parallel for schedule(static)
     for (int k = 2; k <= g.nz; ++k) {
-        if (wall_on_sides) {
+        if (walls_on_sides) {
             for (int i = 2; i <= g.nx; ++i) {
                 formula.template apply<Wall::north>(i, k);
                 formula.template apply<Wall::south>(i, k);

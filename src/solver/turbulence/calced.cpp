@@ -32,7 +32,7 @@ void CALCED(const SolverContext& ctx, int iter, int interval) {
         dissipation_source_row(g, s, constants, viscos, j, k, cross);
     };
     assemble_transport(g, s, s.ted, set.SIGE, ctx.work.transport, source);
-    if (set.canopy.canopy_mode > 0) {
+    if (set.canopy_on()) {
         canopy_sources_ted(canopy_cells_of(ctx), set.canopy, s.canopy_source_factor);
     }
     bc_ted(ctx);

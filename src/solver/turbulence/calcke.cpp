@@ -50,7 +50,7 @@ void CALCKE(const SolverContext& ctx, int iter, int interval) {
     } else {
         assemble<Production::strain>(ctx);
     }
-    if (set.canopy.canopy_mode > 0) {
+    if (set.canopy_on()) {
         canopy_sources_tke(canopy_cells_of(ctx), set.canopy, s.canopy_source_factor);
     }
     clear_wall_planes(ctx);

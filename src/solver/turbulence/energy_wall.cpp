@@ -17,7 +17,6 @@ void clear_cell(const GridGeometry& g, FlowState& s, int i, int j, int k) {
 void clear_wall_planes(const SolverContext& ctx) {
     const GridGeometry& g = ctx.grid;
     FlowState& s = ctx.flow;
-    const int mode = ctx.settings.WIND_TUNNEL_MODE;
     const auto clear_level = [&](int k) {
 #pragma omp parallel for schedule(static)
         for (int j = 2; j <= g.ny; ++j) {
@@ -28,10 +27,10 @@ void clear_wall_planes(const SolverContext& ctx) {
     };
     clear_level(2);
     // Each cell once: a mesh of one layer or one row has its walls on the same cells.
-    if (mode >= 1 && g.nz > 2) {
+    if (ctx.settings.wall_on_top() && g.nz > 2) {
         clear_level(g.nz);
     }
-    if (mode >= 2) {
+    if (ctx.settings.walls_on_sides()) {
 #pragma omp parallel for schedule(static)
         for (int k = 3; k <= g.nz - 1; ++k) {
             for (int i = 2; i <= g.nx; ++i) {
