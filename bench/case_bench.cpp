@@ -34,7 +34,7 @@
 #include "hill_case.hpp"
 #include "run/outer_iteration.hpp"
 #include "run/run_torvex.hpp"
-#include "run/wait_policy.hpp"
+#include "run/runtime_settings.hpp"
 #include "timed_equations.hpp"
 #include "traffic.hpp"
 
@@ -337,7 +337,7 @@ int run(const std::vector<std::string>& arguments) {
 }  // namespace torvex::bench
 
 int main(int argc, char** argv) {
-    torvex::prefer_short_waits(argv);  // as the program does
+    torvex::settle_runtime(argv);  // as the program does
     try {
         return torvex::bench::run({argv + 1, argv + argc});
     } catch (const std::exception& failure) {
