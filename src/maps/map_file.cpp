@@ -109,6 +109,14 @@ bool all_acceptable(std::span<const float> row, bool roughness) {
     stop(role.code + 3, what, where, "every value must be a finite number");
 }
 
+// Rows that left values unread are why the data end too early.
+std::string hint_of_long_rows(const MapFindings& findings) {
+    return findings.long_rows == 0
+               ? ""
+               : "; rows in front of it left values unread on their line, from line " +
+                     std::to_string(findings.first_long_line) + " on";
+}
+
 std::shared_ptr<const Field2> read_values(MapBytes& bytes, const MapHeader& header,
                                           const MapRole& role, MapFindings& findings) {
     const std::string& path = bytes.identity().path;
@@ -138,7 +146,7 @@ std::shared_ptr<const Field2> read_values(MapBytes& bytes, const MapHeader& head
                     ? "the file ends"
                     : "cannot read " + excerpt(fault.text) + ", expected " + fault.expected + ",";
             stop_read(role, problem + " in data row " + std::to_string(j), place(path, fault.line),
-                      "the header promises " + size);
+                      "the header promises " + size + hint_of_long_rows(findings));
         }
         if (!all_acceptable(row, role.roughness)) {
             stop_value(row, j, place(path, at.line), role);

@@ -169,6 +169,16 @@ TEST_F(MapFindingsTest, AHeaderWithTheCountsOfAnotherMapIsTold) {
     EXPECT_EQ(f.line_behind, 10);
 }
 
+// 4 values on each of 2 lines under a header of 2 columns and 4 rows.
+TEST_F(MapFindingsTest, DataThatEndTooEarlyForThatReasonSaySo) {
+    directory.write("a.map", map_text("1 2 3 4\n5 6 7 8\n", "", "n_lon = 2, n_lat = 4"));
+    RunLog log;
+    const Stop s =
+        test::stop_of([&] { read_map_file(directory.file("a.map"), basic_h_role, nullptr, log); });
+    EXPECT_EQ(s.code(), 113);
+    EXPECT_THAT(s.fix(), HasSubstr("left values unread on their line, from line 7 on"));
+}
+
 TEST_F(MapFindingsTest, WhatIsToldDoesNotChangeWhatIsRead) {
     directory.write("a.map", map_text("1 2 3 4\n5 6\n", "", "n_lon = 2, n_lat = 2"));
     RunLog log;
