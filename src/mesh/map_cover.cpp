@@ -63,8 +63,10 @@ std::vector<float> middles(const std::vector<float>& planes) {
     return middle;
 }
 
+// A mesh that was made elsewhere needs no cell size either.
 bool lines_from_study_area(const CaseSettings& settings) {
-    return trimmed(settings.XYCONF).empty() && settings.nest.nest_mode == 0;
+    return settings.MIN_DXY > 0.0F && trimmed(settings.XYCONF).empty() &&
+           settings.nest.nest_mode == 0;
 }
 
 bool covered_in_all_directions(const CaseSettings& settings, const MeshLines& lines,

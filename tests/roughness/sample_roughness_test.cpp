@@ -139,7 +139,8 @@ TEST_F(SampleRoughness, StopsOutsideTheBasicMapAndNamesIt) {
     EXPECT_THAT(stopped->reason(), HasSubstr("-0.850 km east"));
     EXPECT_THAT(stopped->reason(), HasSubstr("roughness map"));
     EXPECT_THAT(test::told(log),
-                ElementsAre(" [Stop 151]:Specified computational domain is out of map domain."));
+                ElementsAre(" [Stop 151]:Specified computational domain is out of map domain.",
+                            HasSubstr("The centre is longitude"), HasSubstr("The mesh reaches")));
 }
 
 TEST_F(SampleRoughness, MapMustReachTheOutermostCentreAndNoFurther) {
