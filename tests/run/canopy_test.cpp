@@ -428,7 +428,7 @@ TEST_F(Canopy, OfAFlatRunCarriesItsPrefix) {
     write_small_case(flat, block());
     const ProgramRun ran = run();
     EXPECT_EQ(ran.status, 1);
-    EXPECT_THAT(ran.err, testing::StartsWith("flat-restart-000_0-ccd.tuf not found.\n"));
+    EXPECT_THAT(ran.err, HasSubstr("\nflat-restart-000_0-ccd.tuf not found.\n"));
 
     const LevelMesh m(directory.file("flat-restart-000_0-xyz.tuf"));
     CanopyRecords records;
@@ -492,7 +492,7 @@ TEST_F(Canopy, MissingFileEndsTheRunBehindTheMesh) {
     EXPECT_EQ(ran.status, 1);
     EXPECT_THAT(ran.out, testing::EndsWith("\nReading canopy parameter file restart-270_0-ccd.tuf\n"
                                            "restart-270_0-ccd.tuf not found.\n"));
-    EXPECT_THAT(ran.err, testing::StartsWith("restart-270_0-ccd.tuf not found.\n"));
+    EXPECT_THAT(ran.err, HasSubstr("\nrestart-270_0-ccd.tuf not found.\n"));
     EXPECT_TRUE(directory.has(stem + "xyzc.tuf"));
     EXPECT_FALSE(directory.has(stem + "z0.tuf"));
     EXPECT_EQ(slot("view-wind_direction.dat", 2), "270.0 0");
@@ -509,22 +509,27 @@ TEST_F(Canopy, FileOfAnotherMeshEndsTheRun) {
     const ProgramRun ran = run();
     EXPECT_EQ(ran.status, 1);
     EXPECT_THAT(ran.out, testing::EndsWith("\nError: File Inconsistency.\n"));
-    EXPECT_THAT(ran.err,
-                testing::StartsWith("Error: File Inconsistency.\n  in restart-270_0-ccd.tuf"
-                                    ": the counts are 23 x 33 x "));
+    EXPECT_THAT(ran.err, HasSubstr("\nError: File Inconsistency.\n  in restart-270_0-ccd.tuf: the "
+                                   "counts are 23 x 33 x "));
 }
 
-TEST_F(Canopy, RoughnessThatIsNotAboveZeroEndsTheRun) {
+TEST_F(Canopy, RoughnessThatIsNotAboveZeroCostsItsDirection) {
     CanopyRecords records = records_of_wood();
     for (const float bad : {0.0F, -0.1F, std::numeric_limits<float>::infinity(),
                             std::numeric_limits<float>::quiet_NaN()}) {
         records.gp_z0(5, 4) = bad;
         write_canopy_file(directory.file(canopy_path), records);
         write_small_case(iterations(0), block());
+        std::filesystem::remove(stem + "vpkeout_00000.tuf");  // of the run that made the mesh
         const ProgramRun ran = run();
-        EXPECT_EQ(ran.status, 1);
-        EXPECT_THAT(ran.err, testing::StartsWith("cell (5, 4): the roughness length is "));
-        EXPECT_THAT(ran.err, HasSubstr("\n  in restart-270_0-ccd.tuf"));
+        EXPECT_EQ(ran.status, 0);
+        EXPECT_THAT(ran.err, HasSubstr("WD 270.0: restart-270_0-ccd.tuf, cell (5, 4): the "
+                                       "roughness length is "));
+        EXPECT_THAT(log(), HasSubstr("<date> WD 270.0: Diverged.     0 it. Skip this direction.\n"
+                                     "                              resid-m: 0.1000E+26 "));
+        EXPECT_EQ(slot("view-wind_direction.dat", 2), "270.0 3");
+        EXPECT_FALSE(directory.has(stem + "restart.info"));
+        EXPECT_FALSE(directory.has(stem + "vpkeout_00000.tuf"));
     }
 }
 
