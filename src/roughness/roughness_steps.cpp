@@ -3,6 +3,7 @@
 #include <string>
 
 #include "base/edit.hpp"
+#include "base/upwind_roughness_log.hpp"
 #include "roughness/roughness_files.hpp"
 #include "roughness/roughness_strips.hpp"
 

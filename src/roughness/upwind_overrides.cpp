@@ -5,7 +5,7 @@
 
 #include "base/edit.hpp"
 #include "base/stop.hpp"
-#include "roughness/roughness_files.hpp"
+#include "base/upwind_roughness_log.hpp"
 
 namespace torvex {
 
@@ -31,6 +31,18 @@ void take_equivalent_roughness(const RoughnessPass& pass, float& z_up) {
     pass.tell("Equivalent roughness, " + edit::E(z_up, 11, 4) + " (m) is used.");
 }
 
+namespace {
+
+float taken_over(const std::string& path, const std::string& fix) {
+    const std::optional<float> z_up = read_upwind_roughness(path, fix);
+    if (!z_up) {
+        stop(186, "the upwind roughness of an earlier run cannot be read", path, fix);
+    }
+    return *z_up;
+}
+
+}  // namespace
+
 void take_over_upwind_roughness(const RoughnessPass& pass, float& z_up) {
     const CaseSettings& settings = pass.settings;
     if (pass.preview()) {
@@ -43,11 +55,11 @@ void take_over_upwind_roughness(const RoughnessPass& pass, float& z_up) {
         if (atlas) {
             return;
         }
-        z_up = read_upwind_roughness("atlas-" + name, atlas_run);
+        z_up = taken_over("atlas-" + name, atlas_run);
     } else if (atlas) {
-        z_up = read_upwind_roughness(name, normal_run);
+        z_up = taken_over(name, normal_run);
     } else if (settings.TERRAIN_MODE == "flat2") {
-        z_up = read_upwind_roughness(name, normal_run);
+        z_up = taken_over(name, normal_run);
         mode = "Flat2";
     } else {
         return;

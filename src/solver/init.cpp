@@ -22,9 +22,8 @@
 
 #include "base/assertion.hpp"
 #include "base/edit.hpp"
-#include "base/list_input.hpp"
 #include "base/stop.hpp"
-#include "base/text_file.hpp"
+#include "base/upwind_roughness_log.hpp"
 #include "solver/constants.hpp"
 #include "solver/inflow_profile.hpp"
 #include "solver/power_law.hpp"
@@ -42,26 +41,14 @@ bool profile_in_use(const CaseSettings& settings) {
 // columns share its exponent. Nothing if it left none.
 std::optional<float> upwind_roughness(const CaseSettings& settings, const std::string& tag) {
     // Nested runs write no such file; the parent's carries no prefix.
-    std::string name = "log-upwind_roughness-" + tag;
-    if (!settings.nested()) {
-        name.insert(0, settings.run_prefix);
-    }
-    const std::optional<std::string> text = read_text_file(name);
-    if (!text) {
+    const std::string prefix = settings.nested() ? "" : settings.run_prefix;
+    const std::optional<float> z_up =
+        read_upwind_roughness(prefix + upwind_roughness_name(tag),
+                              "delete the file, or let an earlier run write it anew");
+    if (!z_up) {
         console("[CNPY]: fail to open log-upwind_roughness");
-        return std::nullopt;
     }
-    constexpr const char* fix = "delete the file, or let an earlier run write it anew";
-    float z0 = 0;
-    ListInput input(*text);
-    if (!input.read(z0)) {
-        stop(1, input.fault().message() + " (upwind roughness)", place(name, input.fault().line),
-             fix);
-    }
-    if (!(z0 > 0.0F) || !std::isfinite(z0)) {
-        stop(1, "the upwind roughness must be a finite number above 0", name, fix);
-    }
-    return z0;
+    return z_up;
 }
 
 // What the formulas divide by or take the logarithm of.

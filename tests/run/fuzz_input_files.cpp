@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "base/text_file.hpp"
+#include "base/upwind_roughness_log.hpp"
 #include "canopy/canopy_file.hpp"
 #include "case/alpha_table.hpp"
 #include "case/fuzzing.hpp"
@@ -29,7 +30,6 @@
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
 #include "results/view_table.hpp"
-#include "roughness/roughness_files.hpp"
 #include "run/control_files.hpp"
 #include "run/file_mutations.hpp"
 #include "solver/inflow_profile.hpp"
