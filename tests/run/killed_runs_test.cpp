@@ -69,7 +69,8 @@ class KilledRuns : public RunTest, public ::testing::WithParamInterface<unsigned
         write_case_of(1, 2);
         const ProgramRun ran = run();
         EXPECT_EQ(ran.status, 0) << ran.err;
-        EXPECT_THAT(ran.err, ::testing::StartsWith("torvex: ")) << "no warning, the closing line alone";
+        EXPECT_THAT(ran.err, ::testing::StartsWith("torvex: "))
+            << "no warning, the closing line alone";
         EXPECT_EQ(complaint_about_saved_files(directory.path()), "");
         EXPECT_EQ(slot("view-wind_direction.dat", 1), "       3");
         EXPECT_THAT(slot("view-wind_direction.dat", 3), AnyOf(StrEq("180.0 1"), StrEq("180.0 2")));
