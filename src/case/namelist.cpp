@@ -292,7 +292,9 @@ class GroupReader {
                          fault.expected,
                      fault.line);
             }
-            lines_.reach(item.label, n + 1);
+            if (token.kind != ValueToken::Kind::null) {
+                lines_.reach(item.label, n + 1);
+            }
         }
         cursor_ = scanner.cursor();
     }

@@ -91,6 +91,24 @@ Warning spacing_warning(const MapLabel& label) {
             "odd spacing of " + path};
 }
 
+// Whether a map can lie where its header says.
+bool on_the_globe(const DegreeExtent& extent) {
+    constexpr double turn = 360.0;
+    constexpr double pole = 90.0;
+    return extent.west >= -turn && extent.east <= turn && extent.south >= -pole &&
+           extent.north <= pole;
+}
+
+Warning place_warning(const MapLabel& label, const DegreeExtent& extent) {
+    const std::string path(label.path);
+    return {path + " reaches from longitude " + degrees(extent.west) + " to " +
+                degrees(extent.east) + " and from latitude " + degrees(extent.south) + " to " +
+                degrees(extent.north) +
+                " degrees: its base is in degrees and minutes, not metres, and d_lon and d_lat are "
+                "minutes of arc.",
+            "impossible place of " + path};
+}
+
 Warning count_warning(const MapLabel& label, const std::string& what) {
     const std::string path(label.path);
     return {what + ": n_lon and n_lat in the header of " + path + " do not fit its data.",
@@ -149,6 +167,9 @@ std::vector<Warning> map_warnings(const MapLabel& label, const MapHeader& header
     }
     if (odd_spacing(label.dX) || odd_spacing(label.dY)) {
         warnings.push_back(spacing_warning(label));
+    }
+    if (const DegreeExtent extent = degree_extent(header); !on_the_globe(extent)) {
+        warnings.push_back(place_warning(label, extent));
     }
     if (f.long_rows > 0) {
         warnings.push_back(count_warning(

@@ -140,6 +140,17 @@ TEST_F(MapFindingsTest, SpacingsOfNoTerrainMapAreTold) {
     }
 }
 
+// A base in metres is read as degrees; the degrees understood are told.
+TEST_F(MapFindingsTest, PlacesThatAreNoDegreesAreTold) {
+    std::string text = map_text("1 2 3\n4 5 6\n");
+    const std::size_t line = text.find("base_latitude");
+    text.replace(line, text.find('\n', line) - line, "base_latitude = 4808050 0");
+    const RunLog& log = told_of(text);
+    EXPECT_THAT(error, HasSubstr("and from latitude 4808050.00000 to "));
+    EXPECT_THAT(error, HasSubstr("degrees: its base is in degrees and minutes, not metres"));
+    EXPECT_THAT(log.reminders(), HasSubstr("impossible place of " + directory.file("a.map")));
+}
+
 TEST_F(MapFindingsTest, RowsThatLeaveValuesAreTold) {
     const RunLog& log = told_of(map_text("1 2 3 3.5\n4 5 6 6.5\n"));
     EXPECT_THAT(error,

@@ -15,6 +15,15 @@ namespace torvex::test {
 // A terminal of a test's own: what is written to its slave is read back as a screen would get it.
 class Terminal {
  public:
+    // False where the system has no pseudo-terminals to give; a test that needs one is skipped
+    // then.
+    static bool can_be_had() {
+        const int master = posix_openpt(O_RDWR | O_NOCTTY);
+        const bool had = master >= 0 && grantpt(master) == 0 && unlockpt(master) == 0;
+        ::close(master);
+        return had;
+    }
+
     explicit Terminal(unsigned short columns = 200) : master_(posix_openpt(O_RDWR | O_NOCTTY)) {
         if (master_ < 0 || grantpt(master_) != 0 || unlockpt(master_) != 0) {
             throw std::runtime_error("no terminal");
