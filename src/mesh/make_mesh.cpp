@@ -8,6 +8,7 @@
 #include "base/edit.hpp"
 #include "base/stop.hpp"
 #include "mesh/buffer_zones.hpp"
+#include "mesh/ground_height.hpp"
 #include "mesh/map_cover.hpp"
 #include "mesh/rotation.hpp"
 #include "mesh/vertical_levels.hpp"
@@ -23,31 +24,19 @@ Field2 sampled_ground(const CaseSettings& settings, const MeshLines& lines,
     const MeshRotation rotation = mesh_rotation(settings.WIND_DIRECTION_ANGLE(iwd));
     const int nx = lines.nx;
     const int ny = lines.ny;
-    const bool detailed = maps.detailed_h.loaded();
-    const bool circle = settings.canopy.modify_terrain;
-    const float range2 = settings.canopy.modify_circle_range * settings.canopy.modify_circle_range;
     Field2 ground(nx, ny);
     std::vector<int> outside(static_cast<std::size_t>(ny) + 1);  // first i outside in row j, or 0
 #pragma omp parallel for schedule(static)
     for (int j = 1; j <= ny; ++j) {
         const float y = lines.y_line(j);
         for (int i = 1; i <= nx; ++i) {
-            const float x = lines.x_line(i);
-            const MapPoint at = rotation.on_map(x, y);
-            std::optional<MapCell> cell = locate(maps.basic_h, at.X, at.Y);
-            if (!cell) {
+            const std::optional<float> height =
+                ground_height(settings.canopy, maps, rotation, lines.x_line(i), y);
+            if (!height) {
                 outside[static_cast<std::size_t>(j)] = i;
                 break;
             }
-            const TerrainMap* map = &maps.basic_h;
-            if (detailed) {
-                if (const std::optional<MapCell> fine = locate(maps.detailed_h, at.X, at.Y)) {
-                    map = &maps.detailed_h;
-                    cell = fine;
-                }
-            }
-            const bool cut = circle && x * x + y * y > range2;
-            ground(i, j) = cut ? 0.0F : bilinear_value(*map, *cell);
+            ground(i, j) = *height;
         }
     }
     for (int j = 1; j <= ny; ++j) {

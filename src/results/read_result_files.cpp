@@ -210,9 +210,10 @@ StoredResult read_vpkeout(const std::string& path, int turbulence_model, const R
              path, codes.fix);
     }
     file.read(result.max_resid_m);
-    if (result.id == 122 && turbulence_model == 2) {
+    const bool all = turbulence_model == whatever_is_stored;
+    if (result.id == 122 && (all || turbulence_model == 2)) {
         file.read_arrays(*f.lm);
-    } else if (result.id == 132 && turbulence_model == 4) {
+    } else if (result.id == 132 && (all || turbulence_model == 4)) {
         file.read_arrays(*f.lm, *f.tkl, *f.viskl);
     }
     return result;

@@ -108,6 +108,9 @@ struct StoredResult {
     float max_resid_m = 0;
 };
 
+// In place of a model, for read_vpkeout: the further arrays are read wherever the file holds them.
+inline constexpr int whatever_is_stored = 0;
+
 // The further arrays are read only where both the id and the model are of the k-l or of the hybrid
 // kind; otherwise lm, tkl and viskl are left alone and a result of one family starts another.
 StoredResult read_vpkeout(const std::string& path, int turbulence_model,
