@@ -29,8 +29,8 @@ struct NestPoints {
     std::int32_t n_y_div = 0;        // child cells in a parent cell along y
     float c2xmax = 0;                // half-width of the child area in x [m]
     float c2ymax = 0;                // half-width of the child area in y [m]
-    std::int32_t nest_bc_distr = 0;  // distribution of the boundary values
-    bool nest_bc_ofix = true;
+    std::int32_t nest_bc_distr = 1;  // 0: a parent face's velocity on all child faces in it
+    bool nest_bc_ofix = true;        // outflow made equal to inflow
 };
 
 // Block canopy_parameters.

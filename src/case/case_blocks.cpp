@@ -54,6 +54,10 @@ void list_frontal_directions(const ShapeParameters& shape) {
 }  // namespace
 
 void read_nest_points(const CaseText& file, CaseSettings& settings, RunLog& log) {
+    if (!file.available) {
+        stop(100, "the case file cannot be opened for the block nest_points", file.name,
+             "leave the case file in its place while a run starts");
+    }
     const CaseGroup& block = keyed_block("nest_points");
     read_table_key(file, block.name, key_of(block, "nest_mode"), settings);
     if (settings.nest.nest_mode == 0) {

@@ -9,7 +9,8 @@ namespace torvex {
 // The keyed blocks that a run reads, in this order. A block that is not there leaves its part
 // of the program off, without a word.
 
-// Block nest_points. Told in the log where nest_mode is non-zero. Stop 185: a required key missing.
+// Block nest_points. Told in the log where nest_mode is non-zero. Stops: 100 no case file, 185 a
+// required key missing.
 void read_nest_points(const CaseText& file, CaseSettings& settings, RunLog& log);
 
 // Block canopy_parameters. canopy_mode other than 0 and 1, or modify_terrain without a radius, ends

@@ -70,6 +70,16 @@ void check_angles(const Checks& check, const CaseSettings& settings) {
     }
 }
 
+// The parent of a nested run is a plain case: its files carry no prefix.
+void check_parent_kind(const Checks& check, const CaseSettings& settings) {
+    check.integer("ATLAS_FLAG", settings.ATLAS_FLAG, settings.ATLAS_FLAG != 1,
+                  "0 in a nested run: its parent is a plain case");
+    if (settings.TERRAIN_MODE.starts_with("flat")) {
+        check.fail("TERRAIN_MODE", "'" + settings.TERRAIN_MODE + "'",
+                   "'normal' in a nested run: its parent is a plain case");
+    }
+}
+
 }  // namespace
 
 void check_limits(const CaseText& file, const CaseSettings& settings, const KeyLines& lines) {
@@ -87,6 +97,9 @@ void check_limits(const CaseText& file, const CaseSettings& settings, const KeyL
     }
     if (settings.BOUNDARY_HEIGHT_MODE == 1) {
         check.above_zero("BUFFER_ZONE_SLOPE_GRADIENT", settings.BUFFER_ZONE_SLOPE_GRADIENT);
+    }
+    if (settings.nest.nest_mode != 0) {
+        check_parent_kind(check, settings);
     }
     if (settings.TORVEX_MODE != 0) {
         if (settings.nest.nest_mode != 0) {

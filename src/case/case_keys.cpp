@@ -283,9 +283,11 @@ constexpr std::array nest_points_keys{
             "half-width of the child area in x"},
     CaseKey{"nest_site%c2ymax", in<&S::nest, &NestPoints::c2ymax>, "", "m",
             "half-width of the child area in y"},
-    CaseKey{"nest_bc_distr", in<&S::nest, &NestPoints::nest_bc_distr>, "0", "",
-            "distribution of the boundary values; may be left out"},
-    CaseKey{"nest_bc_ofix", in<&S::nest, &NestPoints::nest_bc_ofix>, "T", "", "may be left out"},
+    CaseKey{"nest_bc_distr", in<&S::nest, &NestPoints::nest_bc_distr>, "1", "",
+            "inflow: 0 the parent's velocity on every child face in a parent face, otherwise "
+            "interpolated with the momentum of the parent face; may be left out"},
+    CaseKey{"nest_bc_ofix", in<&S::nest, &NestPoints::nest_bc_ofix>, "T", "",
+            "outflow of the child made equal to its inflow; may be left out"},
 };
 
 constexpr std::array canopy_parameters_keys{

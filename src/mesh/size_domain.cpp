@@ -103,7 +103,8 @@ MeshLines computed_lines(const CaseSettings& settings, MapState& maps, RunLog& l
     const DomainWidths widths = domain_widths(settings, maps, log);
     MeshLines lines = lay_lines(settings, widths);
     report_widths(settings, widths, log);
-    if (settings.DEBUG_MODE == 1) {
+    // The child's own marks would move the lines that it shares with its parent.
+    if (settings.DEBUG_MODE == 1 && settings.nest.nest_mode == 0) {
         refit_lines(settings, log, lines);
     }
     set_blend_positions(settings.BOUNDARY_HEIGHT_MODE, widths, lines);
@@ -146,7 +147,10 @@ MeshLines size_domain(const CaseSettings& settings, MapState& maps, RunLog& log)
     lines.ni = lines.nx + 1;
     lines.nj = lines.ny + 1;
     lines.nk = lines.nz + 1;
-    check_mesh_counts(lines.ni, lines.nj, lines.nk, machine_memory());
+    // A nested run keeps a part of these lines only; the fit tests what is left.
+    if (settings.nest.nest_mode == 0) {
+        check_mesh_counts(lines.ni, lines.nj, lines.nk, machine_memory());
+    }
     return lines;
 }
 

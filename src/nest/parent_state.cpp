@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
 #include "results/restart_info.hpp"
@@ -14,7 +15,7 @@ namespace torvex {
 
 namespace {
 
-constexpr const char* parent_table = "view-wind_direction.dat";
+const std::string parent_table(file_names::directions_table);
 constexpr char diverged_status = '3';
 
 // Status digit of a direction in the parent's table, the last row that names it; 0 without one. A
@@ -38,7 +39,7 @@ bool meets(const CaseSettings& criteria, const RestartInfo& info) {
 }  // namespace
 
 std::string parent_stem(const std::string& tag) {
-    return "restart-" + tag + "-";
+    return file_names::restart_stem("", tag);
 }
 
 void require_idle_parent() {

@@ -12,6 +12,10 @@ void calc_roughness1(const RoughnessPass& pass, const DirectionMaps& maps, const
     z0.allocate(pass.lines.ni, pass.lines.nj);
     sample_roughness(pass, maps, grid, z0);
     smear_sides_and_tabulate(pass, "calc_roughness1-", z0);
+    if (pass.skip_sides()) {
+        keep_nested_field(pass, z0);
+        return;
+    }
 
     upwind.z_up = default_upwind_roughness(pass, z0);
     take_equivalent_roughness(pass, upwind.z_up);

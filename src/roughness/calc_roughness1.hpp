@@ -13,12 +13,13 @@ namespace torvex {
 // value across the wind and that of the downwind zone strips along it; the flat part of the upwind
 // zone, and through it the inflow plane, gets one roughness length z_up: the mean over it, or in
 // its place EQUIVALENT_ROUGHNESS, the z_up of an earlier run or that of a directional alpha, the
-// last of them winning.
+// last of them winning. A nested run has the maps' values everywhere, or the parent's z_up.
 //
 // reads   maps placed for the direction; xc, yc of `grid` at k = 1
 // writes  z0 (allocated, ni*nj) [m]; upwind; log; but in a preview also the files
 //         calc_roughness1-TAG.tdt, log-upwind_roughness-TAG, alpha2z0_convergence-TAG.txt
-// stops   151 cells outside the map, 158 EQUIVALENT_ROUGHNESS, 186 no earlier run, 1 bad values
+// stops   151 cells outside the map, 158 EQUIVALENT_ROUGHNESS, 186 no earlier run or no parent, 1
+// bad values
 void calc_roughness1(const RoughnessPass& pass, const DirectionMaps& maps, const GridGeometry& grid,
                      UpwindRoughness& upwind, Field2& z0);
 

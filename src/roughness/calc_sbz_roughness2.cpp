@@ -23,6 +23,10 @@ void calc_sbz_roughness2(const RoughnessPass& pass, UpwindRoughness& upwind, Fie
     require(z0.ni() == pass.lines.ni && z0.nj() == pass.lines.nj, "roughness field of other size");
     clear_ghost_ring(z0);
     smear_sides_and_tabulate(pass, "calc_sbz_roughness2-", z0);
+    if (pass.skip_sides()) {
+        keep_nested_field(pass, z0);
+        return;
+    }
 
     upwind.z_up = default_upwind_roughness(pass, z0);
     take_equivalent_roughness(pass, upwind.z_up);

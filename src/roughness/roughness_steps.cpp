@@ -31,9 +31,19 @@ void stamp_and_keep(const RoughnessPass& pass, float z_up, Field2& z0) {
     stamp_upwind(pass.settings, pass.lines, z_up, z0);
     smear_downwind(pass.lines, z0);
     repeat_on_ghost_ring(z0);
-    if (!pass.skip_sides() && !pass.preview()) {
+    if (!pass.preview()) {
         write_upwind_roughness(pass.settings.run_prefix + upwind_roughness_name(pass.tag), z_up);
     }
+}
+
+void keep_nested_field(const RoughnessPass& pass, Field2& z0) {
+    if (!pass.settings.USE_CONSTANT_ROUGHNESS_IN_ALL_THE_DOMAIN || pass.preview()) {
+        return;
+    }
+    const float z_up = read_upwind_roughness(upwind_roughness_name(pass.tag),
+                                             "run the parent case in this directory first");
+    z0.fill(z_up);
+    pass.tell("The parent's upwind roughness, " + edit::E(z_up, 11, 4) + " (m) is used.");
 }
 
 }  // namespace torvex

@@ -20,10 +20,10 @@
 #include "run/check_fields.hpp"
 #include "run/direction_canopy.hpp"
 #include "run/fingerprint.hpp"
+#include "run/nested_run.hpp"
 #include "run/outcome.hpp"
 #include "run/read_mesh_etc.hpp"
 #include "run/read_restart.hpp"
-#include "run/steps_to_come.hpp"
 #include "run/stored_start.hpp"
 #include "run/write_sites.hpp"
 #include "solver/init.hpp"
@@ -90,22 +90,15 @@ Prepared resume(Run& run, Direction& direction) {
         return Prepared::done;
     }
     tell_start(run, direction, "the result of iteration " + std::to_string(direction.outer_count));
+    if (run.settings.nest.nest_mode != 0) {
+        tell_kept_boundary(run, direction);
+    }
     if (user_domain) {
         read_user_canopy(run, direction);
     } else if (run.settings.canopy.canopy_mode == 1) {
         return prepare_canopy(run, direction);
     }
     return Prepared::to_solve;
-}
-
-void require_parent(const Direction& direction) {
-    const std::string info =
-        file_names::restart_stem("", direction.tag) + std::string(file_names::restart_info);
-    if (!std::filesystem::exists(info)) {
-        const std::string text = "Error: parent calculation data missing.";
-        console(text);
-        stop(0, text, info, "run the parent case in this directory first");
-    }
 }
 
 Prepared prepare_from_maps(Run& run, Direction& direction) {
@@ -122,11 +115,11 @@ Prepared prepare_from_maps(Run& run, Direction& direction) {
     }
     INIT(run.settings, grid, direction.angle, direction.tag, run.log, direction.flow);
     finish_start(run, direction,
-                 run.settings.SPECIFY_INFLOW_PROFILE ? "the inflow profile file"
+                 run.settings.SPECIFY_INFLOW_PROFILE && run.settings.nest.nest_mode == 0
+                     ? "the inflow profile file"
                                                      : "the power law of the inflow");
     if (run.settings.nest.nest_mode != 0) {
-        require_parent(direction);
-        nest_bc_set(run, direction);
+        carry_parent_flow(run, maps, direction);
     }
     return Prepared::to_solve;
 }

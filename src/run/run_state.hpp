@@ -10,6 +10,7 @@
 #include "canopy/canopy_records.hpp"
 #include "mesh/grid_geometry.hpp"
 #include "mesh/mesh_lines.hpp"
+#include "nest/nest_lines.hpp"
 #include "results/restart_info.hpp"
 #include "results/view_table.hpp"
 #include "roughness/roughness_pass.hpp"
@@ -27,6 +28,7 @@ struct Run {
     std::vector<std::string> wd_tag;       // tag of direction iwd is wd_tag[iwd - 1]
     std::vector<DirectionRecord> records;  // how direction iwd ended is records[iwd - 1]
     MeshLines lines;
+    ParentLines parent_lines;  // of a nested run
     MapState maps;
     std::map<std::string, std::string> map_hashes;  // of maps read to compare fingerprints
     std::int32_t intermediate_interval = 0;  // iterations between intermediate results, 0: none

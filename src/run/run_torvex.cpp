@@ -20,6 +20,7 @@
 #include "case/wind_directions.hpp"
 #include "mesh/map_cover.hpp"
 #include "mesh/size_domain.hpp"
+#include "nest/parent_state.hpp"
 #include "results/restart_info.hpp"
 #include "results/run_outputs.hpp"
 #include "run/closing_line.hpp"
@@ -28,12 +29,12 @@
 #include "run/criteria.hpp"
 #include "run/mesh_log.hpp"
 #include "run/monitor_logs.hpp"
+#include "run/nested_run.hpp"
 #include "run/outcome.hpp"
 #include "run/outer_iteration.hpp"
 #include "run/prepare_direction.hpp"
 #include "run/result_writers.hpp"
 #include "run/runtime_settings.hpp"
-#include "run/steps_to_come.hpp"
 #include "run/write_sites.hpp"
 
 namespace torvex {
@@ -99,6 +100,9 @@ void read_settings(const CaseText& file, Run& run) {
 void open_directions_table(Run& run) {
     using Existing = ViewTable::Existing;
     try {
+        if (run.settings.nest.nest_mode != 0) {
+            require_idle_parent();
+        }
         run.directions.open(run.settings.run_prefix + std::string(file_names::directions_table),
                             run.settings.RESTART_FLAG == 0 ? Existing::discard : Existing::keep);
     } catch (const Stop&) {
@@ -122,8 +126,7 @@ void size_run(Run& run) {
     }
     run.lines = size_domain(settings, run.maps, run.log);
     if (settings.nest.nest_mode != 0) {
-        nest_fit_lines(run);
-        nest_check_domain(run);
+        fit_nest(run);
     }
     console("   - Total mesh number is: " + mesh_counts(run.lines));
     run.log.timed(" Mesh number is: " + mesh_counts(run.lines));

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string>
@@ -46,7 +47,7 @@ class CalcRoughness1 : public test::RoughnessTest {
         std::array<std::array<double, 11>, 13> z0{};  // [i][j]
         double z_up = 0;
     };
-    Expected expected(bool sides) const {
+    Expected expected() const {
         Expected e;
         auto& z = e.z0;
         for (int j = 2; j <= 9; ++j) {
@@ -55,7 +56,7 @@ class CalcRoughness1 : public test::RoughnessTest {
                                          static_cast<double>(grid.yc(i, j, 1)));
             }
         }
-        for (int i = 2; sides && i <= 11; ++i) {
+        for (int i = 2; i <= 11; ++i) {
             for (const int low : {2, 8}) {
                 StripSum strip;
                 strip.add(at(z, i, low), dx(lines, i) * dy(lines, low));
@@ -135,15 +136,38 @@ TEST_F(CalcRoughness1, TwoValuedMapGivesTheMeansOfItsStrips) {
     ASSERT_NE(value(5, 2), value(5, 3));
     ASSERT_NE(value(5, 8), value(5, 9));
     calc();
-    expect_field(expected(true));
+    expect_field(expected());
 }
 
-TEST_F(CalcRoughness1, NestedRunHasNoSideStripsAndLeavesNoFile) {
+// Every cell as the map has it, ghosts like the cell beside them.
+TEST_F(CalcRoughness1, NestedRunKeepsTheMapAndLeavesNoFile) {
     settings.nest.nest_mode = 1;
     settings.run_prefix = "nest-";
     calc();
-    expect_field(expected(false));
+    for (int j = 1; j <= 10; ++j) {
+        for (int i = 1; i <= 12; ++i) {
+            const int in = std::clamp(i, 2, 11);
+            const int jn = std::clamp(j, 2, 9);
+            const double there = two_valued(static_cast<double>(grid.xc(in, jn, 1)),
+                                            static_cast<double>(grid.yc(in, jn, 1)));
+            EXPECT_NEAR(static_cast<double>(z0(i, j)) / there, 1.0, 3.0e-6) << i << ", " << j;
+        }
+    }
     EXPECT_THAT(files(), ElementsAre("calc_roughness1-270_0.tdt"));
+    EXPECT_EQ(log.kept(), "");
+}
+
+TEST_F(CalcRoughness1, NestedRunMayTakeTheParentsUpwindRoughnessEverywhere) {
+    settings.nest.nest_mode = 1;
+    settings.run_prefix = "nest-";
+    settings.USE_CONSTANT_ROUGHNESS_IN_ALL_THE_DOMAIN = true;
+    EXPECT_EQ(test::stop_code_of([this] { calc(); }), 186);
+    directory.write("log-upwind_roughness-270_0", "0.25\n");
+    calc();
+    for (std::size_t n = 0; n < z0.size(); ++n) {
+        ASSERT_EQ(z0.data()[n], 0.25F);
+    }
+    EXPECT_THAT(log.kept(), ::testing::HasSubstr("The parent's upwind roughness,"));
 }
 
 TEST_F(CalcRoughness1, EarlierFieldOfAnyContentIsForgotten) {
@@ -174,7 +198,7 @@ TEST_F(CalcRoughness1, LogTellsTheUpwindRoughness) {
     calc();
     char line[80];
     std::snprintf(line, sizeof line, " WD 270_0: Default upwind z0 is  0.%04.0fE+00 (m)",
-                  expected(true).z_up * 1.0e4);
+                  expected().z_up * 1.0e4);
     EXPECT_THAT(test::told(log), ElementsAre(line));
 }
 
@@ -366,7 +390,7 @@ TEST_F(CalcRoughness1, PreviewGivesTheFieldWithoutAFileOrALogLine) {
     applicable_alpha(0.2F);
     iwd = preview_direction;
     calc();
-    expect_field(expected(true));
+    expect_field(expected());
     EXPECT_THAT(files(), IsEmpty());
     EXPECT_EQ(log.kept(), "");
 }
@@ -378,7 +402,7 @@ TEST_F(CalcRoughness1, LastUpwindRoughnessAndExponentAreKept) {
     iwd = 2;
     settings.WIND_DIRECTION_ANGLE(2) = 270.0F;
     calc();
-    EXPECT_NEAR(static_cast<double>(upwind.z_up) / expected(true).z_up, 1.0, 3.0e-6);
+    EXPECT_NEAR(static_cast<double>(upwind.z_up) / expected().z_up, 1.0, 3.0e-6);
     EXPECT_FLOAT_EQ(upwind.alpha, 0.2F) << "direction 2 is not listed";
 }
 

@@ -139,16 +139,21 @@ TEST_F(CalcSbzRoughness2, OtherOverridesActInTheirOrder) {
     EXPECT_EQ(test::stop_code_of([this] { calc(); }), 186);
 }
 
-TEST_F(CalcSbzRoughness2, NestedRunKeepsItsSidesAndLeavesNoUpwindFile) {
+TEST_F(CalcSbzRoughness2, NestedRunKeepsItsFieldAndLeavesNoUpwindFile) {
     settings.nest.nest_mode = 2;
     const Field2 before = z0;
     calc();
-    for (int j = 2; j <= lines.ny; ++j) {
-        for (int i = 4; i <= 9; ++i) {
-            EXPECT_EQ(z0(i, j), before(i, j));
+    for (int j = 1; j <= lines.nj; ++j) {
+        for (int i = 1; i <= lines.ni; ++i) {
+            EXPECT_EQ(z0(i, j), before(std::clamp(i, 2, lines.nx), std::clamp(j, 2, lines.ny)));
         }
     }
     EXPECT_THAT(files(), ElementsAre("calc_sbz_roughness2-270_0.tdt"));
+    settings.USE_CONSTANT_ROUGHNESS_IN_ALL_THE_DOMAIN = true;
+    directory.write("log-upwind_roughness-270_0", "0.25\n");
+    calc();
+    EXPECT_EQ(z0(1, 1), 0.25F);
+    EXPECT_EQ(z0(lines.nx, 3), 0.25F);
 }
 
 TEST_F(CalcSbzRoughness2, ConstantRoughnessEverywhere) {
