@@ -230,16 +230,24 @@ void look_at_canopy(const NestPass& pass, const Extents& cells, const std::strin
     }
 }
 
+// Over one ground tops that are alike mean columns that are alike, and the other way round; where
+// the two meshes see the ground differently, one of both is enough.
 void warn_of_other_tops(const NestPass& pass, const GridGeometry& parent) {
-    const auto top = [](const GridGeometry& g) {
-        const ColumnPlace centre = column_place({.x = 0.0F, .y = 0.0F}, g);
-        return column_height(g, centre.x.i, centre.y.i);
+    struct Top {
+        float level;   // above the datum of the map [m]
+        float height;  // of the column [m]
     };
-    const float Hp = top(parent);
-    const float Hchild = top(pass.grid);
-    if (!(std::fabs(Hp - Hchild) <= height_tolerance * Hp)) {
-        pass.tell("(Warning) The columns of the parent are " + number(Hp, 1) +
-                  " m high, those of the child " + number(Hchild, 1) +
+    const auto top_of = [](const GridGeometry& g) {
+        const ColumnPlace centre = column_place({.x = 0.0F, .y = 0.0F}, g);
+        return Top{g.zc(centre.x.i, centre.y.i, g.nk), column_height(g, centre.x.i, centre.y.i)};
+    };
+    const Top p = top_of(parent);
+    const Top child = top_of(pass.grid);
+    const float apart =
+        std::min(std::fabs(p.level - child.level), std::fabs(p.height - child.height));
+    if (!(apart <= height_tolerance * p.height)) {
+        pass.tell("(Warning) The columns of the parent are " + number(p.height, 1) +
+                  " m high, those of the child " + number(child.height, 1) +
                   " m: heights are drawn together so that the tops meet.");
     }
 }
