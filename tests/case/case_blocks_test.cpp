@@ -71,7 +71,7 @@ TEST(NestPoints, AreReadInFull) {
     Blocks b(block("nest_points",
                    "nest_mode = 2\nnest_site%label = 'the child'\nnest_site%lon = 139, 45, 1.5\n"
                    "nest_site%lat = -35, -30, -2.5\nnest_site%n_x_div = 3\nnest_site%n_y_div = 4\n"
-                   "nest_site%c2xmax = 250\nnest_site%c2ymax = 150.5\nnest_bc_distr = 1\n"
+                   "nest_site%c2xmax = 250\nnest_site%c2ymax = 150.5\nnest_bc_distr = 2\n"
                    "nest_bc_ofix = F"));
     b.nest();
     const NestPoints& nest = b.settings.nest;
@@ -83,7 +83,7 @@ TEST(NestPoints, AreReadInFull) {
     EXPECT_EQ(nest.n_y_div, 4);
     EXPECT_EQ(nest.c2xmax, 250.0F);
     EXPECT_EQ(nest.c2ymax, 150.5F);
-    EXPECT_EQ(nest.nest_bc_distr, 1);
+    EXPECT_EQ(nest.nest_bc_distr, 2);
     EXPECT_FALSE(nest.nest_bc_ofix);
 }
 
@@ -133,10 +133,18 @@ TEST(NestPoints, MissingKeyStops185) {
     }
 }
 
+TEST(NestPoints, CaseFileThatIsGoneStops100) {
+    Blocks b(test::nest_block());
+    b.file.available = false;
+    const auto stopped = stop_of([&] { b.nest(); });
+    ASSERT_TRUE(stopped);
+    EXPECT_EQ(stopped->code(), 100);
+}
+
 TEST(NestPoints, BoundaryKeysMayBeMissing) {
     Blocks b(test::nest_block());  // has neither of them
     b.nest();
-    EXPECT_EQ(b.settings.nest.nest_bc_distr, 0);
+    EXPECT_EQ(b.settings.nest.nest_bc_distr, 1);
     EXPECT_TRUE(b.settings.nest.nest_bc_ofix);
 }
 

@@ -167,6 +167,21 @@ TEST(CaseChecks, UserDomainCannotBeAChild) {
                 HasSubstr("key TORVEX_MODE is 1, expected 0 in a nested run"));
 }
 
+// The files of flat and atlas runs carry a prefix, those of a parent do not.
+TEST(CaseChecks, ParentOfANestedRunIsAPlainCase) {
+    for (const char* mode : {"flat", "flat2"}) {
+        const std::string key = "TERRAIN_MODE = '" + std::string(mode) + "'";
+        EXPECT_THAT(
+            refusal(item("NML_RUN", key), test::nest_block()),
+            HasSubstr("key TERRAIN_MODE is '" + std::string(mode) + "', expected 'normal'"));
+        EXPECT_THAT(refusal(item("NML_RUN", key)), IsEmpty());
+    }
+    EXPECT_THAT(refusal(item("NML_RUN", "ATLAS_FLAG = 1"), test::nest_block()),
+                HasSubstr("key ATLAS_FLAG is 1, expected 0 in a nested run"));
+    EXPECT_THAT(refusal(item("NML_RUN", "ATLAS_FLAG = 1")), IsEmpty());
+    EXPECT_THAT(refusal({}, test::nest_block()), IsEmpty());
+}
+
 TEST(CaseChecks, SweepsBeyondTenThousandAreRefused) {
     for (const std::string key : {"NSWPU", "NSWPV", "NSWPW", "NSWPP", "NSWPK", "NSWPE"}) {
         EXPECT_THAT(refusal(item("NML_NUMERICAL_SOLVER", key + " = 10000")), IsEmpty());

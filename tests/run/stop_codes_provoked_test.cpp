@@ -16,7 +16,10 @@
 #include "canopy/canopy_file.hpp"
 #include "maps/hgf_header.hpp"
 #include "maps/plane_rectangular.hpp"
+#include "nest/dstr_momen.hpp"
+#include "nest/nest_case.hpp"
 #include "results/result_files.hpp"
+#include "run/case_blocks.hpp"
 #include "run/run_fixture.hpp"
 #include "support/failures.hpp"
 #include "support/file_descriptors.hpp"
@@ -263,6 +266,72 @@ Cases cases_of_the_run() {
     };
 }
 
+constexpr const char* nest_result = "restart-000_0-vpkeout_00000.tuf";
+
+// A finished parent, spoiled, and then its child.
+Ending with_child(const Spoiled& s, const std::function<void()>& spoil) {
+    EXPECT_EQ(s.with({}).code, 0);
+    spoil();
+    return s.with({}, nest_block());
+}
+
+// The block of a child with one of its values changed.
+std::string nest_block_with(const std::string& good, const std::string& bad) {
+    std::string block = nest_block();
+    return block.replace(block.find(good), good.size(), bad);
+}
+
+Cases cases_of_nesting() {
+    return {
+        {{100, "nesting"},
+         [](const Spoiled&) {
+             return ending_of([] {
+                 CaseSettings settings;
+                 RunLog log;
+                 read_nest_points({"gone.tin", "", false}, settings, log);
+             });
+         }},
+        {{180, "nesting"},
+         [](const Spoiled& s) {
+             return s.with({}, nest_block_with("n_x_div = 2", "n_x_div = 0"));
+         }},
+        {{181, "nesting"},
+         [](const Spoiled&) {
+             return ending_of([] {
+                 NestCase c;
+                 c.settings.nest.c2xmax = c.settings.nest.c2ymax = 10.0F;
+                 c.settings.nest.n_x_div = c.settings.nest.n_y_div = 1;
+                 c.settings.nest.lat = Triple{0.0F, 1.0F, 0.0F};  // 1.8 km north of the parent
+                 c.settings.N_WIND_DIRECTION = 1;
+                 nest_check_domain(c.settings, c.lines);
+             });
+         }},
+        {{182, "nesting"},
+         [](const Spoiled& s) {
+             return s.with({}, nest_block_with("c2xmax = 100", "c2xmax = 9000"));
+         }},
+        {{183, "nesting"},
+         [](const Spoiled& s) {
+             return with_child(
+                 s, [&s] { s.directory.write("restart-000_0-restart.info", "no count\n"); });
+         }},
+        {{184, "nesting"},
+         [](const Spoiled& s) {
+             return with_child(s, [] { std::filesystem::resize_file(nest_result, 1000); });
+         }},
+        {{1, "[dstrMomen] ERROR: Divide by Zero."},
+         [](const Spoiled&) {
+             return ending_of([] {
+                 NestCase c;
+                 for (const int j : {1, 2}) {
+                     c.child.zn(1, j, 3) = c.child.zn(1, j, 2);
+                 }
+                 dstrMomen(c.pass(), c.parent, c.flow);
+             });
+         }},
+    };
+}
+
 constexpr const char* nodes = "restart-000_0-xyz.tuf";
 
 Cases cases_of_saved_files() {
@@ -376,7 +445,7 @@ Cases all_cases() {
     for (const Cases& some :
          {cases_of_maps(), cases_of_mesh(), cases_of_the_case_file(), cases_of_the_user_domain(),
           cases_of_the_run(), cases_of_saved_files(), cases_of_the_canopy(),
-          cases_of_single_rooms()}) {
+          cases_of_single_rooms(), cases_of_nesting()}) {
         all.insert(some.begin(), some.end());
     }
     return all;

@@ -109,8 +109,8 @@ Solution WholeCase::converged(const CaseItems& items, const std::string& tag) co
     return stored(tag);
 }
 
-Solution WholeCase::stored(const std::string& tag) const {
-    const std::string stem = directory.file("restart-" + tag + "-");
+Solution WholeCase::stored(const std::string& tag, const std::string& prefix) const {
+    const std::string stem = directory.file(prefix + "restart-" + tag + "-");
     const Extents n = read_extents(stem + "xyzc.tuf", {1, 1, 1});
     Solution s;
     GridGeometry& g = s.grid;

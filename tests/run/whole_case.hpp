@@ -56,8 +56,8 @@ class WholeCase : public RunTest {
     // Solves the case and expects its only direction to converge.
     Solution converged(const CaseItems& items, const std::string& tag = "270_0") const;
 
-    // What the direction with a tag has stored.
-    Solution stored(const std::string& tag = "270_0") const;
+    // What the direction with a tag has stored, under the prefix of its run.
+    Solution stored(const std::string& tag = "270_0", const std::string& prefix = {}) const;
 
     static double roughness_of_grass(double, double) { return 0.03; }
 };

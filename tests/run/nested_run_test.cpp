@@ -1,0 +1,344 @@
+// Children inside finished parents, by the program: names and logs, the order of refusals, resumes,
+// threads, canopy, models, and what the flow does.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/file.h>
+
+#include <chrono>
+#include <cmath>
+#include <thread>
+
+#include "base/edit.hpp"
+#include "canopy/canopy_file.hpp"
+#include "results/restart_info.hpp"
+#include "results/view_table.hpp"
+#include "run/whole_case.hpp"
+
+namespace torvex::test {
+namespace {
+
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+const std::string other_centre = "CENT_LON = 139, 45, 8";
+
+// A parent of two directions over a hill, of five iterations each, and its child.
+class NestedRun : public WholeCase {
+ protected:
+    NestedRun() {
+        directory.write("h.map", map_of(cosine_hill(60, 100), 81, 50));
+        directory.write("z0.map", map_of(roughness_of_grass, 81, 50));
+    }
+    static CaseItems of(const CaseItems& more) {
+        CaseItems items{{"NML_CASEFILE", "N_WIND_DIRECTION = 2"},
+                        {"NML_MONITOR", "MONITOR_STEP = 1"},
+                        {"NML_NUMERICAL_SOLVER", "MAXIT = 5"},
+                        {"NML_SITE", "N_SITE = 1, SITE(1)%LABEL = 'top'"},
+                        {"NML_SITE", "SITE(1)%LON = 139, 45, 0, SITE(1)%LAT = 35, 30, 0"}};
+        items.insert(items.end(), more.begin(), more.end());
+        return items;
+    }
+    ProgramRun run_parent(const CaseItems& more = {}) const {
+        write_case(of(more));
+        ProgramRun ran = run();
+        EXPECT_EQ(ran.status, 0) << ran.err;
+        return ran;
+    }
+    void write_child(const CaseItems& more = {}, const std::string& block = nest_block()) const {
+        directory.write("nest.tin", quick_case_text(of(more), block));
+    }
+    ProgramRun run_child(const CaseItems& more = {},
+                         const std::string& block = nest_block()) const {
+        write_child(more, block);
+        return run({"/f", "nest.tin"});
+    }
+    // Files that begin with a text.
+    std::map<std::string, std::string> files(const std::string& head) const {
+        std::map<std::string, std::string> found = files_below(directory.path());
+        std::erase_if(found, [&head](const auto& file) { return !file.first.starts_with(head); });
+        return found;
+    }
+    void expect_failure(const ProgramRun& ran, int code, const std::string& text) const {
+        EXPECT_EQ(ran.signal, 0);
+        EXPECT_EQ(ran.status, code) << ran.err;
+        EXPECT_THAT(ran.err, HasSubstr(text));
+    }
+};
+
+std::string block_with(const std::string& good, const std::string& bad) {
+    std::string block = nest_block();
+    return block.replace(block.find(good), good.size(), bad);
+}
+
+TEST_F(NestedRun, ChildLeavesFilesOfItsOwnAndThoseOfTheParentAlone) {
+    run_parent();
+    const auto parent_results = files("restart-");
+    const auto parent_sites = files("sites-");
+    const auto parent_tables = files("view-");
+    const ProgramRun ran = run_child();
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    EXPECT_EQ(files("restart-"), parent_results);
+    EXPECT_EQ(files("sites-"), parent_sites);
+    EXPECT_EQ(files("view-"), parent_tables);
+    for (const char* name :
+         {"nest-restart-000_0-xyz.tuf", "nest-restart-000_0-xyzc.tuf", "nest-restart-180_0-z0.tuf",
+          "nest-restart-180_0-vpkeinp.tuf", "nest-restart-180_0-vpkeout_00005.tuf",
+          "nest-view-wind_direction.dat", "nest-view-monitor-180_0.dat", "nest-log-meshnumber"}) {
+        EXPECT_TRUE(directory.has(name)) << name;
+    }
+    EXPECT_EQ(files("nest-sites-").size(), 2U);  // a site in two directions, no inflow profile
+    EXPECT_TRUE(files("nest-log-upwind").empty());
+    EXPECT_THAT(ran.out, HasSubstr("   - Open vpkeout restart-180_0-vpkeout_00005.tuf\n"));
+    EXPECT_THAT(log(), AllOf(HasSubstr("<date> WD   0.0: nest: inflow  0."),
+                             HasSubstr("<date> WD 180.0: nest: inflow  0.")));
+}
+
+// Cells of 40 m to 200 m from the centre, those behind 48 m: 100 m reach the third plane, so six
+// parent cells each way are divided by two.
+TEST_F(NestedRun, MeshOfTheChildIsFittedAndStored) {
+    run_parent();
+    EXPECT_EQ(run_child().status, 0);
+    const Extents n = read_extents("nest-restart-000_0-xyz.tuf", {1, 1, 1});
+    EXPECT_EQ(n.ni, 13);
+    EXPECT_EQ(n.nj, 13);
+    const auto lines = lines_of(directory.read("nest-restart-000_0-restart.info"));
+    ASSERT_EQ(lines.size(), 3U);
+    EXPECT_EQ(lines[2], edit::list(14, 14, n.nk + 1));
+    EXPECT_THAT(log(), HasSubstr(" Mesh number is: 14 x 14 x " + std::to_string(n.nk + 1)));
+    Field3 x(n.ni, n.nj, n.nk);
+    Field3 y = x;
+    Field3 z = x;
+    read_xyz("nest-restart-000_0-xyz.tuf", x, y, z);
+    EXPECT_EQ(x(1, 1, 1), -120.0F);
+    EXPECT_EQ(x(2, 1, 1), -100.0F);
+    EXPECT_EQ(x(7, 1, 1), 0.0F);
+    EXPECT_EQ(y(1, 13, 1), 120.0F);
+}
+
+TEST_F(NestedRun, MissingParentEndsWithZeroBehindTheStartFields) {
+    const ProgramRun ran = run_child();
+    expect_failure(ran, 0, "Error: parent calculation data missing.");
+    EXPECT_THAT(ran.out, HasSubstr("Error: parent calculation data missing.\n"));
+    EXPECT_THAT(ran.err, HasSubstr("WD 180.0: (Warning) The parent of this direction is missing."));
+    EXPECT_THAT(log(),
+                HasSubstr("<date> WD   0.0: (Warning) The parent of this direction is missi"));
+    EXPECT_TRUE(directory.has("nest-restart-000_0-vpkeinp.tuf"));
+    EXPECT_FALSE(directory.has("nest-restart-180_0-xyz.tuf"));
+}
+
+TEST_F(NestedRun, BlockIsRefusedBeforeAMissingParentIsNoticed) {
+    for (const auto& [code, good, bad] : {std::tuple{180, "c2xmax = 100", "c2xmax = 0"},
+                                          {180, "c2ymax = 100", "c2ymax = -5"},
+                                          {180, "n_x_div = 2", "n_x_div = 0"},
+                                          {180, "n_y_div = 2", "n_y_div = 0"},
+                                          {182, "c2xmax = 100", "c2xmax = 900"},
+                                          {182, "c2ymax = 100", "c2ymax = 900"}}) {
+        const ProgramRun ran = run_child({}, block_with(good, bad));
+        expect_failure(ran, code, "stop " + std::to_string(code));
+        EXPECT_THAT(ran.err, Not(HasSubstr("parent calculation data")));
+    }
+}
+
+TEST_F(NestedRun, ParentOfOtherDirectionsIsMissing) {
+    run_parent();
+    const ProgramRun ran = run_child({{"NML_CASEFILE", "N_WIND_DIRECTION = 4"}});
+    expect_failure(ran, 0, "Error: parent calculation data missing.");
+    EXPECT_TRUE(directory.has("nest-restart-000_0-restart.info"));
+    EXPECT_THAT(ran.err, HasSubstr("WD  90.0: (Warning) The parent of this direction is missing."));
+}
+
+TEST_F(NestedRun, ParentOfAnotherMeshOrAnotherCentre) {
+    run_parent();
+    expect_failure(run_child({{"NML_CASEFILE", "MIN_DXY_RAD = 120"}}), 184,
+                   "parent mesh differs from this case");
+    expect_failure(run_child({{"NML_CASEFILE", other_centre}}), 184, "the parent's ground is");
+    // Vertical keys may differ.
+    EXPECT_EQ(run_child({{"NML_CASEFILE", "MIN_DZ = 12, MESH_VRATIO = 1.25"}}).status, 0);
+}
+
+TEST_F(NestedRun, DamagedParentIsNamed) {
+    run_parent();
+    const std::string result = "restart-000_0-vpkeout_00005.tuf";
+    std::filesystem::resize_file(result, 4000);
+    expect_failure(run_child(), 184, result);
+    std::filesystem::remove(result);
+    expect_failure(run_child(), 184, result);
+    directory.write("restart-000_0-restart.info", "");
+    expect_failure(run_child(), 183, "restart-000_0-restart.info");
+}
+
+TEST_F(NestedRun, ParentAtWorkIsWaitedFor) {
+    run_parent();
+    const auto before = files("");
+    ViewTable table;
+    table.open("view-wind_direction.dat", ViewTable::Existing::keep);
+    expect_failure(run_child(), 1, "another run is using this directory");
+    table.close();
+    auto after = files("");
+    after.erase("nest.tin");
+    EXPECT_EQ(after, before) << "nothing is touched";
+    EXPECT_EQ(run_child().status, 0);
+}
+
+TEST_F(NestedRun, ResumeGivesTheBytesOfAnUninterruptedRun) {
+    run_parent();
+    EXPECT_EQ(run_child({{"NML_NUMERICAL_SOLVER", "MAXIT = 6"}}).status, 0);
+    const std::string whole = directory.read("nest-restart-180_0-vpkeout_00006.tuf");
+    EXPECT_EQ(run_child({{"NML_NUMERICAL_SOLVER", "MAXIT = 2"}}).status, 0);
+    // Its boundary is its own by now: the parent may be gone.
+    for (const auto& [name, bytes] : files("restart-")) {
+        std::filesystem::remove(name);
+    }
+    const ProgramRun ran =
+        run_child({{"NML_NUMERICAL_SOLVER", "MAXIT = 4"}, {"NML_RUN", "RESTART_FLAG = 1"}});
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    EXPECT_TRUE(directory.read("nest-restart-180_0-vpkeout_00006.tuf") == whole);
+    EXPECT_THAT(log(), HasSubstr("WD 180.0: nest: the boundary is that of the child's start."));
+}
+
+TEST_F(NestedRun, KilledChildResumes) {
+    run_parent();
+    write_child({{"NML_RUN", "DEBUG_MODE = 2"},
+                 {"NML_NUMERICAL_SOLVER", "MAXIT = 100000"},
+                 {"NML_NUMERICAL_SOLVER", "CC_OUT_M = 0, CC_OUT_U = 0, CC_OUT_V = 0"}});
+    {
+        StartedProgram program(torvex_program(), {"/f", "nest.tin"}, directory.path());
+        while (program.running() && !directory.has("nest-restart-000_0-restart.info")) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        program.kill();
+    }
+    const auto before = read_restart_info("nest-restart-000_0-restart.info");
+    ASSERT_TRUE(before);
+    const ProgramRun ran = run_child({{"NML_RUN", "RESTART_FLAG = 1"}});
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    const auto after = read_restart_info("nest-restart-000_0-restart.info");
+    ASSERT_TRUE(after);
+    EXPECT_GE(after->outer_count, before->outer_count);
+    EXPECT_TRUE(directory.has("nest-restart-180_0-vpkeout_00005.tuf"));
+}
+
+TEST_F(NestedRun, SameBytesForAnyNumberOfThreads) {
+    run_parent();
+    std::map<std::string, std::string> first;
+    const char* before = getenv("OMP_NUM_THREADS");
+    const std::string kept = before != nullptr ? before : "";
+    for (const char* threads : {"1", "2", "3"}) {
+        setenv("OMP_NUM_THREADS", threads, 1);
+        EXPECT_EQ(run_child().status, 0);
+        std::map<std::string, std::string> found = files("nest-restart-");
+        found.merge(files("nest-sites-"));
+        first = first.empty() ? found : first;
+        EXPECT_TRUE(found == first) << threads << " threads";
+    }
+    kept.empty() ? unsetenv("OMP_NUM_THREADS") : setenv("OMP_NUM_THREADS", kept.c_str(), 1);
+}
+
+TEST_F(NestedRun, AllModelsTakeParentsOfAllModels) {
+    for (const int parent : {1, 2, 4}) {
+        run_parent({{"NML_NAVIER_STOKES", "TURBULENCE_MODEL = " + std::to_string(parent)}});
+        for (const int child : {1, 2, 3, 4}) {
+            const ProgramRun ran =
+                run_child({{"NML_NAVIER_STOKES", "TURBULENCE_MODEL = " + std::to_string(child)}});
+            EXPECT_EQ(ran.status, 0) << parent << " -> " << child << ": " << ran.err;
+            EXPECT_THAT(log(), Not(HasSubstr("Diverged"))) << parent << " -> " << child;
+        }
+    }
+}
+
+TEST_F(NestedRun, CanopyStandsOnTheChildsOwnMesh) {
+    run_parent();
+    const std::string canopy = "&canopy_parameters\ncanopy_mode = 1\n/\n";
+    const CaseItems one{{"NML_CASEFILE", "N_WIND_DIRECTION = 1"}};
+    expect_failure(run_child(one, nest_block() + canopy), 1,
+                   "nest-restart-000_0-ccd.tuf not found.");
+    const Extents n = read_extents("nest-restart-000_0-xyzc.tuf", {1, 1, 1});
+    CanopyRecords records;
+    records.gp_cf.allocate(n.ni, n.nj, n.nk, 0.2F);
+    records.gp_length.allocate(n.ni, n.nj, n.nk, 1.0F);
+    records.gp_density.allocate(n.ni, n.nj, n.nk);
+    records.gp_density(7, 7, 2) = 0.5F;
+    records.gp_z0.allocate(n.ni, n.nj, 0.4F);
+    write_canopy_file("nest-restart-000_0-ccd.tuf", records);
+    const ProgramRun ran = run_child(one, nest_block() + canopy);
+    EXPECT_EQ(ran.status, 0) << ran.err;
+    EXPECT_THAT(ran.out, HasSubstr("Calling cmOpenCalcPara in nest_bc_set..\n"));
+    EXPECT_THAT(log(), HasSubstr("restart-000_0-ccd.tuf: no canopy of the parent"));
+    Field2 z0(n.ni, n.nj);
+    read_z0("nest-restart-000_0-z0.tuf", z0);
+    EXPECT_EQ(z0(1, 1), 0.4F);
+    EXPECT_EQ(z0(7, 7), 0.4F);
+}
+
+TEST_F(NestedRun, OutflowMayBeLeftUnbalanced) {
+    run_parent();
+    const ProgramRun ran = run_child({}, block_with("/\n", "nest_bc_ofix = F\n/\n"));
+    EXPECT_EQ(ran.status, 0);
+    EXPECT_THAT(ran.err, HasSubstr("nest_bc_ofix is off"));
+    EXPECT_THAT(log(), HasSubstr("correction  0.0000E+00"));
+}
+
+// What the boundary planes hold at the start they hold at the end.
+TEST_F(NestedRun, BoundaryStaysAsTheParentGaveIt) {
+    run_parent();
+    EXPECT_EQ(run_child({{"NML_NUMERICAL_SOLVER", "MAXIT = 8"}}).status, 0);
+    const Solution end = stored("000_0", "nest-");
+    const GridGeometry& g = end.grid;
+    Field3 u(g.ni, g.nj, g.nk);
+    Field3 v = u;
+    Field3 w = u;
+    Field3 p = u;
+    Field3 tke = u;
+    Field3 ted = u;
+    ASSERT_TRUE(read_vpkeinp("nest-restart-000_0-vpkeinp.tuf",
+                             {.u = &u, .v = &v, .w = &w, .p = &p, .tke = &tke, .ted = &ted}));
+    for (int k = 2; k <= g.nz; ++k) {
+        for (int j = 1; j <= g.nj; ++j) {
+            for (int i = 1; i <= g.ni; i += j == 1 || j == g.nj ? 1 : g.ni - 1) {
+                EXPECT_EQ(end.flow.u(i, j, k), u(i, j, k)) << i << ' ' << j << ' ' << k;
+                EXPECT_EQ(end.flow.v(i, j, k), v(i, j, k));
+                EXPECT_EQ(end.flow.w(i, j, k), w(i, j, k));
+                EXPECT_EQ(end.flow.tke(i, j, k), tke(i, j, k));
+                EXPECT_EQ(end.flow.ted(i, j, k), ted(i, j, k));
+            }
+        }
+    }
+    EXPECT_LT(std::fabs(mass_imbalance(end)), 1.0e-6);
+}
+
+// A child of the parent's own cells finds the parent's flow: within 3 % of its speed above the top
+// and at the foot of the hill in front of and behind it.
+TEST_F(NestedRun, ChildOfTheSameCellsFindsTheParentsFlow) {
+    write_ground(cosine_hill(75, 300));
+    const CaseItems items =
+        hill_case({{"NML_NUMERICAL_SOLVER", "CC_OUT_M = 1e-4, CC_OUT_U = 1e-4, CC_OUT_V = 1e-4"},
+                   {"NML_NUMERICAL_SOLVER", "CC_OUT_W = 1e-4"}});
+    const Solution parent = converged(items);
+    std::string block = nest_block();
+    for (const auto& [good, bad] : {std::pair{"n_x_div = 2", "n_x_div = 1"},
+                                    {"n_y_div = 2", "n_y_div = 1"},
+                                    {"c2xmax = 100", "c2xmax = 750"},
+                                    {"c2ymax = 100", "c2ymax = 600"}}) {
+        block.replace(block.find(good), std::string(good).size(), bad);
+    }
+    directory.write("nest.tin", quick_case_text(items, block));
+    const ProgramRun ran = run({"/f", "nest.tin"});
+    ASSERT_EQ(ran.status, 0) << ran.err;
+    EXPECT_THAT(log(), Not(HasSubstr("without converging")));
+    const Solution child = stored("270_0", "nest-");
+    for (const double x : {-350.0, 0.0, 350.0}) {
+        const Column in_parent = column_at(parent, x, 0.0);
+        const Column in_child = column_at(child, x, 0.0);
+        EXPECT_EQ(parent.grid.xc(in_parent.i, 2, 2), child.grid.xc(in_child.i, 2, 2));
+        for (const double h : {5.0, 10.0, 30.0, 60.0, 150.0}) {
+            const double there = value_above(parent, parent.flow.u, in_parent, h);
+            const double here = value_above(child, child.flow.u, in_child, h);
+            EXPECT_NEAR(here / there, 1.0, 0.03) << "x = " << x << ", h = " << h;
+        }
+    }
+}
+
+}  // namespace
+}  // namespace torvex::test
