@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 
 #include "base/edit.hpp"
 #include "base/text_file.hpp"
@@ -29,12 +28,11 @@ double through(const Vec3& S, const FlowState& s, int i, int j, int k) {
 }
 
 void warn_of_imbalance(const NestPass& pass, double ratio) {
-    const std::string text = "(Warning) nest_bc_ofix is off and inflow and outflow differ by " +
-                             std::string(trimmed(edit::E(ratio, 11, 4))) +
-                             " of the inflow: resid-m stays at that ratio, and the wind is off by "
-                             "several times as much.";
-    pass.tell(text);
-    std::cerr << text << '\n';
+    pass.warn("nest_bc_ofix is off and inflow and outflow differ by " +
+                  std::string(trimmed(edit::E(ratio, 11, 4))) +
+                  " of the inflow: resid-m stays at that ratio, and the wind is off by several "
+                  "times as much.",
+              "a child is not balanced");
 }
 
 }  // namespace

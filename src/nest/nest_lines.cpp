@@ -142,9 +142,9 @@ float unchanged_radius(const MeshLines& lines) {
 void warn_of_flattened_parent(const NestPoints& nest, float max_rad, RunLog& log) {
     const float farthest = std::max(nest.c2xmax, nest.c2ymax);
     if (farthest > max_rad) {
-        log.timed(" (Warning) The child reaches " + metres(farthest) +
-                  " from the centre, the study area of the parent " + metres(max_rad) +
-                  ": beyond it the parent's ground is flattened and the child's is not.");
+        log.warn("the child reaches " + metres(farthest) +
+                 " from the centre, the study area of the parent " + metres(max_rad) +
+                 ": beyond it the parent's ground is flattened and the child's is not.");
     }
 }
 

@@ -20,8 +20,9 @@ struct NestPass {
     const GridGeometry& grid;   // the child's, with cell centres
     RunLog& log;
 
-    // A timed line that names the direction.
+    // A timed line of the log that names the direction, and a warning that does.
     void tell(const std::string& text) const;
+    void warn(const std::string& text, const std::string& reminder = {}) const;
 };
 
 // One wind direction of a finished parent, as its files give it: a record of its own.

@@ -1,6 +1,5 @@
 #include "nest/parent_state.hpp"
 
-#include <iostream>
 #include <optional>
 #include <string_view>
 
@@ -67,10 +66,7 @@ void tell_parent_state(const CaseSettings& settings, const std::vector<std::stri
         } else {
             continue;
         }
-        const std::string line = " WD " + edit::F(angle, 5, 1) +
-                                 ": (Warning) The parent of this direction " + what + ".";
-        log.timed(line);
-        std::cerr << trimmed(line) << '\n';
+        log.warn("WD " + edit::F(angle, 5, 1) + ": the parent of this direction " + what + ".");
     }
 }
 

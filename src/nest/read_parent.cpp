@@ -224,9 +224,9 @@ void look_at_canopy(const NestPass& pass, const Extents& cells, const std::strin
     const std::string path = stem + std::string(canopy_file_name);
     const std::optional<Extents> counts = canopy_counts(path);
     if (!counts) {
-        pass.tell("(Warning) " + path + ": no canopy of the parent can be read there.");
+        pass.warn(path + ": no canopy of the parent can be read there.");
     } else if (*counts != cells) {
-        pass.tell("(Warning) " + path + ": the canopy is not on the parent's mesh.");
+        pass.warn(path + ": the canopy is not on the parent's mesh.");
     }
 }
 
@@ -246,7 +246,7 @@ void warn_of_other_tops(const NestPass& pass, const GridGeometry& parent) {
     const float apart =
         std::min(std::fabs(p.level - child.level), std::fabs(p.height - child.height));
     if (!(apart <= height_tolerance * p.height)) {
-        pass.tell("(Warning) The columns of the parent are " + number(p.height, 1) +
+        pass.warn("the columns of the parent are " + number(p.height, 1) +
                   " m high, those of the child " + number(child.height, 1) +
                   " m: heights are drawn together so that the tops meet.");
     }
@@ -256,6 +256,10 @@ void warn_of_other_tops(const NestPass& pass, const GridGeometry& parent) {
 
 void NestPass::tell(const std::string& text) const {
     log.timed(" WD " + edit::F(angle, 5, 1) + ": " + text);
+}
+
+void NestPass::warn(const std::string& text, const std::string& reminder) const {
+    log.warn("WD " + edit::F(angle, 5, 1) + ": " + text, reminder);
 }
 
 Parent read_parent(const NestPass& pass, const std::string& stem) {

@@ -48,7 +48,7 @@ TEST_F(Balance, OutflowTakesTheSurplus) {
     EXPECT_LT(std::fabs(after.surplus()) / after.inflow, 1.0e-6);
     EXPECT_THAT(c.log.kept(), HasSubstr(" WD 270.0: nest: inflow  0.2000E+07, outflow  0.1500E+07, "
                                         "correction  0.1250E+01\n"));
-    EXPECT_THAT(c.log.kept(), Not(HasSubstr("Warning")));
+    EXPECT_THAT(c.log.kept(), Not(HasSubstr("Warning:")));
 }
 
 TEST_F(Balance, WithoutTheCorrectionTheLogWarns) {

@@ -172,9 +172,10 @@ TEST_F(NestLines, ChildBeyondTheStudyCircleIsWarnedOf) {
     EXPECT_THAT(log_lines(log), IsEmpty());
     settings.nest.c2ymax = 24.5F;
     fit();
-    EXPECT_THAT(log.kept(),
-                HasSubstr("The child reaches 24.5 m from the centre, the study area of the parent "
-                          "24.0 m"));
+    EXPECT_THAT(
+        log.kept(),
+        HasSubstr("Warning: the child reaches 24.5 m from the centre, the study area of the parent "
+                  "24.0 m"));
 }
 
 // n_inner planes downwind of the centre begin a zone where the ground is no more that of the map.

@@ -45,9 +45,9 @@ TEST_F(ParentState, NamesWhatIsMissingOrUnconverged) {
     std::filesystem::remove("restart-000_0-restart.info");
     directory.write("restart-090_0-restart.info", "150\n 1e-4 9e-4 2e-3 3e-4\n");
     EXPECT_THAT(told(),
-                ElementsAre(" WD   0.0: (Warning) The parent of this direction is missing.",
-                            " WD  90.0: (Warning) The parent of this direction is not converged."));
-    EXPECT_THAT(errors, HasSubstr("WD  90.0: (Warning)"));
+                ElementsAre(" Warning: WD   0.0: the parent of this direction is missing.",
+                            " Warning: WD  90.0: the parent of this direction is not converged."));
+    EXPECT_THAT(errors, HasSubstr("Warning: WD  90.0: the parent"));
     // Residuals that nobody knows do not pass.
     directory.write("restart-090_0-restart.info", "150\n");
     EXPECT_EQ(told().size(), 2U);
@@ -59,7 +59,7 @@ TEST_F(ParentState, NamesWhatDiverged) {
     table.append("  0.0 1");
     table.append(" 90.0 3");
     table.close();
-    EXPECT_THAT(told(), ElementsAre(" WD  90.0: (Warning) The parent of this direction diverged."));
+    EXPECT_THAT(told(), ElementsAre(" Warning: WD  90.0: the parent of this direction diverged."));
     // A later row of the same direction replaces an earlier one.
     table.open("view-wind_direction.dat", ViewTable::Existing::keep);
     table.append(" 90.0 1");

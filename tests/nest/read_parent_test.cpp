@@ -196,7 +196,7 @@ TEST_F(ReadParent, OtherTopIsWarnedOf) {
     c.child = test::grid_over(test::line_of({-200, 0, 200}), test::line_of({-200, 0, 200}),
                               test::line_of({0, 50, 400, 1100}), hill);
     read();
-    EXPECT_THAT(c.log.kept(), HasSubstr("The columns of the parent are 9"));
+    EXPECT_THAT(c.log.kept(), HasSubstr("Warning: WD 270.0: the columns of the parent are 9"));
 }
 
 TEST_F(ReadParent, CanopyOfTheParentIsLookedAt) {

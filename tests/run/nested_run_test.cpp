@@ -121,9 +121,8 @@ TEST_F(NestedRun, MissingParentEndsWithZeroBehindTheStartFields) {
     const ProgramRun ran = run_child();
     expect_failure(ran, 0, "Error: parent calculation data missing.");
     EXPECT_THAT(ran.out, HasSubstr("Error: parent calculation data missing.\n"));
-    EXPECT_THAT(ran.err, HasSubstr("WD 180.0: (Warning) The parent of this direction is missing."));
-    EXPECT_THAT(log(),
-                HasSubstr("<date> WD   0.0: (Warning) The parent of this direction is missi"));
+    EXPECT_THAT(ran.err, HasSubstr("Warning: WD 180.0: the parent of this direction is missing."));
+    EXPECT_THAT(log(), HasSubstr("<date> Warning: WD   0.0: the parent of this direction is"));
     EXPECT_TRUE(directory.has("nest-restart-000_0-vpkeinp.tuf"));
     EXPECT_FALSE(directory.has("nest-restart-180_0-xyz.tuf"));
 }
@@ -146,7 +145,7 @@ TEST_F(NestedRun, ParentOfOtherDirectionsIsMissing) {
     const ProgramRun ran = run_child({{"NML_CASEFILE", "N_WIND_DIRECTION = 4"}});
     expect_failure(ran, 0, "Error: parent calculation data missing.");
     EXPECT_TRUE(directory.has("nest-restart-000_0-restart.info"));
-    EXPECT_THAT(ran.err, HasSubstr("WD  90.0: (Warning) The parent of this direction is missing."));
+    EXPECT_THAT(ran.err, HasSubstr("Warning: WD  90.0: the parent of this direction is missing."));
 }
 
 TEST_F(NestedRun, ParentOfAnotherMeshOrAnotherCentre) {

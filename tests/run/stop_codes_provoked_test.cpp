@@ -14,12 +14,12 @@
 
 #include "base/stop.hpp"
 #include "canopy/canopy_file.hpp"
+#include "case/case_blocks.hpp"
 #include "maps/hgf_header.hpp"
 #include "maps/plane_rectangular.hpp"
 #include "nest/dstr_momen.hpp"
 #include "nest/nest_case.hpp"
 #include "results/result_files.hpp"
-#include "run/case_blocks.hpp"
 #include "run/run_fixture.hpp"
 #include "support/failures.hpp"
 #include "support/file_descriptors.hpp"
