@@ -55,7 +55,7 @@ void tell_parent_state(const CaseSettings& settings, const std::vector<std::stri
     for (const std::string& tag : tags) {
         const float angle = settings.WIND_DIRECTION_ANGLE(++iwd);
         const std::optional<RestartInfo> info =
-            read_restart_info(parent_stem(tag) + "restart.info");
+            read_restart_info(parent_stem(tag) + std::string(file_names::restart_info));
         std::string what;
         if (!info) {
             what = "is missing";

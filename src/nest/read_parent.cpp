@@ -5,12 +5,12 @@
 // the centre, where the parent flattens nothing.
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <optional>
-#include <utility>
+#include <string_view>
 
 #include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "base/record_file.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
@@ -21,6 +21,7 @@
 #include "mesh/rotation.hpp"
 #include "nest/parent.hpp"
 #include "nest/parent_column.hpp"
+#include "results/finite_fields.hpp"
 #include "results/mesh_column.hpp"
 #include "results/restart_info.hpp"
 
@@ -44,18 +45,10 @@ std::string cell_text(int i, int j, int k) {
     return "(" + std::to_string(i) + ", " + std::to_string(j) + ", " + std::to_string(k) + ")";
 }
 
-void require_finite(const Field3& q, const char* name, const std::string& file) {
-    for (int k = 1; k <= q.nk(); ++k) {
-        for (int j = 1; j <= q.nj(); ++j) {
-            for (int i = 1; i <= q.ni(); ++i) {
-                if (!std::isfinite(q(i, j, k))) {
-                    stop(184,
-                         std::string(name) + " of " + cell_text(i, j, k) + " is no finite number",
-                         file, "the parent diverged or its file is damaged: run it again");
-                }
-            }
-        }
-    }
+[[noreturn]] void stop_not_finite(std::string_view what, int i, int j, int k,
+                                  const std::string& file) {
+    stop(184, std::string(what) + " of " + cell_text(i, j, k) + " is no finite number", file,
+         "the parent diverged or its file is damaged: run it again");
 }
 
 [[noreturn]] void stop_other_mesh(const std::string& how, const std::string& file) {
@@ -83,11 +76,14 @@ void compare_planes(const NestPass& pass, const GridGeometry& g, const std::stri
     }
 }
 
-void require_rising_levels(const GridGeometry& g, const std::string& file) {
-    for (int k = 2; k <= g.nz; ++k) {
+void check_levels(const GridGeometry& g, const std::string& file) {
+    for (int k = 1; k <= g.nz; ++k) {
         for (int j = 1; j <= g.ny; ++j) {
             for (int i = 1; i <= g.nx; ++i) {
-                if (!(g.zn(i, j, k) > g.zn(i, j, k - 1))) {
+                if (!std::isfinite(g.zn(i, j, k))) {
+                    stop_not_finite("z", i, j, k, file);
+                }
+                if (k > 1 && !(g.zn(i, j, k) > g.zn(i, j, k - 1))) {
                     stop(184, "node " + cell_text(i, j, k) + " does not lie above the one below it",
                          file, rerun);
                 }
@@ -132,9 +128,8 @@ void read_mesh(const NestPass& pass, const Extents& cells, Parent& parent) {
     GridGeometry& g = parent.grid;
     allocate_nodes(g, nodes.ni, nodes.nj, nodes.nk);
     read_xyz(file, g.xn, g.yn, g.zn, parent_codes);
-    require_finite(g.zn, "z", file);
     compare_planes(pass, g, file);
-    require_rising_levels(g, file);
+    check_levels(g, file);
     compare_ground(pass, g, file);
     XYZ2XYZC(g);
     GRID(g);
@@ -161,17 +156,9 @@ void fill_ted_from_length(float CMU, const std::string& file, const Field3& lm, 
 }
 
 void read_result(const NestPass& pass, const Extents& cells, Parent& parent) {
-    const std::array<std::pair<Field3*, const char*>, 9> fields{{{&parent.u, "u"},
-                                                                 {&parent.v, "v"},
-                                                                 {&parent.w, "w"},
-                                                                 {&parent.p, "p"},
-                                                                 {&parent.tke, "tke"},
-                                                                 {&parent.ted, "ted"},
-                                                                 {&parent.lm, "lm"},
-                                                                 {&parent.tkl, "tkl"},
-                                                                 {&parent.viskl, "viskl"}}};
-    for (const auto& field : fields) {
-        field.first->allocate(cells.ni, cells.nj, cells.nk);
+    for (Field3* field : {&parent.u, &parent.v, &parent.w, &parent.p, &parent.tke, &parent.ted,
+                          &parent.lm, &parent.tkl, &parent.viskl}) {
+        field->allocate(cells.ni, cells.nj, cells.nk);
     }
     // Fluxes, viscosity and pressure correction follow from the rest and are not kept.
     Field3 passed_over(cells.ni, cells.nj, cells.nk);
@@ -191,8 +178,16 @@ void read_result(const NestPass& pass, const Extents& cells, Parent& parent) {
                                   .tkl = &parent.tkl,
                                   .viskl = &parent.viskl},
                                  parent_codes);
-    for (const auto& [field, name] : fields) {
-        require_finite(*field, name, parent.file);
+    if (const auto bad = first_not_finite({.u = &parent.u,
+                                           .v = &parent.v,
+                                           .w = &parent.w,
+                                           .p = &parent.p,
+                                           .tke = &parent.tke,
+                                           .ted = &parent.ted,
+                                           .lm = &parent.lm,
+                                           .tkl = &parent.tkl,
+                                           .viskl = &parent.viskl})) {
+        stop_not_finite(bad->field, bad->i, bad->j, bad->k, parent.file);
     }
     if (parent.result.id == 122) {
         fill_ted_from_length(pass.settings.CMU, parent.file, parent.lm, parent);
@@ -265,7 +260,7 @@ void NestPass::warn(const std::string& text, const std::string& reminder) const 
 Parent read_parent(const NestPass& pass, const std::string& stem) {
     Parent parent;
     parent.stem = stem;
-    const std::string info_file = stem + "restart.info";
+    const std::string info_file = stem + std::string(file_names::restart_info);
     const std::optional<RestartInfo> info = read_restart_info(info_file);
     if (!info) {
         stop(183, "the parent's iteration count cannot be read", info_file, rerun);

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/edit.hpp"
+#include "base/file_names.hpp"
 #include "base/stop.hpp"
 #include "case/wind_directions.hpp"
 #include "nest/nest_bc_set.hpp"
@@ -15,7 +16,7 @@ namespace torvex {
 namespace {
 
 void require_parent(const std::string& stem) {
-    const std::string info = stem + "restart.info";
+    const std::string info = stem + std::string(file_names::restart_info);
     if (!std::filesystem::exists(info)) {
         const std::string text = "Error: parent calculation data missing.";
         console(text);

@@ -117,7 +117,7 @@ Prepared prepare_from_maps(Run& run, Direction& direction) {
     finish_start(run, direction,
                  run.settings.SPECIFY_INFLOW_PROFILE && run.settings.nest.nest_mode == 0
                      ? "the inflow profile file"
-                                                     : "the power law of the inflow");
+                     : "the power law of the inflow");
     if (run.settings.nest.nest_mode != 0) {
         carry_parent_flow(run, maps, direction);
     }

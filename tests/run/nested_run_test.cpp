@@ -157,6 +157,14 @@ TEST_F(NestedRun, ParentOfAnotherMeshOrAnotherCentre) {
     EXPECT_EQ(run_child({{"NML_CASEFILE", "MIN_DZ = 12, MESH_VRATIO = 1.25"}}).status, 0);
 }
 
+// The marks of the child would move the lines that it shares with its parent.
+TEST_F(NestedRun, NothingIsRefitted) {
+    run_parent();
+    EXPECT_EQ(run_child().status, 0);
+    EXPECT_EQ(run_child({{"NML_RUN", "DEBUG_MODE = 1"}}).status, 0);
+    EXPECT_FALSE(directory.has("tmp"));
+}
+
 TEST_F(NestedRun, DamagedParentIsNamed) {
     run_parent();
     const std::string result = "restart-000_0-vpkeout_00005.tuf";
@@ -166,6 +174,15 @@ TEST_F(NestedRun, DamagedParentIsNamed) {
     expect_failure(run_child(), 184, result);
     directory.write("restart-000_0-restart.info", "");
     expect_failure(run_child(), 183, "restart-000_0-restart.info");
+}
+
+// 150 m east of the centre: in the study area, and 30 m beyond the child.
+TEST_F(NestedRun, MonitorPointLiesInsideTheChild) {
+    const CaseItems monitor{{"NML_MONITOR", "MONITOR_POSITION = 1, MONITOR_HEIGHT = 30"},
+                            {"NML_MONITOR", "MONITOR_LON = 139, 45, 6, MONITOR_LAT = 35, 30, 0"}};
+    run_parent(monitor);
+    expect_failure(run_child(monitor), 161, "monitor point");
+    EXPECT_FALSE(directory.has("nest-restart-000_0-restart.info"));
 }
 
 TEST_F(NestedRun, ParentAtWorkIsWaitedFor) {
