@@ -98,7 +98,7 @@ void check_limits(const CaseText& file, const CaseSettings& settings, const KeyL
     if (settings.BOUNDARY_HEIGHT_MODE == 1) {
         check.above_zero("BUFFER_ZONE_SLOPE_GRADIENT", settings.BUFFER_ZONE_SLOPE_GRADIENT);
     }
-    if (settings.nest.nest_mode != 0) {
+    if (settings.nested()) {
         check_parent_kind(check, settings);
     }
     if (settings.TORVEX_MODE != 0) {

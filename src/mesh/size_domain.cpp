@@ -104,7 +104,7 @@ MeshLines computed_lines(const CaseSettings& settings, MapState& maps, RunLog& l
     MeshLines lines = lay_lines(settings, widths);
     report_widths(settings, widths, log);
     // The child's own marks would move the lines that it shares with its parent.
-    if (settings.DEBUG_MODE == 1 && settings.nest.nest_mode == 0) {
+    if (settings.DEBUG_MODE == 1 && !settings.nested()) {
         refit_lines(settings, log, lines);
     }
     set_blend_positions(settings.BOUNDARY_HEIGHT_MODE, widths, lines);
@@ -148,7 +148,7 @@ MeshLines size_domain(const CaseSettings& settings, MapState& maps, RunLog& log)
     lines.nj = lines.ny + 1;
     lines.nk = lines.nz + 1;
     // A nested run keeps a part of these lines only; the fit tests what is left.
-    if (settings.nest.nest_mode == 0) {
+    if (!settings.nested()) {
         check_mesh_counts(lines.ni, lines.nj, lines.nk, machine_memory());
     }
     return lines;

@@ -90,7 +90,7 @@ Prepared resume(Run& run, Direction& direction) {
         return Prepared::done;
     }
     tell_start(run, direction, "the result of iteration " + std::to_string(direction.outer_count));
-    if (run.settings.nest.nest_mode != 0) {
+    if (run.settings.nested()) {
         tell_kept_boundary(run, direction);
     }
     if (user_domain) {
@@ -115,10 +115,10 @@ Prepared prepare_from_maps(Run& run, Direction& direction) {
     }
     INIT(run.settings, grid, direction.angle, direction.tag, run.log, direction.flow);
     finish_start(run, direction,
-                 run.settings.SPECIFY_INFLOW_PROFILE && run.settings.nest.nest_mode == 0
+                 run.settings.SPECIFY_INFLOW_PROFILE && !run.settings.nested()
                      ? "the inflow profile file"
                      : "the power law of the inflow");
-    if (run.settings.nest.nest_mode != 0) {
+    if (run.settings.nested()) {
         carry_parent_flow(run, maps, direction);
     }
     return Prepared::to_solve;

@@ -100,7 +100,7 @@ void read_settings(const CaseText& file, Run& run) {
 void open_directions_table(Run& run) {
     using Existing = ViewTable::Existing;
     try {
-        if (run.settings.nest.nest_mode != 0) {
+        if (run.settings.nested()) {
             require_idle_parent();
         }
         run.directions.open(run.settings.run_prefix + std::string(file_names::directions_table),
@@ -125,7 +125,7 @@ void size_run(Run& run) {
         return;
     }
     run.lines = size_domain(settings, run.maps, run.log);
-    if (settings.nest.nest_mode != 0) {
+    if (settings.nested()) {
         fit_nest(run);
     }
     console("   - Total mesh number is: " + mesh_counts(run.lines));
