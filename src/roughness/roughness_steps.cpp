@@ -6,6 +6,7 @@
 #include "base/upwind_roughness_log.hpp"
 #include "roughness/roughness_files.hpp"
 #include "roughness/roughness_strips.hpp"
+#include "roughness/upwind_overrides.hpp"
 
 namespace torvex {
 
@@ -40,10 +41,9 @@ void keep_nested_field(const RoughnessPass& pass, Field2& z0) {
     if (!pass.settings.USE_CONSTANT_ROUGHNESS_IN_ALL_THE_DOMAIN || pass.preview()) {
         return;
     }
-    const float z_up = read_upwind_roughness(upwind_roughness_name(pass.tag),
-                                             "run the parent case in this directory first");
+    float z_up = 0.0F;
+    take_parents_roughness(pass, z_up);
     z0.fill(z_up);
-    pass.tell("The parent's upwind roughness, " + edit::E(z_up, 11, 4) + " (m) is used.");
 }
 
 }  // namespace torvex

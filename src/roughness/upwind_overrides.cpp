@@ -13,6 +13,7 @@ namespace {
 
 constexpr const char* normal_run =
     "run the case with TERRAIN_MODE \"normal\" and ATLAS_FLAG = 0 in this directory first";
+constexpr const char* parent_run = "run the parent case in this directory first";
 constexpr const char* atlas_run = "run the case with ATLAS_FLAG = 1 in this directory first";
 
 }  // namespace
@@ -65,6 +66,11 @@ void take_over_upwind_roughness(const RoughnessPass& pass, float& z_up) {
         return;
     }
     pass.tell(mode + " mode upwind roughness, " + edit::E(z_up, 11, 4) + " (m) is used.");
+}
+
+void take_parents_roughness(const RoughnessPass& pass, float& z_up) {
+    z_up = taken_over(upwind_roughness_name(pass.tag), parent_run);
+    pass.tell("The parent's upwind roughness, " + edit::E(z_up, 11, 4) + " (m) is used.");
 }
 
 }  // namespace torvex

@@ -20,4 +20,9 @@ void take_equivalent_roughness(const RoughnessPass& pass, float& z_up);
 // Stops: 186 if the file is not there; 1 if it holds no number above 0.
 void take_over_upwind_roughness(const RoughnessPass& pass, float& z_up);
 
+// What the parent of a nested run left for this direction; its name carries no prefix. Never asked
+// in a preview.
+// Stops as above.
+void take_parents_roughness(const RoughnessPass& pass, float& z_up);
+
 }  // namespace torvex
