@@ -69,6 +69,9 @@ int read_canopy_conv_table(CanopyConvTable& table, const std::string& name) {
         read_row(input, name, row);
         ++count;
     }
+    if (!input.at_end()) {
+        fail("more than " + std::to_string(land_use_classes) + " rows", place(name, input.line()));
+    }
     return count;
 }
 

@@ -27,10 +27,11 @@ inline constexpr const char* canopy_conv_table_name = "cnpy_conv_table.tin";
 //
 //   id name code height RLS packing_density Cf z0
 //
-// until the file ends or 15 rows are read; what follows the 15th is not looked at. Rows that the
-// file does not give keep what they hold, blank at first. Returns the number of rows read.
+// and at most 15 of them. Rows that the file does not give keep what they hold, blank at first.
+// Returns the number of rows read.
 //
-// stops 1 with NAME " not found." or "Caught error during reading cnpy_conv_tab" on the console
+// stops 1 with NAME " not found." or "Caught error during reading cnpy_conv_tab" on the console;
+// the latter also for a 16th row
 int read_canopy_conv_table(CanopyConvTable& table,
                            const std::string& name = canopy_conv_table_name);
 

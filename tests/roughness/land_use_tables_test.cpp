@@ -83,13 +83,14 @@ TEST_F(LandUseTables, EmptyFileHasNoRows) {
     EXPECT_EQ(read("heading"), 0);
 }
 
-TEST_F(LandUseTables, SixteenthRowIsNotLookedAt) {
+TEST_F(LandUseTables, SixteenthRowIsRefused) {
     std::string text = "heading\n";
     for (int n = 1; n <= 15; ++n) {
         text += std::to_string(n) + " class " + std::to_string(100 + n) + " 1 1 1 1 1\n";
     }
-    EXPECT_EQ(read(text + "not a row\n"), 15);
+    EXPECT_EQ(read(text + "\n"), 15);
     EXPECT_EQ(table.rows[14].code, 115.0F);
+    EXPECT_THAT(failure(text + "16 class 116 1 1 1 1 1\n"), HasSubstr("line 17"));
 }
 
 TEST_F(LandUseTables, NamesKeepTwentyCharacters) {

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace torvex {
+
+// What one set of shapes is named by in the case file: NAME%filename and so on.
+struct ShapeSet {
+    std::string name;       // sf_build, sf_tree or trdb2shp
+    std::string filename;   // blank: the set is off
+    std::optional<int> cs;  // coordinate system of the file
+
+    // Columns of the table; blank: none
+    std::string dbf_h;      // height
+    std::string dbf_pd;     // packing density [-]
+    std::string dbf_rls;    // representative length scale
+    std::string dbf_cf;     // drag coefficient [-]
+    std::string dbf_z0;     // roughness length
+    std::string dbf_z0org;  // the same before any change
+    std::string dbf_luid;   // land-use id
+
+    float scale = 1;        // of the coordinates
+    float height_unit = 1;  // of the heights [m]
+    float uconv = 1;        // of dbf_rls, dbf_z0 and dbf_z0org [m]
+    int data_type = 0;      // 1 LU, 2 ZEN; 0: the method of the set
+
+    int height_missing = 0;          // 1: missing heights are replaced
+    float height_marker = -9999;     // a height as the table has it that stands for none
+    float height_missing_value = 0;  // what takes its place [m]
+
+    struct ModifiedHeight {
+        int entity = 0;    // from 0, as in the file
+        float height = 0;  // [m]
+    };
+    std::vector<ModifiedHeight> modified;
+};
+
+}  // namespace torvex
