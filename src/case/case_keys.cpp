@@ -346,9 +346,9 @@ constexpr std::array canopy_parameters_keys{
 
 constexpr std::array shp_parameters_keys{
     CaseKey{"shp_def_cs", in<&S::shape, &ShapeParameters::shp_def_cs>, "0", "",
-            "plane coordinate system, 1 to 19, of a shapefile that names none"},
+            "coordinate system, as for %cs, of a shapefile that names none"},
     CaseKey{"shp_or_radius", in<&S::shape, &ShapeParameters::shp_or_radius>, "", "m",
-            "radius given with the shape input"},
+            "only polygons whose box comes nearer to the case centre; 0: all"},
     CaseKey{"trdb2shp_fn", in<&S::shape, &ShapeParameters::trdb2shp_fn>, "", "",
             "shapefile of the map conversion", 256},
     CaseKey{"calc_fa", in<&S::shape, &ShapeParameters::calc_fa>, "F", "", "compute frontal areas"},
@@ -359,7 +359,7 @@ constexpr std::array shp_parameters_keys{
     CaseKey{"fa_dirs", in<&S::shape, &ShapeParameters::fa_dirs>, "", "deg",
             "directions, read with fa_read_dirs"},
     CaseKey{"exclude_donut_shape", in<&S::shape, &ShapeParameters::exclude_donut_shape>, "F", "",
-            "leave out rings that are holes"},
+            "pass over rings that are holes, so that a polygon counts as filled"},
 };
 
 constexpr std::array user_domain_keys{

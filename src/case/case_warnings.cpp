@@ -14,6 +14,7 @@
 #include "case/case_keys.hpp"
 #include "case/key_effects.hpp"
 #include "case/keyed_block.hpp"
+#include "case/shape_set_keys.hpp"
 #include "maps/local_metric.hpp"
 
 namespace torvex {
@@ -88,10 +89,20 @@ void warn_of_angles(const CaseText& file, const CaseSettings& settings, const Ke
 
 void warn_of_unknown_keys(const CaseText& file, RunLog& log) {
     for (const CaseGroup& block : keyed_blocks()) {
+        const bool of_shapes = block.name == "shp_parameters";
         for (const UnknownKey& key : unknown_keys(file, block)) {
+            if (of_shapes && is_shape_set_key(key.name)) {
+                continue;
+            }
             NearestName nearest(key.name);
             for (const CaseKey& known : block.keys) {
                 nearest.offer(known.name);
+            }
+            const std::size_t percent = key.name.find('%');
+            for (const ShapeSetKey& known : shape_set_keys()) {
+                if (of_shapes && percent != std::string::npos) {
+                    nearest.offer(key.name.substr(0, percent) + std::string(known.suffix));
+                }
             }
             log.warn_line(" (Warning) " + place(file.name, key.line) + ": block &" +
                           std::string(block.name) + " has no key " + excerpt(key.name) +

@@ -3,6 +3,7 @@
 #include "base/stop.hpp"
 #include "case/case_keys.hpp"
 #include "case/key_effects.hpp"
+#include "case/shape_set_keys.hpp"
 
 namespace torvex {
 
@@ -67,6 +68,22 @@ std::string site_table() {
     return text;
 }
 
+std::string shape_set_table() {
+    std::string text =
+        "\nFor `torvex-prep`. Keys of a set of shapes stand behind its name: `sf_tree%filename`. "
+        "The "
+        "sets are\n`sf_build` (buildings), `sf_tree` (forests) and `trdb2shp` (land use for maps). "
+        "A "
+        "column is found by\nthe first 12 characters of its name.\n\n" +
+        row({"Key", "Type", "Default", "Unit", "Meaning"}) + "| --- | --- | --- | --- | --- |\n";
+    ShapeSet set;
+    for (const ShapeSetKey& key : shape_set_keys()) {
+        text += row({code(key.suffix), type_name(key.target(set), key.length),
+                     key.fallback.empty() ? "none" : code(key.fallback), key.unit, key.meaning});
+    }
+    return text;
+}
+
 }  // namespace
 
 std::string case_file_page() {
@@ -103,6 +120,9 @@ std::string case_file_page() {
         "`TORVEX_MODE` is\nnon-zero.\n";
     for (const CaseGroup& block : keyed_blocks()) {
         text += "\n### `" + std::string(block.name) + "`\n\n" + key_table(block, settings);
+        if (block.name == "shp_parameters") {
+            text += shape_set_table();
+        }
     }
     return text;
 }

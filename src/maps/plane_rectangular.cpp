@@ -109,6 +109,22 @@ double meridian_arc(const PlaneSystem& system, double from, double to) {
     return arc;
 }
 
+void prepare_system(PlaneSystem& system, int system_id, const AngleTriple& lon,
+                    const AngleTriple& lat) {
+    system.f = 1.0 / system.F;
+    system.b = (1.0 - system.f) * system.a;
+    system.e2 = 2.0 * system.f - system.f * system.f;
+    system.e = std::sqrt(system.e2);
+    system.et2 = system.e2 / (1.0 - system.e2);
+    system.et = std::sqrt(system.et2);
+    system.c = meridian_coefficients(system.a, system.e2);
+    system.system_id = system_id;
+    system.origin_lon = lon;
+    system.origin_lat = lat;
+    system.origin_lon_rad = radians_of(lon);
+    system.origin_lat_rad = radians_of(lat);
+}
+
 void set_coordinate_system(PlaneSystem& system, int system_id) {
     const int zones = static_cast<int>(origins.size());
     if (system_id < 1 || system_id > zones) {
@@ -120,20 +136,9 @@ void set_coordinate_system(PlaneSystem& system, int system_id) {
         console("Now changed from [" + std::to_string(system.system_id) + "] to [" +
                 std::to_string(system_id) + "]");
     }
-    system.f = 1.0 / system.F;
-    system.b = (1.0 - system.f) * system.a;
-    system.e2 = 2.0 * system.f - system.f * system.f;
-    system.e = std::sqrt(system.e2);
-    system.et2 = system.e2 / (1.0 - system.e2);
-    system.et = std::sqrt(system.et2);
-    system.c = meridian_coefficients(system.a, system.e2);
-
     const Origin& origin = origins[static_cast<std::size_t>(system_id - 1)];
-    system.system_id = system_id;
-    system.origin_lon = {origin.lon_degrees, origin.lon_minutes, 0.0};
-    system.origin_lat = {origin.lat_degrees, 0.0, 0.0};
-    system.origin_lon_rad = radians_of(system.origin_lon);
-    system.origin_lat_rad = radians_of(system.origin_lat);
+    prepare_system(system, system_id, {origin.lon_degrees, origin.lon_minutes, 0.0},
+                   {origin.lat_degrees, 0.0, 0.0});
     console("Center of coordinate system [" + std::to_string(system_id) + "]");
     console(lon_line(system.origin_lon));
     console(lat_line(system.origin_lat));

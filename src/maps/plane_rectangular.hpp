@@ -39,6 +39,11 @@ struct PlanePoint {
 // warned of and taken.
 void set_coordinate_system(PlaneSystem& system, int system_id);
 
+// What follows from a, F and the origin, for zones of other systems with ellipsoid and scale of
+// their own: writes the derived numbers, and nothing on the console.
+void prepare_system(PlaneSystem& system, int system_id, const AngleTriple& lon,
+                    const AngleTriple& lat);
+
 // Both stop with "Please initialize module." if no zone has been set.
 void geographic_to_plane(const PlaneSystem& system, PlanePoint& point);
 void plane_to_geographic(const PlaneSystem& system, PlanePoint& point);

@@ -7,9 +7,9 @@
 #include "base/run_log.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
-#include "run/case_keys.hpp"
-#include "run/case_text.hpp"
-#include "run/namelist.hpp"
+#include "case/case_keys.hpp"
+#include "case/case_text.hpp"
+#include "case/namelist.hpp"
 
 namespace torvex {
 

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "canopy/shape/shape_entity.hpp"
-#include "canopy/shape/shape_set.hpp"
+#include "base/shape_set.hpp"
 
 namespace torvex {
 

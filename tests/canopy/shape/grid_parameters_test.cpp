@@ -6,7 +6,6 @@
 #include <cmath>
 #include <limits>
 
-#include "canopy/canopy_planes.hpp"
 #include "canopy/canopy_roughness.hpp"
 #include "canopy/cmCombGPs.hpp"
 #include "canopy/shape/canopy_shapes.hpp"
@@ -324,26 +323,6 @@ TEST(CombinedSets, LayerOfASetIsTheCellAboveIt) {
         EXPECT_EQ(records.gp_density(10, 5, k), 0.0F);
         EXPECT_EQ(records.gp_density(5, 1, k), 0.0F);
     }
-}
-
-TEST(CanopyPlanes, OneLayerAndAllOfThem) {
-    CanopyRecords records{Field3(3, 2, 4), Field3(3, 2, 4), Field3(3, 2, 4), {}};
-    records.gp_cf(2, 1, 2) = 1.0F;
-    records.gp_density(2, 1, 2) = 1.0F;
-    records.gp_length(2, 1, 2) = 20.0F;
-    records.gp_cf(2, 1, 3) = 0.5F;
-    records.gp_density(2, 1, 3) = 0.5F;
-    records.gp_length(2, 1, 3) = 10.0F;
-    const CanopyPlane layer = CCD_EXTRACT_K(records, 3);
-    EXPECT_EQ(layer.cf(2, 1), 0.5F);
-    EXPECT_EQ(layer.pd(2, 1), 0.5F);
-    EXPECT_EQ(layer.rls(2, 1), 10.0F);
-    EXPECT_EQ(layer.pd(1, 1), 0.0F);
-    const CanopyPlane sum = CCD_SUM_K(records);
-    EXPECT_FLOAT_EQ(sum.pd(2, 1), 1.5F);
-    EXPECT_FLOAT_EQ(sum.cf(2, 1), 1.25F / 1.5F);
-    EXPECT_FLOAT_EQ(sum.cf(2, 1) * sum.pd(2, 1) / sum.rls(2, 1), 1.0F / 20 + 0.25F / 10);
-    EXPECT_EQ(sum.rls(3, 2), 0.0F);
 }
 
 TEST(CanopyRoughness, MeanOfTheDragAtTenMetres) {
