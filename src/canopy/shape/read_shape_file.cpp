@@ -148,8 +148,7 @@ ShapeFileInfo open_both(const ShapeSet& set, ShapeReader& shapes, TableReader& t
 
 }  // namespace
 
-ShapeLayer read_shape_file(const ShapeSet& set,
-                           const std::function<bool(const ShapeEntity&)>& keep) {
+ShapeLayer read_shape_file(const ShapeSet& set, const std::function<bool(ShapeEntity&)>& keep) {
     ShapeReader shapes;
     TableReader table;
     const ShapeFileInfo info = open_both(set, shapes, table);

@@ -3,8 +3,8 @@
 #include <functional>
 #include <vector>
 
-#include "canopy/shape/shape_entity.hpp"
 #include "base/shape_set.hpp"
+#include "canopy/shape/shape_entity.hpp"
 
 namespace torvex {
 
@@ -22,11 +22,11 @@ struct ShapeLayer {
 // set; with `height_missing` the set's value takes its place. The heights of modified entities
 // count in the end, missing or not.
 //
-// `keep` chooses what stays in memory; it is asked for every polygon in the file, in its order.
+// `keep` chooses what stays in memory, and may convert it; it is asked for every polygon in the
+// file, in its order.
 //
 // stops 1 with "ERROR: Shape File Not Found. ", "ERROR: DB File Not Found. ", "ERROR: DB File Field
 // Not Found. ", "Unknown shape type: ..." on the console; 1 for a damaged file, naming the entity
-ShapeLayer read_shape_file(const ShapeSet& set,
-                           const std::function<bool(const ShapeEntity&)>& keep = {});
+ShapeLayer read_shape_file(const ShapeSet& set, const std::function<bool(ShapeEntity&)>& keep = {});
 
 }  // namespace torvex

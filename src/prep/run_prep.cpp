@@ -1,0 +1,75 @@
+#include "prep/run_prep.hpp"
+
+#include <array>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <string_view>
+
+#include "base/run_log.hpp"
+#include "base/stop.hpp"
+#include "prep/entries.hpp"
+
+namespace torvex {
+
+namespace {
+
+constexpr const char* version = "torvex-prep 5.0176";
+
+constexpr const char* usage =
+    "usage: torvex-prep ENTRY [ARGUMENTS]\n"
+    "\n"
+    "  canopy [/f CASE_FILE] [--check-shapefile]   canopy files of all directions, from "
+    "shapefiles\n";
+
+struct Entry {
+    std::string_view name;
+    int (*run)(std::vector<std::string>);
+};
+constexpr std::array entries{Entry{"canopy", prep_canopy}};
+
+// True for a question about the program itself, which every entry answers.
+bool answered(const std::string& argument) {
+    if (argument == "--help") {
+        console(usage);
+    } else if (argument == "--version") {
+        console(version);
+    } else {
+        return false;
+    }
+    return true;
+}
+
+int run_entry(const std::vector<std::string>& arguments) {
+    const std::string name = arguments.empty() ? "" : arguments[0];
+    for (const Entry& entry : entries) {
+        if (name == entry.name) {
+            if (arguments.size() > 1 && answered(arguments[1])) {
+                return 0;
+            }
+            return entry.run({arguments.begin() + 1, arguments.end()});
+        }
+    }
+    if (answered(name)) {
+        return 0;
+    }
+    stop(102, name.empty() ? "which entry?" : "unknown entry \"" + name + "\"", {}, usage);
+}
+
+}  // namespace
+
+int run_prep(const std::vector<std::string>& arguments) {
+    try {
+        return run_entry(arguments);
+    } catch (const Stop& stopped) {
+        console_error(stopped.what());
+        return stopped.code();
+    } catch (const std::bad_alloc&) {
+        console_error("out of memory");
+    } catch (const std::exception& failure) {
+        console_error(failure.what());
+    }
+    return 1;
+}
+
+}  // namespace torvex
