@@ -91,9 +91,6 @@ void warn_of_unknown_keys(const CaseText& file, RunLog& log) {
     for (const CaseGroup& block : keyed_blocks()) {
         const bool of_shapes = block.name == "shp_parameters";
         for (const UnknownKey& key : unknown_keys(file, block)) {
-            if (of_shapes && is_shape_set_key(key.name)) {
-                continue;
-            }
             NearestName nearest(key.name);
             for (const CaseKey& known : block.keys) {
                 nearest.offer(known.name);

@@ -1,11 +1,11 @@
 #include "case/keyed_block.hpp"
 
 #include <algorithm>
-#include <array>
 
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
 #include "base/value_scanner.hpp"
+#include "case/shape_set_keys.hpp"
 #include "case/value_assignment.hpp"
 
 namespace torvex {
@@ -138,27 +138,6 @@ KeyStatus read_table_key(const CaseText& file, std::string_view block, const Cas
              place(file.name, found.line));
     }
     return found.status;
-}
-
-bool is_shape_set_key(std::string_view key) {
-    constexpr std::array sets{"sf_build", "sf_tree", "trdb2shp"};
-    constexpr std::array suffixes{
-        "filename",     "cs",           "dbf_h",       "dbf_pd",         "dbf_rls",
-        "dbf_cf",       "scale",        "dbf_z0",      "dbf_z0org",      "dbf_luid",
-        "data_type",    "uconv",        "height_unit", "height_missing", "height_missing_value",
-        "n_mod_entity", "height_marker"};
-    const std::size_t percent = key.find('%');
-    if (percent == std::string_view::npos ||
-        std::ranges::find(sets, key.substr(0, percent)) == sets.end()) {
-        return false;
-    }
-    std::string_view suffix = key.substr(percent + 1);
-    constexpr std::string_view modified = "mod_";
-    if (suffix.starts_with(modified)) {
-        suffix.remove_prefix(modified.size());
-        return !suffix.empty() && suffix.find_first_not_of("0123456789") == std::string_view::npos;
-    }
-    return std::ranges::find(suffixes, suffix) != suffixes.end();
 }
 
 std::optional<long> line_of_key(const CaseText& file, std::string_view block,

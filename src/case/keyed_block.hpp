@@ -51,10 +51,6 @@ KeyStatus read_table_key(const CaseText& file, std::string_view block, const Cas
 // The line in which a block has a key; nothing if it has none.
 std::optional<long> line_of_key(const CaseText& file, std::string_view block, std::string_view key);
 
-// True for a key of a set of shapes, as "sf_tree%filename" or "sf_build%mod_3": the preparation of
-// canopy data reads these from the block shp_parameters.
-bool is_shape_set_key(std::string_view key);
-
 // A line of a block whose key the table does not know.
 struct UnknownKey {
     std::string name;

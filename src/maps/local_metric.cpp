@@ -12,6 +12,8 @@
 
 #include <cmath>
 
+#include "maps/centre_rotation.hpp"
+
 namespace torvex {
 
 namespace {
@@ -63,11 +65,7 @@ MeshPosition position_from_centre(double lon, double lat, double centre_lon, dou
     const MetresPerMinute per_minute = metres_per_minute(centre_lat, datum);
     const auto east = static_cast<float>((lon - centre_lon) * static_cast<double>(per_minute.lon));
     const auto north = static_cast<float>((lat - centre_lat) * static_cast<double>(per_minute.lat));
-    const float theta = wind_direction - 270.0F;
-    const float r = pi * theta / 180.0F;
-    const float s = std::sin(r);
-    // Only these two angles are cleaned of the rounding of pi; the others keep what is left of it.
-    const float c = theta == 90.0F || theta == 270.0F ? 0.0F : std::cos(r);
+    const auto [s, c] = centre_rotation(wind_direction);
     return {.x = east * c - north * s, .y = east * s + north * c};
 }
 

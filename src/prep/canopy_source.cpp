@@ -211,7 +211,7 @@ CanopySource read_canopy_source(const ShapeSet& set, const CaseSettings& setting
     return source;
 }
 
-std::vector<CanopyEntity> on_mesh(const CanopySource& source, const MeshRotation& rotation) {
+std::vector<CanopyEntity> on_mesh(const CanopySource& source, const CentreRotation& rotation) {
     const auto s = static_cast<double>(rotation.s);
     const auto c = static_cast<double>(rotation.c);
     std::vector<CanopyEntity> entities = source.entities;

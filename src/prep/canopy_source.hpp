@@ -6,7 +6,7 @@
 #include "base/run_log.hpp"
 #include "base/shape_set.hpp"
 #include "canopy/canopy_pieces.hpp"
-#include "mesh/rotation.hpp"
+#include "maps/centre_rotation.hpp"
 
 namespace torvex {
 
@@ -48,6 +48,6 @@ CanopySource read_canopy_source(const ShapeSet& set, const CaseSettings& setting
                                 RunLog& log);
 
 // The entities in the mesh of a wind direction.
-std::vector<CanopyEntity> on_mesh(const CanopySource& source, const MeshRotation& rotation);
+std::vector<CanopyEntity> on_mesh(const CanopySource& source, const CentreRotation& rotation);
 
 }  // namespace torvex

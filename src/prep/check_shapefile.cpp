@@ -6,6 +6,7 @@
 #include "canopy/shape/shape_file.hpp"
 #include "canopy/shape/shape_table.hpp"
 #include "maps/local_metric.hpp"
+#include "mesh/rotation.hpp"
 #include "roughness/canopy_conv_table.hpp"
 
 namespace torvex {

@@ -114,7 +114,7 @@ DirectionCanopy make_direction_canopy(PrepCase& prep, const std::vector<CanopySo
     for (const CanopySource& source : sources) {
         SetOnMesh& on = canopy.sets.emplace_back();
         on.source = &source;
-        const std::vector<CanopyEntity> entities = on_mesh(source, mesh_rotation(angle));
+        const std::vector<CanopyEntity> entities = on_mesh(source, centre_rotation(angle));
         on.columns = clip_entities_to_cells(entities, lines.x_line, lines.y_line,
                                             settings.shape.exclude_donut_shape);
         on.gp = parameters_of(on, entities, levels, settings, lines, angle);

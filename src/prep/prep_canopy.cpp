@@ -10,7 +10,6 @@
 #include "base/status_line.hpp"
 #include "base/stop.hpp"
 #include "canopy/canopy_file.hpp"
-#include "case/case_blocks.hpp"
 #include "case/shape_set_keys.hpp"
 #include "prep/check_shapefile.hpp"
 #include "prep/direction_canopy_file.hpp"
@@ -89,11 +88,6 @@ int prep_canopy(std::vector<std::string> arguments) {
     }
     PrepCase prep;
     open_prep_case(case_file, "canopy", prep);
-    if (prep.settings.nest.nest_mode != 0) {
-        stop(1, "the canopy of a nested case cannot be prepared by this version", prep.file.name,
-             "set nest_mode = 0");
-    }
-    read_shape_parameters(prep.file, prep.settings);
     warn_of_mode(prep);
     const RunLock lock(prep.settings.run_prefix + "view-wind_direction.dat");
     const std::vector<CanopySource> sources = read_sources(prep);

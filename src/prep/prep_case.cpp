@@ -8,6 +8,7 @@
 #include "case/case_checks.hpp"
 #include "case/case_directory.hpp"
 #include "case/case_file.hpp"
+#include "case/case_warnings.hpp"
 #include "case/wind_directions.hpp"
 #include "mesh/size_domain.hpp"
 
@@ -42,8 +43,7 @@ void open_prep_case(const std::string& case_file, const std::string& entry, Prep
     read_canopy_parameters(prep.file, settings);
     read_shape_parameters(prep.file, settings);
     check_limits(prep.file, settings, lines);
-    warn_of_mixed_signs(prep.file, settings, lines, prep.log);
-    warn_of_unknown_keys(prep.file, prep.log);
+    warn_of_case(prep.file, settings, lines, prep.log);
     if (settings.nest.nest_mode != 0) {
         stop(1, "the mesh of a nested case cannot be made by torvex-prep " + entry,
              lines.where(prep.file, "nest_mode"), "use the case of its parent");
