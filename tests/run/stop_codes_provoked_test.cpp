@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <set>
@@ -14,12 +15,14 @@
 
 #include "base/stop.hpp"
 #include "canopy/canopy_file.hpp"
+#include "canopy/shape/read_shape_file.hpp"
 #include "case/case_blocks.hpp"
 #include "maps/hgf_header.hpp"
 #include "maps/plane_rectangular.hpp"
 #include "nest/dstr_momen.hpp"
 #include "nest/nest_case.hpp"
 #include "results/result_files.hpp"
+#include "roughness/canopy_conv_table.hpp"
 #include "run/run_fixture.hpp"
 #include "support/failures.hpp"
 #include "support/file_descriptors.hpp"
@@ -405,6 +408,53 @@ Cases cases_of_the_canopy() {
     };
 }
 
+// A set of shapes read from tests/canopy/shape/data.
+Ending reading_of(const std::string& name, const std::string& column = {}) {
+    return ending_of([&] {
+        ShapeSet set;
+        set.name = "sf_tree";
+        set.filename = name;
+        set.dbf_h = column;
+        read_shape_file(set);
+    });
+}
+
+const std::string shapes = TORVEX_SHAPES_DIR;
+
+Cases cases_of_shapes() {
+    return {
+        {{1, "ERROR: Shape File Not Found."},
+         [](const Spoiled&) { return reading_of("none.shp"); }},
+        {{1, "ERROR: DB File Not Found."},
+         [](const Spoiled&) {
+             for (const char* extension : {".shp", ".shx"}) {
+                 std::filesystem::copy_file(shapes + "/wood_z" + extension,
+                                            std::string("alone") + extension);
+             }
+             return reading_of("alone.shp");
+         }},
+        {{1, "ERROR: DB File Field Not Found."},
+         [](const Spoiled&) { return reading_of(shapes + "/wood_z.shp", "HEIGHT"); }},
+        {{1, "Unknown shape type:"},
+         [](const Spoiled&) { return reading_of(shapes + "/trees.shp"); }},
+        {{1, "shapefile"},
+         [](const Spoiled& s) {
+             for (const char* extension : {".shp", ".shx", ".dbf"}) {
+                 s.directory.write(std::string("bad") + extension, "");
+             }
+             return reading_of("bad.shp");
+         }},
+        {{1, "Caught error during reading cnpy_conv_tab"},
+         [](const Spoiled& s) {
+             s.directory.write("classes.tin", "heading\n1 wood\n");
+             return ending_of([] {
+                 CanopyConvTable table;
+                 read_canopy_conv_table(table, "classes.tin");
+             });
+         }},
+    };
+}
+
 Cases cases_of_single_rooms() {
     return {
         {{1, "Turbulence Model Error"},
@@ -444,7 +494,7 @@ Cases all_cases() {
     Cases all;
     for (const Cases& some :
          {cases_of_maps(), cases_of_mesh(), cases_of_the_case_file(), cases_of_the_user_domain(),
-          cases_of_the_run(), cases_of_saved_files(), cases_of_the_canopy(),
+          cases_of_the_run(), cases_of_saved_files(), cases_of_the_canopy(), cases_of_shapes(),
           cases_of_single_rooms(), cases_of_nesting()}) {
         all.insert(some.begin(), some.end());
     }
