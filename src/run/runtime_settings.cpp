@@ -6,7 +6,8 @@
 // a few per cent, a busy one shares fairly.
 //
 // Stacks: a thread whose stack is smaller than what a loop keeps there ends the program by a
-// signal.
+// signal. One that finds no room among the addresses keeps the runtime from starting the thread,
+// which ends the program without a word in its log.
 //
 // Threads: the runtime takes room for all of them on the stack of the first, which a million of
 // them overflows.
@@ -18,7 +19,7 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstdint>
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
@@ -39,35 +40,33 @@ bool prefer_short_waits() {
 }
 
 // True for a size as OMP_STACKSIZE takes it ("512", "20k", "1 M"; kilobytes without a letter) that
-// is below a megabyte. What is no size is left to the runtime, which then takes its own.
-bool is_small_stack(std::string_view text) {
-    constexpr std::int64_t least_kilobytes = 1024;
+// is below a megabyte or above a gigabyte. What is no size is left to the runtime, which then takes
+// its own.
+bool is_useless_stack(std::string_view text) {
+    constexpr double least = 0x1p20;
+    constexpr double most = 0x1p30;
     text = trimmed(text);
     char unit = 'K';
     if (!text.empty() && std::isalpha(static_cast<unsigned char>(text.back())) != 0) {
         unit = static_cast<char>(std::toupper(static_cast<unsigned char>(text.back())));
         text = trimmed(text.substr(0, text.size() - 1));
     }
-    std::int32_t size = 0;
-    if (!parse_integer(text, size) || size < 0) {
+    constexpr std::string_view units = "BKMG";
+    const std::size_t power = units.find(unit);
+    double size = 0;  // the runtime reads sizes beyond 32 bits
+    if (power == std::string_view::npos ||
+        text.find_first_not_of("0123456789") != std::string_view::npos || !parse_real(text, size)) {
         return false;
     }
-    constexpr std::int64_t kilo = 1024;
-    switch (unit) {
-        case 'B':
-            return size / kilo < least_kilobytes;
-        case 'K':
-            return size < least_kilobytes;
-        default:
-            return size == 0;
-    }
+    size = std::ldexp(size, 10 * static_cast<int>(power));
+    return size < least || size > most;
 }
 
-bool drop_small_stacks() {
+bool drop_useless_stacks() {
     bool changed = false;
     for (const char* name : {"OMP_STACKSIZE", "GOMP_STACKSIZE"}) {
         const char* const value = std::getenv(name);
-        if (value != nullptr && is_small_stack(value)) {
+        if (value != nullptr && is_useless_stack(value)) {
             changed = unsetenv(name) == 0 || changed;
         }
     }
@@ -78,7 +77,7 @@ bool drop_small_stacks() {
 
 void settle_runtime(char** argv) {
     const bool waits = prefer_short_waits();
-    const bool stacks = drop_small_stacks();
+    const bool stacks = drop_useless_stacks();
     if (!waits && !stacks) {
         return;
     }
@@ -92,7 +91,8 @@ void settle_runtime(char** argv) {
 void cap_threads(int useful) {
     constexpr int always_started = 64;
     const int most = std::max(1, std::min(useful, std::max(omp_get_num_procs(), always_started)));
-    if (omp_get_max_threads() > most) {
+    const int wanted = omp_get_max_threads();  // below 0 where it is too large for an int
+    if (wanted > most || wanted < 1) {
         omp_set_num_threads(most);
     }
 }

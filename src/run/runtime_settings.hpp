@@ -4,7 +4,7 @@ namespace torvex {
 
 // Called first of all: makes the settings of the OpenMP runtime in the environment fit this program
 // and, where one had to be changed, starts the program anew, since the runtime reads them before
-// main. Settings of the user stay, except a stack too small for a thread to work on.
+// main. Settings of the user stay, except stacks that no thread could work on or be given.
 void settle_runtime(char** argv);
 
 // No more threads than `useful`, and never so many that the runtime cannot start them, whatever
