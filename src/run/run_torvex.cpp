@@ -144,17 +144,29 @@ DirectionEnd end_of(const Run& run, const Direction& direction) {
     return run.settings.MAXIT > 0 ? DirectionEnd::not_converged : DirectionEnd::not_iterated;
 }
 
-// A direction counts as ended when its results are there: where they cannot be written, its row in
-// the table of directions goes back to "entered".
-void finish_direction(Run& run, Direction& direction) {
-    report_outcome(direction, run.log, run.directions);
-    if (direction.diverged) {
-        return;
-    }
+// Takes the outcome of a direction out of the table again. What broke the direction off is on its
+// way to standard error, and must not give way to a table that cannot be written either.
+void take_back_outcome(const Direction& direction, ViewTable& directions) {
     try {
-        write_final_result(run, direction);
+        set_status(direction, DirectionStatus::entered, directions);
+    } catch (const Stop&) {
+        console_error("the row of the direction cannot be put back to 0");
+    }
+}
+
+// A direction counts as ended when its results are there: where they, or the lines of its outcome
+// before them, cannot be written, its row in the table of directions goes back to "entered". A
+// diverged direction has written its results already.
+void finish_direction(Run& run, Direction& direction) {
+    try {
+        report_outcome(direction, run.log, run.directions);
+        if (!direction.diverged) {
+            write_final_result(run, direction);
+        }
     } catch (...) {
-        set_status(direction, DirectionStatus::entered, run.directions);
+        if (!direction.diverged) {
+            take_back_outcome(direction, run.directions);
+        }
         throw;
     }
 }
