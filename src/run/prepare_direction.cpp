@@ -13,6 +13,7 @@
 #include "maps/load_maps.hpp"
 #include "mesh/cell_geometry.hpp"
 #include "mesh/make_mesh.hpp"
+#include "results/finite_fields.hpp"
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
 #include "roughness/calc_roughness1.hpp"
@@ -75,6 +76,8 @@ bool already_done(const CaseSettings& settings, const Residuals& residuals) {
            settings.CC_OUT_V >= residuals.v && settings.CC_OUT_W >= residuals.w;
 }
 
+// Fields that are no finite numbers are not done, whatever their residuals: a direction may have
+// diverged in cells that no residual tells of.
 Prepared resume(Run& run, Direction& direction) {
     const bool user_domain = run.settings.TORVEX_MODE != 0;
     console("Resume torvex default calculations..");
@@ -83,7 +86,8 @@ Prepared resume(Run& run, Direction& direction) {
     }
     read_restart(run, direction);
     make_cell_geometry(direction);
-    if (already_done(run.settings, direction.tested)) {
+    if (already_done(run.settings, direction.tested) &&
+        !first_not_finite(result_fields(direction.flow))) {
         direction.converged = true;
         write_sites(run, direction);
         set_status(direction, DirectionStatus::converged, run.directions);
