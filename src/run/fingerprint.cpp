@@ -199,6 +199,8 @@ class Gathering {
         if (user.inlet == 1) {
             file("inflow_profile_file", user.inflow_profile_file);
             note("specify_turbulence", text_of(user.specify_turbulence));
+        } else if (user.inlet == 0 && settings_.SPECIFY_INFLOW_PROFILE) {
+            profile();
         }
     }
 
