@@ -81,6 +81,21 @@ std::string complaint_about_saved_files(const fs::path& directory) {
     return complaint;
 }
 
+bool lies_at(const std::string& xyz_file, float height) {
+    const Extents n = read_extents(xyz_file, xyz_codes);
+    Field3 x(n.ni, n.nj, n.nk);
+    Field3 y = x;
+    Field3 z = x;
+    read_xyz(xyz_file, x, y, z);
+    bool level = true;
+    for (int j = 1; j <= n.nj; ++j) {
+        for (int i = 1; i <= n.ni; ++i) {
+            level = level && std::abs(z(i, j, 1) - height) < 1e-3F;
+        }
+    }
+    return level;
+}
+
 bool has_temporary_file(const fs::path& directory) {
     std::error_code gone;
     for (const auto& entry : fs::directory_iterator(directory, gone)) {

@@ -5,13 +5,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
 
 #include "canopy/canopy_file.hpp"
 #include "results/result_files.hpp"
 #include "run/run_fixture.hpp"
 #include "run/run_state.hpp"
+#include "run/saved_files.hpp"
 
 namespace torvex::test {
 namespace {
@@ -27,23 +27,6 @@ const std::vector<std::string> tags{"000_0", "180_0"};
 
 std::string info_of(const std::string& tag) {
     return "restart-" + tag + "-restart.info";
-}
-
-// True if a direction lies on level ground of so many metres, but for the rounding of the maps.
-bool lies_at(const std::string& tag, float height) {
-    const std::string file = "restart-" + tag + "-xyz.tuf";
-    const Extents n = read_extents(file, xyz_codes);
-    Field3 x(n.ni, n.nj, n.nk);
-    Field3 y = x;
-    Field3 z = x;
-    read_xyz(file, x, y, z);
-    bool level = true;
-    for (int j = 1; j <= n.nj; ++j) {
-        for (int i = 1; i <= n.ni; ++i) {
-            level = level && std::abs(z(i, j, 1) - height) < 1e-3F;
-        }
-    }
-    return level;
 }
 
 class SavedStates : public RunTest {
@@ -145,7 +128,7 @@ TEST_F(SavedStates, OfAFreshRunThatIsStoppedInItsFirstDirectionAreNotThoseOfTheR
         run_two("0");
         for (const std::string& tag : tags) {
             directory.write(info_of(tag), "0\n 1e-5 1e-5 1e-5 1e-5\n");  // converged
-            EXPECT_TRUE(lies_at(tag, 10.0F));
+            EXPECT_TRUE(lies_at("restart-" + tag + "-xyz.tuf", 10.0F));
         }
         directory.write("h.map", level_map("25"));
         write_case(two(flag));
@@ -159,7 +142,7 @@ TEST_F(SavedStates, OfAFreshRunThatIsStoppedInItsFirstDirectionAreNotThoseOfTheR
         EXPECT_EQ(slot("view-wind_direction.dat", 2), "  0.0 1");
         EXPECT_EQ(slot("view-wind_direction.dat", 3), "180.0 2") << "not done: begun only now";
         for (const std::string& tag : tags) {
-            EXPECT_TRUE(lies_at(tag, 25.0F)) << tag << ", " << ran.err;
+            EXPECT_TRUE(lies_at("restart-" + tag + "-xyz.tuf", 25.0F)) << tag << ", " << ran.err;
         }
     }
 }
@@ -232,7 +215,7 @@ TEST_F(SavedStates, BehindANewMapHaveItsGroundAndKeepTheEarlierResult) {
     directory.write("h.map", level_map("20"));
     expect_anew(run_two("1"), "BASIC_H_FILE");
     for (const std::string& tag : tags) {
-        EXPECT_TRUE(lies_at(tag, 20.0F));
+        EXPECT_TRUE(lies_at("restart-" + tag + "-xyz.tuf", 20.0F));
         EXPECT_TRUE(directory.has("restart-" + tag + "-vpkeout_00000.tuf"));
     }
     EXPECT_EQ(directory.read("restart-000_0-vpkeout_00480.tuf"), earlier);
