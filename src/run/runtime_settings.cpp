@@ -89,8 +89,9 @@ void settle_runtime(char** argv) {
 }
 
 void cap_threads(int useful) {
-    constexpr int always_started = 64;
-    const int most = std::max(1, std::min(useful, std::max(omp_get_num_procs(), always_started)));
+    constexpr int always_allowed = 8;  // more threads than cores only wait for each other
+    const int most =
+        std::max(1, std::min(useful, std::max(2 * omp_get_num_procs(), always_allowed)));
     const int wanted = omp_get_max_threads();  // below 0 where it is too large for an int
     if (wanted > most || wanted < 1) {
         omp_set_num_threads(most);

@@ -11,7 +11,7 @@ namespace torvex {
 // What the table says of an entity's height.
 enum class HeightState : std::uint8_t {
     unasked,  // nothing: the set names no column
-    missing,    // the row has none
+    missing,  // the row has none
     given
 };
 
