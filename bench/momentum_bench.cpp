@@ -44,15 +44,22 @@ struct Flow {
             s.flxW.data()[n] = 0.002F * (0.4F - x);
         }
         s.outflow_mass = 50.0F;
+        walls = torvex::wall_cells(settings, g, s.z0);
+        controls = torvex::solve_controls(settings);
     }
 
     torvex::CaseSettings settings;
     torvex::GridGeometry g;
     torvex::FlowState s;
     torvex::SolverWork work;
-    torvex::TextLog log;
-    torvex::IterationReport report{log};
-    torvex::SolverContext context{settings, g, s, work, report, 0};
+    torvex::Walls walls;
+    torvex::SolveControls controls;
+    torvex::SolverContext context{.settings = settings,
+                                  .controls = controls,
+                                  .grid = g,
+                                  .walls = walls,
+                                  .flow = s,
+                                  .work = work};
 };
 
 template <class Step>
@@ -71,7 +78,7 @@ void assembly(benchmark::State& state) {
 }
 
 void boundary(benchmark::State& state) {
-    run(state, [](Flow& f) { torvex::bc_u(f.context); });
+    run(state, [](Flow& f) { torvex::bc_u(f.context, torvex::sources_of(f.s.eq)); });
 }
 
 void relaxation(benchmark::State& state) {

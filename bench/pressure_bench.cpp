@@ -1,15 +1,10 @@
 // Cells per second of the steps of the pressure correction on a hill mesh.
 
 #include <benchmark/benchmark.h>
-#include <fcntl.h>
-#include <unistd.h>
 
 #include <cstdint>
-#include <cstdio>
 
 #include "base/case_settings.hpp"
-#include "base/iteration_report.hpp"
-#include "base/text_log.hpp"
 #include "mesh/test_meshes.hpp"
 #include "solver/calcp.hpp"
 #include "solver/pressure_boundary.hpp"
@@ -89,27 +84,6 @@ void second(benchmark::State& state) {
     });
 }
 
-// Keeps the report lines of the equations out of the table of the benchmark.
-class QuietConsole {
- public:
-    QuietConsole() : shown_(dup(STDOUT_FILENO)) {
-        std::fflush(stdout);
-        const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-        dup2(nowhere, STDOUT_FILENO);
-        close(nowhere);
-    }
-    ~QuietConsole() {
-        std::fflush(stdout);
-        dup2(shown_, STDOUT_FILENO);
-        close(shown_);
-    }
-    QuietConsole(const QuietConsole&) = delete;
-    QuietConsole& operator=(const QuietConsole&) = delete;
-
- private:
-    int shown_;
-};
-
 // Ten cycles at most; the start is the same each time.
 void calcp(benchmark::State& state) {
     PressureCase c = flow(state);
@@ -117,13 +91,15 @@ void calcp(benchmark::State& state) {
     settings.URFP = 0.2F;
     settings.NSWPP = 10;
     torvex::SolverWork work;
-    work.allocate(c.g.ni, c.g.nj, c.g.nk);
-    torvex::TextLog log;
-    log.open("/dev/null", torvex::TextLog::Existing::append);
-    const torvex::IterationReport report(log);
-    torvex::SolverContext context{settings, c.g, c.s, work, report, 0};
+    const torvex::Walls walls;  // no part of the pressure step
+    const torvex::SolveControls controls = torvex::solve_controls(settings);
+    const torvex::SolverContext context{.settings = settings,
+                                        .controls = controls,
+                                        .grid = c.g,
+                                        .walls = walls,
+                                        .flow = c.s,
+                                        .work = work};
     const torvex::FlowState start = c.s;
-    const QuietConsole quiet;
     run(state, c, [&] {
         state.PauseTiming();
         c.s.u = start.u;

@@ -26,7 +26,7 @@ namespace {
 using torvex::CellRange;
 using torvex::Field3;
 using torvex::LinearSystem;
-using torvex::SolverWork;
+using torvex::RcmWork;
 
 // Interior cells of a mesh along each axis, a million or a hundred thousand in all.
 struct Size {
@@ -93,8 +93,8 @@ void sweep(benchmark::State& state) {
     count(state, 7 * 4 + 8 + 2 * 4 + 4);
 }
 
-SolverWork work_for(const Problem& p) {
-    SolverWork work;
+RcmWork work_for(const Problem& p) {
+    RcmWork work;
     work.allocate(p.phi.ni(), p.phi.nj(), p.phi.nk());
     work.rhs = p.phi;
     return work;
@@ -103,7 +103,7 @@ SolverWork work_for(const Problem& p) {
 void sip_factors(benchmark::State& state) {
     set_threads(state);
     Problem p(state.range(0));
-    SolverWork work = work_for(p);
+    RcmWork work = work_for(p);
     for ([[maybe_unused]] auto _ : state) {
         torvex::SIP(p.range, p.phi, 0, 0.9F, 1, work, p.eq);
         benchmark::ClobberMemory();
@@ -116,7 +116,7 @@ void sip_sweeps(benchmark::State& state) {
     set_threads(state);
     constexpr int sweeps = 21;
     Problem p(state.range(0));
-    SolverWork work = work_for(p);
+    RcmWork work = work_for(p);
     torvex::SIP(p.range, p.phi, 0, 0.9F, 1, work, p.eq);
     for ([[maybe_unused]] auto _ : state) {
         torvex::SIP(p.range, p.phi, sweeps, 0.9F, 2, work, p.eq);
@@ -128,7 +128,7 @@ void sip_sweeps(benchmark::State& state) {
 void rcm_cycle(benchmark::State& state) {
     set_threads(state);
     Problem p(state.range(0));
-    SolverWork work = work_for(p);
+    RcmWork work = work_for(p);
     for ([[maybe_unused]] auto _ : state) {
         torvex::RCM(p.range, p.phi, 4, 4, 0.0F, work, p.eq);
         benchmark::ClobberMemory();

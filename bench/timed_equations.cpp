@@ -20,13 +20,13 @@ class Stopwatch {
     Clock::time_point start_ = Clock::now();
 };
 
-struct TimedSweep {
-    Equations::Sweep call;
+struct TimedSolve {
+    Equations::Solve call;
     double& seconds;
 
-    void operator()(const SolverContext& context, int iter, int interval) const {
+    SolveRecords operator()(const SolverContext& context, int iter, int interval) const {
         const Stopwatch watch(seconds);
-        call(context, iter, interval);
+        return call(context, iter, interval);
     }
 };
 
@@ -49,13 +49,13 @@ Equations timed_equations(RoutineSeconds& seconds,
     };
     const Equations plain = flow_equations();
     const TimedUpdate last{plain.CALCVIS, of(Routine::CALCVIS)};
-    return {.CALCU = TimedSweep{plain.CALCU, of(Routine::CALCU)},
-            .CALCV = TimedSweep{plain.CALCV, of(Routine::CALCV)},
-            .CALCW = TimedSweep{plain.CALCW, of(Routine::CALCW)},
-            .CALCP = TimedSweep{plain.CALCP, of(Routine::CALCP)},
-            .CALCKE = TimedSweep{plain.CALCKE, of(Routine::CALCKE)},
-            .CALCED = TimedSweep{plain.CALCED, of(Routine::CALCED)},
-            .CALCKLM = TimedSweep{plain.CALCKLM, of(Routine::CALCKLM)},
+    return {.CALCU = TimedSolve{plain.CALCU, of(Routine::CALCU)},
+            .CALCV = TimedSolve{plain.CALCV, of(Routine::CALCV)},
+            .CALCW = TimedSolve{plain.CALCW, of(Routine::CALCW)},
+            .CALCP = TimedSolve{plain.CALCP, of(Routine::CALCP)},
+            .CALCKE = TimedSolve{plain.CALCKE, of(Routine::CALCKE)},
+            .CALCED = TimedSolve{plain.CALCED, of(Routine::CALCED)},
+            .CALCKLM = TimedSolve{plain.CALCKLM, of(Routine::CALCKLM)},
             .CALCLM = TimedUpdate{plain.CALCLM, of(Routine::CALCLM)},
             .CALCLM_ = TimedUpdate{plain.CALCLM_, of(Routine::CALCLM_)},
             .CALCVIS = [last, behind](const SolverContext& context) {

@@ -89,7 +89,7 @@ struct UserDomain {
 };
 
 // Everything that the case file says, and what follows from it alone. Filled once, read-only for
-// the rest of the run but for the scaled criteria CC_OUT_* and the factors URF* under BOOSTCAL.
+// the rest of the run but for the scaled criteria CC_OUT_*.
 // Character values are kept without trailing blanks; array bounds begin at 1. Defaults are those of
 // the table of keys (case/case_keys), applied by set_defaults().
 struct CaseSettings {
@@ -256,13 +256,6 @@ struct CaseSettings {
     float CE2 = 0;
     float SIGK = 0;
     float SIGE = 0;
-    float urf_start_u = 0;  // relaxation factors as read, where a boost starts [-]
-    float urf_start_v = 0;
-    float urf_start_w = 0;
-    float urf_start_p = 0;
-    float urf_start_k = 0;
-    float urf_start_e = 0;
-    float urf_start_vis = 0;
     std::vector<float> alpha_direction;  // directional alpha: n + 1 directions [deg]
     std::vector<float> alpha_value;      // and their shear exponents [-]
 

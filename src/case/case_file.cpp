@@ -91,16 +91,6 @@ void check_monitor(const CaseText& file, const CaseSettings& settings, const Key
     }
 }
 
-void keep_relaxation_factors(CaseSettings& settings) {
-    settings.urf_start_u = settings.URFU;
-    settings.urf_start_v = settings.URFV;
-    settings.urf_start_w = settings.URFW;
-    settings.urf_start_p = settings.URFP;
-    settings.urf_start_k = settings.URFK;
-    settings.urf_start_e = settings.URFE;
-    settings.urf_start_vis = settings.URFVIS;
-}
-
 }  // namespace
 
 CaseText load_case_text(const std::string& case_file) {
@@ -139,7 +129,6 @@ void read_case_file(const CaseText& file, CaseSettings& settings, KeyLines& line
     if (settings.TERRAIN_MODE == "flat") {
         settings.DOUBLE_CORRECTION = false;
     }
-    keep_relaxation_factors(settings);
     if (settings.USE_DIRECTIONAL_ALPHA) {
         read_alpha_table(settings);
     }

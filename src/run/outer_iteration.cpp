@@ -15,6 +15,8 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <string>
+#include <string_view>
 
 #include "base/edit.hpp"
 #include "base/file_names.hpp"
@@ -32,8 +34,11 @@
 #include "solver/clearing_pass.hpp"
 #include "solver/coarse_roughness.hpp"
 #include "solver/inflow_sums.hpp"
+#include "solver/solve_controls.hpp"
+#include "solver/solve_record.hpp"
 #include "solver/solver_context.hpp"
 #include "solver/solver_work.hpp"
+#include "solver/wall_cells.hpp"
 
 namespace torvex {
 
@@ -45,6 +50,7 @@ struct Loop {
     std::int64_t last_iter = 0;  // the last one allowed
     int prev_iter = 0;
     Residuals prev_resid;
+    SolveControls controls;  // what the equations go by now
 };
 
 enum class Verdict : std::uint8_t { go_on, leave };
@@ -57,47 +63,46 @@ void open_convergence_log(Run& run, const Direction& direction, TextLog& log) {
              run.append_convergence_logs ? Existing::append : Existing::discard);
 }
 
-void restore_relaxation(CaseSettings& settings) {
-    settings.URFU = settings.urf_start_u;
-    settings.URFV = settings.urf_start_v;
-    settings.URFW = settings.urf_start_w;
-    settings.URFP = settings.urf_start_p;
-    settings.URFK = settings.urf_start_k;
-    settings.URFE = settings.urf_start_e;
-    settings.URFVIS = settings.urf_start_vis;
-}
+// Calls an equation and tells of its solutions, the labels in their order.
+class ToldSolve {
+ public:
+    ToldSolve(const SolverContext& context, const IterationReport& report, int iter)
+        : context_(context), report_(report), iter_(iter) {}
 
-// URFVIS is left alone on purpose.
-void boost_relaxation(CaseSettings& settings) {
-    const auto boost = [](float& factor, float ceiling) {
-        factor = std::min(ceiling, 2.0F * factor);
-    };
-    boost(settings.URFU, settings.URFU_MAX);
-    boost(settings.URFV, settings.URFV_MAX);
-    boost(settings.URFW, settings.URFW_MAX);
-    boost(settings.URFP, settings.URFP_MAX);
-    boost(settings.URFK, settings.URFK_MAX);
-    boost(settings.URFE, settings.URFE_MAX);
-}
+    template <class... Labels>
+    void operator()(const Equations::Solve& equation, Labels... label) const {
+        const std::array<std::string_view, sizeof...(Labels)> labels{label...};
+        const SolveRecords records = equation(context_, iter_, context_.settings.MONITOR_STEP);
+        for (std::size_t n = 0; n < records.size(); ++n) {
+            report_.line(solve_line(labels.at(n), records[n]));
+        }
+    }
+
+ private:
+    const SolverContext& context_;
+    const IterationReport& report_;
+    int iter_;
+};
 
 // The equations in their order; false as soon as a residual is not a number.
-bool solve_equations(const Equations& equations, const SolverContext& context, int iter) {
-    const int interval = context.settings.MONITOR_STEP;
+bool solve_equations(const Equations& equations, const SolverContext& context,
+                     const IterationReport& report, int iter) {
+    const ToldSolve solve(context, report, iter);
     const FlowState& flow = context.flow;
-    equations.CALCU(context, iter, interval);
+    solve(equations.CALCU, "   u");
     if (std::isnan(flow.resid_u)) {
         return false;
     }
-    equations.CALCV(context, iter, interval);
+    solve(equations.CALCV, "   v");
     if (std::isnan(flow.resid_v)) {
         return false;
     }
-    equations.CALCW(context, iter, interval);
+    solve(equations.CALCW, "   w");
     if (std::isnan(flow.resid_w)) {
         return false;
     }
-    equations.CALCP(context, iter, interval);
-    equations.CALCKE(context, iter, interval);
+    solve(equations.CALCP, "   p", "  pp");
+    solve(equations.CALCKE, "   k");
     if (std::isnan(flow.resid_k)) {
         return false;
     }
@@ -105,12 +110,12 @@ bool solve_equations(const Equations& equations, const SolverContext& context, i
     if (model == 2) {
         equations.CALCLM(context);
     } else {
-        equations.CALCED(context, iter, interval);
+        solve(equations.CALCED, "   e");
         if (std::isnan(flow.resid_e)) {
             return false;
         }
         if (model == 4) {
-            equations.CALCKLM(context, iter, interval);
+            solve(equations.CALCKLM, "  klm");
             if (std::isnan(flow.resid_klm)) {
                 return false;
             }
@@ -203,8 +208,8 @@ void balance_flow(const GridGeometry& grid, FlowState& flow) {
 }
 
 // Steps behind the tests; the loop is left after the iteration in which a stop was asked for.
-Verdict end_iteration(Run& run, Direction& direction, const Loop& loop) {
-    CaseSettings& settings = run.settings;
+Verdict end_iteration(Run& run, Direction& direction, Loop& loop) {
+    const CaseSettings& settings = run.settings;
     const auto iter = static_cast<int>(loop.iter);
     if (settings.DEBUG_MODE > 0 && (iter - 1) % settings.DEBUG_MODE == 0 &&
         loop.iter != loop.last_iter) {
@@ -212,7 +217,7 @@ Verdict end_iteration(Run& run, Direction& direction, const Loop& loop) {
         write_final_result(run, direction);
     }
     if (settings.BOOSTCAL && iter % 50 == 0) {
-        boost_relaxation(settings);
+        boost(loop.controls, settings);
     }
     if (stop_requested_by_file()) {
         direction.stop_requested = true;
@@ -226,17 +231,17 @@ Verdict end_iteration(Run& run, Direction& direction, const Loop& loop) {
 }
 
 Verdict iterate(Run& run, Direction& direction, const Equations& equations,
-                const SolverContext& context, Loop& loop) {
-    CaseSettings& settings = run.settings;
+                const SolverContext& context, const IterationReport& report, Loop& loop) {
+    const CaseSettings& settings = run.settings;
     FlowState& flow = direction.flow;
     const auto iter = static_cast<int>(loop.iter);
     read_intermediate_interval(run.intermediate_interval);
     loop.prev_iter = iter - 1;
     loop.prev_resid = direction.tested;
-    if (iter >= settings.canopy.start_cal_src && settings.canopy.canopy_mode > 0) {
+    if (iter >= settings.canopy.start_cal_src && settings.canopy_on()) {
         flow.canopy_source_factor = 1.0F;
     }
-    if (!solve_equations(equations, context, iter)) {
+    if (!solve_equations(equations, context, report, iter)) {
         direction.diverged = true;
         return Verdict::leave;
     }
@@ -249,7 +254,7 @@ Verdict iterate(Run& run, Direction& direction, const Equations& equations,
     if (iter % settings.MONITOR_STEP == 0) {
         direction.tested = {flow.resid_m, flow.resid_u, flow.resid_v,
                             flow.resid_w, flow.resid_k, flow.resid_e};
-        report_monitor_step(run, direction, context.report, iter);
+        report_monitor_step(run, direction, report, iter);
         if (meets_criteria(settings, flow)) {
             direction.converged = true;
             return Verdict::leave;
@@ -276,11 +281,12 @@ void scan_fields(Run& run, Direction& direction, Loop& loop) {
     direction.outer_count = loop.prev_iter;
 }
 
-void prepare(Run& run, Direction& direction) {
+// Returns the cells beside walls.
+Walls prepare(Run& run, Direction& direction) {
     clearing_pass(run.settings, direction.flow);
     GRID(direction.grid);
-    warn_of_coarse_roughness(run.settings, direction.grid, direction.flow, direction.angle,
-                             run.log);
+    Walls walls = wall_cells(run.settings, direction.grid, direction.flow.z0);
+    warn_of_coarse_roughness(direction.grid, walls, direction.angle, run.log);
     inflow_sums(direction.grid, direction.flow);
     if (run.settings.TORVEX_MODE == 0) {
         // A monitor that is nowhere ends the run before the first iteration, not behind it.
@@ -289,6 +295,7 @@ void prepare(Run& run, Direction& direction) {
     if (run.settings.RESTART_FLAG == 0) {
         clear_monitor_logs(direction.logs);
     }
+    return walls;
 }
 
 }  // namespace
@@ -298,20 +305,17 @@ void OUTER_ITERATION(Run& run, Direction& direction) {
 }
 
 void OUTER_ITERATION(Run& run, Direction& direction, const Equations& equations) {
-    CaseSettings& settings = run.settings;
+    const CaseSettings& settings = run.settings;
     TextLog convergence_log;
     open_convergence_log(run, direction, convergence_log);
     const IterationReport report(convergence_log);
-    prepare(run, direction);
+    const Walls walls = prepare(run, direction);
 
     console(iteration_rule());
     if (direction.outer_count == 0) {
         report.log_only(iteration_rule());
     }
     direction.flow.canopy_source_factor = 0.0F;
-    if (settings.BOOSTCAL) {
-        restore_relaxation(settings);
-    }
     const std::int32_t interval_before = run.intermediate_interval;
     read_intermediate_interval(run.intermediate_interval);
     if (run.intermediate_interval > 0 || run.intermediate_interval != interval_before) {
@@ -320,18 +324,23 @@ void OUTER_ITERATION(Run& run, Direction& direction, const Equations& equations)
     }
 
     cap_threads(direction.grid.nk);  // the loops share out planes
-    SolverWork work;
-    work.allocate(direction.grid.ni, direction.grid.nj, direction.grid.nk);
-    const SolverContext context{settings, direction.grid, direction.flow,
-                                work,     report,         settings.nest.nest_mode != 0 ? 1 : 0};
     constexpr std::int64_t most = std::numeric_limits<int>::max() - 1;
     Loop loop{.iter = std::int64_t{direction.outer_count} + 1,
               .last_iter = std::min(most, std::int64_t{direction.outer_count} + settings.MAXIT),
               .prev_iter = 0,
-              .prev_resid = {}};
+              .prev_resid = {},
+              .controls = solve_controls(settings)};
+    SolverWork work;
+    const SolverContext context{.settings = settings,
+                                .controls = loop.controls,
+                                .grid = direction.grid,
+                                .walls = walls,
+                                .flow = direction.flow,
+                                .work = work,
+                                .skip_sides = settings.nested() ? 1 : 0};
     Progress progress(settings, direction, static_cast<int>(loop.last_iter));
     while (loop.iter <= loop.last_iter &&
-           iterate(run, direction, equations, context, loop) == Verdict::go_on) {
+           iterate(run, direction, equations, context, report, loop) == Verdict::go_on) {
         const auto iter = static_cast<int>(loop.iter);
         progress.iteration(iter, iter % settings.MONITOR_STEP == 0);
         ++loop.iter;

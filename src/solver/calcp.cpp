@@ -2,10 +2,10 @@
 //
 //   sum over the faces of den*(flx + coef*(pp_P - pp_N)) = 0
 //
-// with flx the face fluxes by momentum interpolation and coef their change per unit of pp. One
-// sweep and then RCM solve for pp; velocities and fluxes take the whole correction, p the part URFP
-// of it. DOUBLE_CORRECTION repeats the solution for what the first one leaves out on non-orthogonal
-// meshes.
+// with flx the face fluxes by momentum interpolation and coef their change per unit of pp. The
+// pressure solver of the direction solves for pp; velocities and fluxes take the whole correction,
+// p the part URFP of it. DOUBLE_CORRECTION repeats the solution for what the first one leaves out
+// on non-orthogonal meshes.
 //
 // reads   the grid, u, v, w, p, den, dUxi..dWze; URFP, NSWPP, DOUBLE_CORRECTION
 // writes  flxU, flxV, flxW, pp, p and its boundary values, u, v, w in 2..nx, 2..ny, 2..nz;
@@ -16,46 +16,35 @@
 
 #include "solver/calcp.hpp"
 
-#include <string>
-#include <string_view>
-
-#include "base/edit.hpp"
 #include "solver/pressure_boundary.hpp"
 #include "solver/pressure_correction.hpp"
 #include "solver/pressure_equation.hpp"
 #include "solver/pressure_faces.hpp"
-#include "solver/rcm.hpp"
-#include "solver/residual_sum.hpp"
 #include "solver/second_corrector.hpp"
 #include "solver/solver_work.hpp"
-#include "solver/sweep_phi.hpp"
 
 namespace torvex {
 
 namespace {
 
-void solve(const SolverContext& c, std::string_view name) {
+SolveRecord solve(const SolverContext& c) {
     const GridGeometry& g = c.grid;
     FlowState& s = c.flow;
     const CellRange interior{2, 2, 2, g.nx, g.ny, g.nz};
-    sweep_phi(interior, s.eq, s.pp, 1.0F);
-    const float rp0 = residual_sum(interior, s.eq, s.pp, Pinned::count);
-    const RcmResult done =
-        RCM(interior, s.pp, stored_corrections, c.settings.NSWPP, rp0, c.work, s.eq);
-    c.report.line(std::string(name) + ": n=" + edit::I(done.n, 3) + ", rp0=" + edit::E(rp0, 14, 7) +
-                  ", rp1=" + edit::E(done.r1, 14, 7) + ", a=" + edit::E(done.a, 14, 7));
+    const SolveRecord done = c.work.solvers.pressure(interior, s.eq, s.pp, c.controls.NSWPP);
     bc_pp(g, s.pp);
+    return done;
 }
 
 void correct(const SolverContext& c) {
-    correct_flow(c.grid, c.flow, c.settings.URFP);
+    correct_flow(c.grid, c.flow, c.controls.URFP);
     bc_p(c.grid, c.flow.p);
 }
 
 // The mass that the extra fluxes of the second corrector bring into each cell is a source of its
 // own: formed from the whole fluxes it would hold the cells that correct_flow leaves uncorrected,
 // and the solution would diverge.
-void correct_again(const SolverContext& c) {
+SolveRecord correct_again(const SolverContext& c) {
     const GridGeometry& g = c.grid;
     FlowState& s = c.flow;
     non_orthogonal_fluxes(g, s);
@@ -63,13 +52,14 @@ void correct_again(const SolverContext& c) {
     mass_source(g, {s.coefXi, s.coefEt, s.coefZe}, s);
     face_coefficients(g, s);
     s.pp.fill(0.0F);  // the coefficients of the equation stand
-    solve(c, "  pp");
+    const SolveRecord done = solve(c);
     correct(c);
+    return done;
 }
 
 }  // namespace
 
-void CALCP(const SolverContext& c, int /*iter*/, int /*interval*/) {
+SolveRecords CALCP(const SolverContext& c, int /*iter*/, int /*interval*/) {
     const GridGeometry& g = c.grid;
     FlowState& s = c.flow;
     face_fluxes(g, s);
@@ -77,11 +67,12 @@ void CALCP(const SolverContext& c, int /*iter*/, int /*interval*/) {
     bc_flux(g, s);
     s.resid_m = mass_source(g, {s.flxU, s.flxV, s.flxW}, s);
     pressure_equation(g, s);
-    solve(c, "   p");
+    SolveRecords records{solve(c)};
     correct(c);
     if (c.settings.DOUBLE_CORRECTION) {
-        correct_again(c);
+        records.push_back(correct_again(c));
     }
+    return records;
 }
 
 }  // namespace torvex

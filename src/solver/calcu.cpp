@@ -21,17 +21,18 @@
 
 namespace torvex {
 
-void CALCU(const SolverContext& c, int iter, int interval) {
+SolveRecords CALCU(const SolverContext& c, int iter, int interval) {
+    const Sources target = sources_of(c.flow.eq);
     assemble_momentum<Component::u>(c, c.work.momentum);
     if (c.settings.canopy_on()) {
-        canopy_momentum_source(canopy_cells_of(c));
+        canopy_momentum_source(canopy_cells_of(c, target));
     }
-    bc_u(c);
+    bc_u(c, target);
     relax_momentum(c, Component::u);
     if (iter % interval == 0) {
         reference_sums(c, Component::u);
     }
-    solve_momentum(c, Component::u);
+    return {solve_momentum(c, Component::u)};
 }
 
 }  // namespace torvex

@@ -18,17 +18,18 @@
 
 namespace torvex {
 
-void CALCV(const SolverContext& c, int iter, int interval) {
+SolveRecords CALCV(const SolverContext& c, int iter, int interval) {
+    const Sources target = sources_of(c.flow.eq);
     assemble_momentum<Component::v>(c, c.work.momentum);
     if (c.settings.canopy_on()) {
-        canopy_momentum_source(canopy_cells_of(c));
+        canopy_momentum_source(canopy_cells_of(c, target));
     }
-    bc_v(c);
+    bc_v(c, target);
     relax_momentum(c, Component::v);
     if (iter % interval == 0) {
         reference_sums(c, Component::v);
     }
-    solve_momentum(c, Component::v);
+    return {solve_momentum(c, Component::v)};
 }
 
 }  // namespace torvex

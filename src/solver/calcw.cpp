@@ -18,17 +18,18 @@
 
 namespace torvex {
 
-void CALCW(const SolverContext& c, int iter, int interval) {
+SolveRecords CALCW(const SolverContext& c, int iter, int interval) {
+    const Sources target = sources_of(c.flow.eq);
     assemble_momentum<Component::w>(c, c.work.momentum);
     if (c.settings.canopy_on()) {
-        canopy_momentum_source(canopy_cells_of(c));
+        canopy_momentum_source(canopy_cells_of(c, target));
     }
-    bc_w(c);
+    bc_w(c, target);
     relax_momentum(c, Component::w);
     if (iter % interval == 0) {
         reference_sums(c, Component::w);
     }
-    solve_momentum(c, Component::w);
+    return {solve_momentum(c, Component::w)};
 }
 
 }  // namespace torvex

@@ -5,8 +5,8 @@
 
 namespace torvex {
 
-// The fields of a direction as the canopy terms take them.
-inline CanopyCells canopy_cells_of(const SolverContext& c) {
+// The fields of a direction as the canopy terms take them, which add to `target`.
+inline CanopyCells canopy_cells_of(const SolverContext& c, Sources target) {
     FlowState& s = c.flow;
     return {.vol = c.grid.vol,
             .u = s.u,
@@ -18,8 +18,8 @@ inline CanopyCells canopy_cells_of(const SolverContext& c) {
             .gp_d = s.gp_d,
             .gp_k = s.gp_k,
             .gp_e = s.gp_e,
-            .su = s.eq.su,
-            .sp = s.eq.sp};
+            .su = target.su,
+            .sp = target.sp};
 }
 
 }  // namespace torvex

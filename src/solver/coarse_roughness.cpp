@@ -1,8 +1,6 @@
 // The warning of a mesh that reaches into the roughness.
 //
-// reads   xc, yc, zc and the metric vectors at the ghost planes of the walls; z0; WIND_TUNNEL_MODE,
-//         WIND_TUNNEL_Z0
-// walls   the ground; from WIND_TUNNEL_MODE 1 on the top; from 2 on the sides j = 1 and j = nj
+// reads   the wall cells; xc, yc
 
 #include "solver/coarse_roughness.hpp"
 
@@ -10,7 +8,6 @@
 #include <string>
 
 #include "base/edit.hpp"
-#include "solver/wall.hpp"
 
 namespace torvex {
 
@@ -23,34 +20,33 @@ struct WorstCell {
     int i = 0, j = 0, k = 0;
     const char* wall = "";
 
-    void meet(float distance, float roughness, const char* name, int ii, int jj, int kk) {
-        const float r = distance / roughness;
+    void meet(const WallCell& cell, const char* name, int ii, int jj, int kk) {
+        const float r = cell.d / cell.z0;
         if (r < ratio) {
-            *this = {r, distance, roughness, ii, jj, kk, name};
+            *this = {r, cell.d, cell.z0, ii, jj, kk, name};
         }
     }
 };
 
-WorstCell worst_cell(const CaseSettings& settings, const GridGeometry& g, const Field2& z0) {
+WorstCell worst_cell(const GridGeometry& g, const Walls& walls) {
     WorstCell worst;
     for (int j = 2; j <= g.ny; ++j) {
         for (int i = 2; i <= g.nx; ++i) {
-            worst.meet(wall_cell<Wall::ground>(g, i, j).d, z0(i, j), "ground", i, j, 2);
+            worst.meet(walls.ground(i, j), "ground", i, j, 2);
         }
     }
-    const float tunnel_z0 = settings.WIND_TUNNEL_Z0;
-    if (settings.wall_on_top()) {
+    if (walls.top.size() > 0) {
         for (int j = 2; j <= g.ny; ++j) {
             for (int i = 2; i <= g.nx; ++i) {
-                worst.meet(wall_cell<Wall::top>(g, i, j).d, tunnel_z0, "top", i, j, g.nz);
+                worst.meet(walls.top(i, j), "top", i, j, g.nz);
             }
         }
     }
-    if (settings.walls_on_sides()) {
+    if (walls.south.size() > 0) {
         for (int k = 2; k <= g.nz; ++k) {
             for (int i = 2; i <= g.nx; ++i) {
-                worst.meet(wall_cell<Wall::south>(g, i, k).d, tunnel_z0, "south wall", i, 2, k);
-                worst.meet(wall_cell<Wall::north>(g, i, k).d, tunnel_z0, "north wall", i, g.ny, k);
+                worst.meet(walls.south(i, k), "south wall", i, 2, k);
+                worst.meet(walls.north(i, k), "north wall", i, g.ny, k);
             }
         }
     }
@@ -59,9 +55,9 @@ WorstCell worst_cell(const CaseSettings& settings, const GridGeometry& g, const 
 
 }  // namespace
 
-void warn_of_coarse_roughness(const CaseSettings& settings, const GridGeometry& g,
-                              const FlowState& s, float wd_angle, RunLog& log) {
-    const WorstCell worst = worst_cell(settings, g, s.z0);
+void warn_of_coarse_roughness(const GridGeometry& g, const Walls& walls, float wd_angle,
+                              RunLog& log) {
+    const WorstCell worst = worst_cell(g, walls);
     if (!(worst.ratio < least_distance_over_z0)) {
         return;
     }

@@ -1,9 +1,8 @@
 #pragma once
 
-#include "base/case_settings.hpp"
 #include "base/run_log.hpp"
 #include "mesh/grid_geometry.hpp"
-#include "solver/flow_state.hpp"
+#include "solver/wall_cells.hpp"
 
 namespace torvex {
 
@@ -11,8 +10,8 @@ namespace torvex {
 inline constexpr float least_distance_over_z0 = 2.0F;
 
 // One log line where a wall cell lies closer to its wall than that, with the worst place and its
-// values. The wall formulas are not limited there. Comes after GRID and the roughness.
-void warn_of_coarse_roughness(const CaseSettings& settings, const GridGeometry& g,
-                              const FlowState& s, float wd_angle, RunLog& log);
+// values. The wall formulas are not limited there.
+void warn_of_coarse_roughness(const GridGeometry& g, const Walls& walls, float wd_angle,
+                              RunLog& log);
 
 }  // namespace torvex

@@ -17,6 +17,15 @@ struct LinearSystem {
     Field3 res;                     // residual of the last sweep             ni*nj*nk
 };
 
+// Where the sources of an equation go: those of a system, or others that share its matrix.
+struct Sources {
+    Array3<double>& su;
+    Array3<double>& sp;
+};
+inline Sources sources_of(LinearSystem& eq) {
+    return {.su = eq.su, .sp = eq.sp};
+}
+
 // Inclusive ranges of cells; the interior is 2..nx, 2..ny, 2..nz.
 struct CellRange {
     int i1 = 2, j1 = 2, k1 = 2;

@@ -2,7 +2,7 @@
 
 #include "base/field.hpp"
 #include "base/fixed_array.hpp"
-#include "solver/solver_work.hpp"
+#include "solver/rcm_work.hpp"
 
 namespace torvex {
 

@@ -7,9 +7,9 @@
 // the wall, so that vol_g/d is the wall's area (Launder and Spalding, 1974). The shear is wholly
 // explicit, the coefficient towards the wall is 0, and nothing guards d <= z0w.
 //
-// reads   u, v, w, den, tke, z0; vol, zex..zez, etx..etz and centres at the walls; xn, yn, zn
-// writes  su and at, ab, an, as of the cells beside a boundary; phi on j = 1, j = nj, k = nk, i =
-// ni
+// reads   u, v, w, den, tke; the wall cells; xn, yn, zn
+// writes  su of the target, and at, ab, an, as of the cells beside a boundary; phi on j = 1, j =
+// nj, k = nk, i = ni
 //
 // A wall's shear is formed before its boundary value changes. Ground values (k = 1) stay as they
 // are, and so do those of v and w at an open top and of v on the sides. With skip_sides the sides
@@ -22,7 +22,7 @@
 #include "solver/constants.hpp"
 #include "solver/face_area.hpp"
 #include "solver/momentum_component.hpp"
-#include "solver/wall.hpp"
+#include "solver/wall_cells.hpp"
 
 namespace torvex {
 
@@ -43,10 +43,12 @@ float tangential(const Vec3& n, const Vec3& D) {
 template <Component A>
 class MomentumBoundary {
  public:
-    explicit MomentumBoundary(const SolverContext& c)
+    MomentumBoundary(const SolverContext& c, Sources target)
         : g_(c.grid),
+          walls_(c.walls),
           s_(c.flow),
           eq_(c.flow.eq),
+          su_(target.su),
           settings_(c.settings),
           phi_(momentum_equation(c, A).phi),
           cmu4_(std::sqrt(std::sqrt(c.settings.CMU))) {}
@@ -61,7 +63,7 @@ class MomentumBoundary {
             for (int i = 2; i <= g_.nx; ++i) {
                 eq_.at(i, j, g_.nz) = 0.0F;
                 if (wall) {
-                    wall_shear<Wall::top>(i, j, settings_.WIND_TUNNEL_Z0);
+                    wall_shear<Wall::top>(i, j);
                 }
                 if constexpr (A == Component::u) {
                     phi_(i, j, g_.nk) = wall ? 0.0F : phi_(i, j, g_.nz);
@@ -75,7 +77,7 @@ class MomentumBoundary {
         for (int j = 2; j <= g_.ny; ++j) {
             for (int i = 2; i <= g_.nx; ++i) {
                 eq_.ab(i, j, 2) = 0.0F;
-                wall_shear<Wall::ground>(i, j, s_.z0(i, j));
+                wall_shear<Wall::ground>(i, j);
             }
         }
     }
@@ -103,32 +105,25 @@ class MomentumBoundary {
 
  private:
     template <Wall wall>
-    void wall_shear(int a, int b, float z0w) {
-        const WallCell cell = wall_cell<wall>(g_, a, b);
-        constexpr bool level = wall == Wall::ground || wall == Wall::top;
-        const int i = a;
-        const int j = level ? b : (wall == Wall::south ? 2 : g_.ny);
-        const int k = level ? (wall == Wall::ground ? 2 : g_.nz) : b;
-        const auto over_wall = [&](const Field3& x) {
-            return x(i, j, k) - x(cell.ig, cell.jg, cell.kg);
-        };
-        const Vec3 D{over_wall(s_.u), over_wall(s_.v), over_wall(s_.w)};
+    void wall_shear(int a, int b) {
+        const auto [i, j, k, ig, jg, kg] = wall_place<wall>(g_, a, b);
+        const WallCell& cell = cell_at<wall>(walls_, a, b);
+        const Vec3 D{s_.u(i, j, k) - s_.u(ig, jg, kg), s_.v(i, j, k) - s_.v(ig, jg, kg),
+                     s_.w(i, j, k) - s_.w(ig, jg, kg)};
         const float T = tangential<A>({cell.n_x, cell.n_y, cell.n_z}, D);
         const float shear = s_.den(i, j, k) * cmu4_ * std::sqrt(std::abs(s_.tke(i, j, k))) * KAPPA /
-                            std::log(cell.d / z0w) * (g_.vol(cell.ig, cell.jg, cell.kg) / cell.d) *
-                            T;
-        eq_.su(i, j, k) -= static_cast<double>(shear);
+                            cell.L1 * cell.area * T;
+        su_(i, j, k) -= static_cast<double>(shear);
     }
 
     void side_walls() {
-        const float z0w = settings_.WIND_TUNNEL_Z0;
 #pragma omp parallel for schedule(static)
         for (int k = 2; k <= g_.nz; ++k) {
             for (int i = 2; i <= g_.nx; ++i) {
                 eq_.an(i, g_.ny, k) = 0.0F;
-                wall_shear<Wall::north>(i, k, z0w);
+                wall_shear<Wall::north>(i, k);
                 eq_.as(i, 2, k) = 0.0F;
-                wall_shear<Wall::south>(i, k, z0w);
+                wall_shear<Wall::south>(i, k);
                 if constexpr (A != Component::v) {
                     phi_(i, g_.nj, k) = 0.0F;
                     phi_(i, 1, k) = 0.0F;
@@ -150,8 +145,10 @@ class MomentumBoundary {
     }
 
     const GridGeometry& g_;
+    const Walls& walls_;
     FlowState& s_;
     LinearSystem& eq_;
+    Array3<double>& su_;
     const CaseSettings& settings_;
     Field3& phi_;
     float cmu4_;
@@ -179,8 +176,8 @@ float outflow_increment(const GridGeometry& g, const FlowState& s) {
 }
 
 template <Component A>
-void momentum_boundary(const SolverContext& c) {
-    MomentumBoundary<A> boundary(c);
+void momentum_boundary(const SolverContext& c, Sources target) {
+    MomentumBoundary<A> boundary(c, target);
     boundary.top();
     boundary.ground();
     if (c.skip_sides != 0) {
@@ -196,16 +193,16 @@ void momentum_boundary(const SolverContext& c) {
 
 }  // namespace
 
-void bc_u(const SolverContext& c) {
-    momentum_boundary<Component::u>(c);
+void bc_u(const SolverContext& c, Sources target) {
+    momentum_boundary<Component::u>(c, target);
 }
 
-void bc_v(const SolverContext& c) {
-    momentum_boundary<Component::v>(c);
+void bc_v(const SolverContext& c, Sources target) {
+    momentum_boundary<Component::v>(c, target);
 }
 
-void bc_w(const SolverContext& c) {
-    momentum_boundary<Component::w>(c);
+void bc_w(const SolverContext& c, Sources target) {
+    momentum_boundary<Component::w>(c, target);
 }
 
 }  // namespace torvex

@@ -4,9 +4,10 @@
 
 namespace torvex {
 
-// The boundary conditions of the three momentum equations.
-void bc_u(const SolverContext& c);
-void bc_v(const SolverContext& c);
-void bc_w(const SolverContext& c);
+// The boundary conditions of the three momentum equations: their wall shear goes into `target`, the
+// coefficients towards a boundary become 0 in the system of the flow.
+void bc_u(const SolverContext& c, Sources target);
+void bc_v(const SolverContext& c, Sources target);
+void bc_w(const SolverContext& c, Sources target);
 
 }  // namespace torvex

@@ -25,9 +25,8 @@ template <Component A>
     }
 }
 
-// The arrays, settings and sums of one equation.
+// The arrays, controls and sums of one equation.
 struct MomentumEquation {
-    char letter;
     Field3& phi;
     Field3& dxi;  // metric component of each direction over ap
     Field3& det;
@@ -45,19 +44,49 @@ struct MomentumEquation {
 inline MomentumEquation momentum_equation(const SolverContext& c, Component component) {
     FlowState& s = c.flow;
     const GridGeometry& g = c.grid;
-    const CaseSettings& q = c.settings;
+    const SolveControls& q = c.controls;
     switch (component) {
         case Component::u:
-            return {'u',   s.u,    s.dUxi,  s.dUet,    s.dUze,    g.xix, g.etx,
-                    g.zex, q.URFU, q.NSWPU, s.resid_u, s.scale_u, 0.0F};
+            return {.phi = s.u,
+                    .dxi = s.dUxi,
+                    .det = s.dUet,
+                    .dze = s.dUze,
+                    .xi = g.xix,
+                    .et = g.etx,
+                    .ze = g.zex,
+                    .urf = q.URFU,
+                    .sweeps = q.NSWPU,
+                    .resid = s.resid_u,
+                    .scale = s.scale_u,
+                    .scale_start = 0.0F};
         case Component::v:
-            return {'v',   s.v,    s.dVxi,  s.dVet,    s.dVze,    g.xiy,    g.ety,
-                    g.zey, q.URFV, q.NSWPV, s.resid_v, s.scale_v, s.scale_u};
+            return {.phi = s.v,
+                    .dxi = s.dVxi,
+                    .det = s.dVet,
+                    .dze = s.dVze,
+                    .xi = g.xiy,
+                    .et = g.ety,
+                    .ze = g.zey,
+                    .urf = q.URFV,
+                    .sweeps = q.NSWPV,
+                    .resid = s.resid_v,
+                    .scale = s.scale_v,
+                    .scale_start = s.scale_u};
         case Component::w:
             break;
     }
-    return {'w',   s.w,    s.dWxi,  s.dWet,    s.dWze,    g.xiz,    g.etz,
-            g.zez, q.URFW, q.NSWPW, s.resid_w, s.scale_w, s.scale_u};
+    return {.phi = s.w,
+            .dxi = s.dWxi,
+            .det = s.dWet,
+            .dze = s.dWze,
+            .xi = g.xiz,
+            .et = g.etz,
+            .ze = g.zez,
+            .urf = q.URFW,
+            .sweeps = q.NSWPW,
+            .resid = s.resid_w,
+            .scale = s.scale_w,
+            .scale_start = s.scale_u};
 }
 
 }  // namespace torvex

@@ -2,9 +2,9 @@
 //
 //   ap  = (ae + aw + an + as + at + ab - sp)/URF      no net outflow in it
 //   su += (1 - URF) ap phi
-//   dXxi, dXet, dXze = metric component / ap
+//   dXxi, dXet, dXze = pressure_gain(metric component, ap)
 //
-// then Gauss-Seidel sweeps until the sum of |r| is below 0.1 resid or the sweeps are used up. resid
+// then sweeps until the sum of |r| is below 0.1 resid or the sweeps are used up. resid
 // and scale are renewed at monitor steps only: between them the stop test compares with the value
 // that is there, normalised by the outer iteration or not.
 //
@@ -13,11 +13,10 @@
 
 #include "solver/momentum_solution.hpp"
 
-#include <string>
-
-#include "base/edit.hpp"
 #include "solver/fetch_ahead.hpp"
+#include "solver/pressure_gain.hpp"
 #include "solver/residual_sum.hpp"
+#include "solver/solver_work.hpp"
 #include "solver/sweep_until.hpp"
 
 namespace torvex {
@@ -62,9 +61,9 @@ void relax_momentum(const SolverContext& c, Component component) {
                 const float sum = ae[n] + aw[n] + an[n] + as[n] + at[n] + ab[n];
                 const float central = static_cast<float>(static_cast<double>(sum) - sp[n]) / urf;
                 ap[n] = central;
-                dxi[n] = xi[n] / central;
-                det[n] = et[n] / central;
-                dze[n] = ze[n] / central;
+                dxi[n] = pressure_gain(xi[n], central);
+                det[n] = pressure_gain(et[n], central);
+                dze[n] = pressure_gain(ze[n], central);
                 su[n] += static_cast<double>(kept * central * phi[n]);
             }
         }
@@ -85,13 +84,10 @@ void reference_sums(const SolverContext& c, Component component) {
     e.scale = e.scale_start + sums.scale;
 }
 
-void solve_momentum(const SolverContext& c, Component component) {
+SolveRecord solve_momentum(const SolverContext& c, Component component) {
     const MomentumEquation e = momentum_equation(c, component);
-    const float r0 = e.resid;
-    const auto [n, r1, a] = sweep_until(interior(c.grid), c.flow.eq, e.phi, 1.0F, e.sweeps, r0);
-    const std::string r = std::string(", r") + e.letter;
-    c.report.line(std::string("   ") + e.letter + ": n=" + edit::I(n, 3) + r + "0=" +
-                  edit::E(r0, 14, 7) + r + "1=" + edit::E(r1, 14, 7) + ", a=" + edit::E(a, 14, 7));
+    return sweep_until(c.work.solvers.sweep, interior(c.grid), c.flow.eq, e.phi, 1.0F, e.sweeps,
+                       e.resid);
 }
 
 }  // namespace torvex

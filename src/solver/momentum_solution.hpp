@@ -1,6 +1,7 @@
 #pragma once
 
 #include "solver/momentum_component.hpp"
+#include "solver/solve_record.hpp"
 #include "solver/solver_context.hpp"
 
 namespace torvex {
@@ -11,7 +12,7 @@ void relax_momentum(const SolverContext& c, Component component);
 // resid and scale of the equation.
 void reference_sums(const SolverContext& c, Component component);
 
-// Inner sweeps until the residual is a tenth of resid, and their report.
-void solve_momentum(const SolverContext& c, Component component);
+// Inner sweeps until the residual is a tenth of resid.
+SolveRecord solve_momentum(const SolverContext& c, Component component);
 
 }  // namespace torvex

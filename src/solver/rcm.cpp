@@ -35,8 +35,7 @@ namespace torvex {
 namespace {
 
 // work.rhs = r; the sum of |r|.
-float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq,
-               SolverWork& work) {
+float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq, RcmWork& work) {
     return plane_sums<1>(cells, [&](int k) {
         std::array<LaneSum, 1> sum;
         for (int j = cells.j1; j <= cells.j2; ++j) {
@@ -59,7 +58,7 @@ float residual(const CellRange& cells, const Field3& phi, const LinearSystem& eq
 // gram(1,a), then rhsL(a), for a = 1..M.
 template <std::size_t M>
 std::array<float, 2 * M> image_and_products(const CellRange& cells, const LinearSystem& eq,
-                                            SolverWork& work) {
+                                            RcmWork& work) {
     return plane_sums<2 * M>(cells, [&](int k) {
         std::array<LaneSum, 2 * M> sum;
         for (int j = cells.j1; j <= cells.j2; ++j) {
@@ -87,7 +86,7 @@ std::array<float, 2 * M> image_and_products(const CellRange& cells, const Linear
 }
 
 template <std::size_t M>
-void least_squares(const CellRange& cells, const LinearSystem& eq, SolverWork& work,
+void least_squares(const CellRange& cells, const LinearSystem& eq, RcmWork& work,
                    LeastSquares& system) {
     const std::array<float, 2 * M> products = image_and_products<M>(cells, eq, work);
     constexpr int m = M;
@@ -104,7 +103,7 @@ void least_squares(const CellRange& cells, const LinearSystem& eq, SolverWork& w
     }
 }
 
-void least_squares(int m, const CellRange& cells, const LinearSystem& eq, SolverWork& work,
+void least_squares(int m, const CellRange& cells, const LinearSystem& eq, RcmWork& work,
                    LeastSquares& system) {
     switch (m) {
         case 1:
@@ -118,8 +117,8 @@ void least_squares(int m, const CellRange& cells, const LinearSystem& eq, Solver
     }
 }
 
-void add_corrections(int m, const CellRange& cells, const LeastSquares& system,
-                     const SolverWork& work, Field3& phi) {
+void add_corrections(int m, const CellRange& cells, const LeastSquares& system, const RcmWork& work,
+                     Field3& phi) {
     const int n = cells_i(cells);
     // A weight of 0 for the corrections that are not there yet, whose fields are read all the same.
     std::array<float, stored_corrections> beta{};
@@ -155,8 +154,8 @@ void shift(int L, std::array<Field3, stored_corrections>& fields) {
 
 }  // namespace
 
-RcmResult RCM(const CellRange& cells, Field3& phi, int L, int ncycle, float r0, SolverWork& work,
-              const LinearSystem& eq) {
+SolveRecord RCM(const CellRange& cells, Field3& phi, int L, int ncycle, float r0, RcmWork& work,
+                const LinearSystem& eq) {
     static_assert(stored_corrections == 4, "the loops over the corrections are written for four");
     require(L >= 1 && L <= stored_corrections, "RCM: wrong number of stored corrections");
     constexpr float alpha = 0.9F;
@@ -164,7 +163,7 @@ RcmResult RCM(const CellRange& cells, Field3& phi, int L, int ncycle, float r0, 
     constexpr float stop_ratio = 0.1F;
     constexpr int nsweep = 7;
     LeastSquares system;
-    RcmResult result{0, 1, 0};
+    SolveRecord result{.r0 = r0};
     if (ncycle < 1) {
         return result;
     }

@@ -40,7 +40,7 @@ struct Sip {
     const CellRange& cells;
     const LinearSystem& eq;
     Field3& phi;
-    SolverWork& work;
+    RcmWork& work;
     float alpha;
 };
 
@@ -175,7 +175,7 @@ class Band {
 
 }  // namespace
 
-void SIP(const CellRange& cells, Field3& phi, int nsweep, float alpha, int cycle, SolverWork& work,
+void SIP(const CellRange& cells, Field3& phi, int nsweep, float alpha, int cycle, RcmWork& work,
          const LinearSystem& eq) {
     if (is_empty(cells)) {
         return;

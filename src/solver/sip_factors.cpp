@@ -54,7 +54,7 @@ void factor_cell(const Factors& f, const CoefficientRow& c, std::ptrdiff_t m, st
 
 }  // namespace
 
-void sip_factor_rows(const CellRange& cells, int j, int rows, int k, float alpha, SolverWork& work,
+void sip_factor_rows(const CellRange& cells, int j, int rows, int k, float alpha, RcmWork& work,
                      const LinearSystem& eq) {
     constexpr int together = 8;
     const std::ptrdiff_t row = eq.ap.ni();

@@ -1,4 +1,4 @@
-// Gauss-Seidel sweeps with the stop test of the momentum and turbulence equations:
+// Sweeps with the stop test of the momentum and turbulence equations:
 //
 //   r1 = sum |r| with the phi of the sweep,   a = r1/r0,   done when 0.1 > a
 //
@@ -11,16 +11,15 @@
 #include <optional>
 
 #include "solver/residual_sum.hpp"
-#include "solver/sweep_phi.hpp"
 
 namespace torvex {
 
-SweepResult sweep_until(const CellRange& cells, LinearSystem& eq, Field3& phi, float relax,
-                        int sweeps, float r0) {
+SolveRecord sweep_until(const Sweep& sweep, const CellRange& cells, LinearSystem& eq, Field3& phi,
+                        float relax, int sweeps, float r0) {
     constexpr float stop_ratio = 0.1F;
-    SweepResult result;
+    SolveRecord result{.r0 = r0};
     for (; result.n <= sweeps; ++result.n) {
-        sweep_phi(cells, eq, phi, relax);
+        sweep(cells, eq, phi, relax);
         if (result.n < sweeps) {
             if (const auto r1 = residual_sum_below(cells, eq, phi, stop_ratio, r0)) {
                 result.r1 = *r1;

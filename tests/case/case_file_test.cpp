@@ -366,14 +366,12 @@ TEST(CaseFile, RelaxationFactorsAreKeptAsRead) {
                                   "URFU=0.11 URFV=0.12 URFW=0.13 URFP=0.14 URFK=0.15 URFE=0.16 "
                                   "URFVIS=0.17"}})
                                .settings;
-    EXPECT_EQ(s.urf_start_u, 0.11F);
-    EXPECT_EQ(s.urf_start_v, 0.12F);
-    EXPECT_EQ(s.urf_start_w, 0.13F);
-    EXPECT_EQ(s.urf_start_p, 0.14F);
-    EXPECT_EQ(s.urf_start_k, 0.15F);
-    EXPECT_EQ(s.urf_start_e, 0.16F);
-    EXPECT_EQ(s.urf_start_vis, 0.17F);
     EXPECT_EQ(s.URFU, 0.11F);
+    EXPECT_EQ(s.URFV, 0.12F);
+    EXPECT_EQ(s.URFW, 0.13F);
+    EXPECT_EQ(s.URFP, 0.14F);
+    EXPECT_EQ(s.URFK, 0.15F);
+    EXPECT_EQ(s.URFE, 0.16F);
     EXPECT_EQ(s.URFVIS, 0.17F);
 }
 

@@ -44,6 +44,7 @@ TEST_F(IterationReports, BalanceIsThatOfTheFirstPlaneAndOfTheLastInnerOne) {
             }
         }
         c.flow.resid_m = far_off;
+        return SolveRecords{};
     };
     const RunHere ran = solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 2"}}, equations);
     ASSERT_EQ(ran.status, 0) << ran.err;

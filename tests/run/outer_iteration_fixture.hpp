@@ -38,7 +38,7 @@ class FakeEquations {
     }
 
  private:
-    Equations::Sweep sweep(const std::string& name, float FlowState::*residual) {
+    Equations::Solve sweep(const std::string& name, float FlowState::*residual) {
         return [this, name, residual](const SolverContext& c, int iter, int /*interval*/) {
             called.push_back(name);
             iterations = iter;
@@ -46,6 +46,7 @@ class FakeEquations {
             if (name == "CALCP") {
                 c.flow.flxU.fill(1.0F);
             }
+            return SolveRecords{};
         };
     }
     Equations::Update update(const std::string& name) {

@@ -37,7 +37,7 @@ TEST_F(OuterIteration, TestsOnlyAtMonitorSteps) {
     const auto calcu = equations.CALCU;
     equations.CALCU = [&](const SolverContext& c, int iter, int interval) {
         fake.level = iter > 20 ? 0.0F : far_off;  // would pass at 25, which is no monitor step
-        calcu(c, iter, interval);
+        return calcu(c, iter, interval);
     };
     const RunHere run = solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 25"}}, equations);
     EXPECT_EQ(run.status, 0) << run.err;
@@ -46,6 +46,33 @@ TEST_F(OuterIteration, TestsOnlyAtMonitorSteps) {
     EXPECT_EQ(slot("view-convergence.dat", 1), "       3");
     EXPECT_EQ(info().outer_count, 25);
     EXPECT_TRUE(has("vpkeout_00025.tuf"));
+}
+
+// Every solution is told when it is there, on the console and in the log of the direction.
+TEST_F(OuterIteration, TellsOfEachSolution) {
+    FakeEquations fake;
+    fake.level = far_off;
+    Equations equations = fake.equations();
+    const auto with_records = [](const Equations::Solve& solve, const SolveRecords& records) {
+        return [solve, records](const SolverContext& c, int iter, int interval) {
+            solve(c, iter, interval);
+            return records;
+        };
+    };
+    const SolveRecord one{.n = 3, .r0 = 28.0F, .r1 = 10.0F, .a = 0.25F};
+    const SolveRecord two{.n = 11, .r0 = 10.0F, .r1 = 5.0F, .a = 0.5F};
+    equations.CALCU = with_records(equations.CALCU, {one});
+    equations.CALCP = with_records(equations.CALCP, {one, two});
+    equations.CALCED = with_records(equations.CALCED, {two});
+    const RunHere run = solve(
+        {{"NML_NUMERICAL_SOLVER", "MAXIT = 1"}, {"NML_MONITOR", "MONITOR_STEP = 2"}}, equations);
+    const std::string lines =
+        "   u: n=  3, ru0= 0.2800000E+02, ru1= 0.1000000E+02, a= 0.2500000E+00\n"
+        "   p: n=  3, rp0= 0.2800000E+02, rp1= 0.1000000E+02, a= 0.2500000E+00\n"
+        "  pp: n= 11, rp0= 0.1000000E+02, rp1= 0.5000000E+01, a= 0.5000000E+00\n"
+        "   e: n= 11, re0= 0.1000000E+02, re1= 0.5000000E+01, a= 0.5000000E+00\n";
+    EXPECT_THAT(convergence_log(), HasSubstr(lines));
+    EXPECT_THAT(run.out, HasSubstr(lines));
 }
 
 TEST_F(OuterIteration, AConvergedDirectionCountsOneLess) {
@@ -64,8 +91,14 @@ TEST_F(OuterIteration, KAndEpsilonPlayNoPartInTheTest) {
     FakeEquations fake;
     fake.level = 0.0F;
     Equations equations = fake.equations();
-    equations.CALCKE = [](const SolverContext& c, int, int) { c.flow.resid_k = far_off; };
-    equations.CALCED = [](const SolverContext& c, int, int) { c.flow.resid_e = far_off; };
+    equations.CALCKE = [](const SolverContext& c, int, int) {
+        c.flow.resid_k = far_off;
+        return SolveRecords{};
+    };
+    equations.CALCED = [](const SolverContext& c, int, int) {
+        c.flow.resid_e = far_off;
+        return SolveRecords{};
+    };
     solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 25"}}, equations);
     EXPECT_THAT(log(), HasSubstr(": Converged."));
 }
@@ -119,12 +152,13 @@ TEST_P(OuterIterationNan, EndsTheDirectionBehindTheRoutine) {
     const NanCase& nan_case = GetParam();
     FakeEquations fake;
     Equations equations = fake.equations();
-    const auto poison = [&](Equations::Sweep& sweep, const char* name) {
+    const auto poison = [&](Equations::Solve& sweep, const char* name) {
         if (std::string(name) == nan_case.routine) {
-            const Equations::Sweep good = sweep;
+            const Equations::Solve good = sweep;
             sweep = [good, &nan_case](const SolverContext& c, int iter, int interval) {
                 good(c, iter, interval);
                 c.flow.*(nan_case.residual) = nan;
+                return SolveRecords{};
             };
         }
     };
@@ -171,6 +205,7 @@ TEST_F(OuterIteration, AHugeMomentumResidualIsADivergence) {
         Equations equations = fake.equations();
         equations.CALCW = [factor](const SolverContext& c, int, int) {
             c.flow.resid_w = factor * 1.0e14F * c.flow.momentum_in;
+            return SolveRecords{};
         };
         solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 3"}}, equations);
         const std::string text = log();
@@ -185,6 +220,7 @@ TEST_F(OuterIteration, ADivergenceKeepsTheResidualsOfTheIterationBefore) {
     equations.CALCP = [](const SolverContext& c, int iter, int) {
         c.flow.flxU.fill(1.0F);
         c.flow.resid_m = iter == 4 ? nan : 0.5F * c.flow.flow_in * static_cast<float>(iter);
+        return SolveRecords{};
     };
     solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 9"}, {"NML_MONITOR", "MONITOR_STEP = 2"}}, equations);
     EXPECT_EQ(info().outer_count, 3);
@@ -217,6 +253,7 @@ TEST_F(OuterIteration, TheMassNormaliserIsTheBalanceOfTheIterationBefore) {
         faces.push_back(static_cast<float>((c.grid.ny - 1) * (c.grid.nz - 1)));
         c.flow.flxU.fill(static_cast<float>(iter));
         c.flow.resid_m = far_off;
+        return SolveRecords{};
     };
     solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 3"}}, equations);
     ASSERT_EQ(flow_in.size(), 3U);
@@ -253,6 +290,7 @@ TEST_F(OuterIteration, TheTableBlockStandsOnConsoleAndInTheConvergenceLog) {
     const auto leave = [](float FlowState::*residual, float value) {
         return [residual, value](const SolverContext& c, int, int) {
             c.flow.*residual = value * c.flow.momentum_in;
+            return SolveRecords{};
         };
     };
     equations.CALCU = leave(&FlowState::resid_u, 0.5F);
@@ -262,6 +300,7 @@ TEST_F(OuterIteration, TheTableBlockStandsOnConsoleAndInTheConvergenceLog) {
     equations.CALCED = leave(&FlowState::resid_e, 4.0F);
     equations.CALCP = [](const SolverContext& c, int, int) {
         c.flow.resid_m = 8.0F * c.flow.flow_in;
+        return SolveRecords{};
     };
     const RunHere run = solve(
         {{"NML_NUMERICAL_SOLVER", "MAXIT = 1"}, {"NML_MONITOR", "MONITOR_STEP = 1"}}, equations);
@@ -419,7 +458,7 @@ TEST_F(OuterIteration, EachResultOfAnIterationBringsTheSitesWithIt) {
                 written_in.push_back(iter - 1);
             }
             fake.level = iter < 9 ? far_off : last_level;
-            calcu(c, iter, interval);
+            return calcu(c, iter, interval);
         };
         CaseItems all{{"NML_NUMERICAL_SOLVER", "MAXIT = 9"}};
         all.insert(all.end(), items.begin(), items.end());
@@ -457,10 +496,11 @@ TEST_F(OuterIteration, TheBoostDoublesEvery50IterationsUpToItsCeiling) {
     Equations equations = fake.equations();
     equations.CALCP = [&](const SolverContext& c, int iter, int) {
         c.flow.flxU.fill(1.0F);
-        urf[iter] = {c.settings.URFP, c.settings.URFVIS};
+        urf[iter] = {c.controls.URFP, c.controls.URFVIS};
         if (iter == 1) {
-            first.push_back(c.settings.URFP);
+            first.push_back(c.controls.URFP);
         }
+        return SolveRecords{};
     };
     solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 160, BOOSTCAL = T, URFP = 0.2, URFP_MAX = 0.8"},
            {"NML_NUMERICAL_SOLVER", "URFVIS = 0.1, URFVIS_MAX = 0.9"},
@@ -489,7 +529,7 @@ class CanopyFactor : public OuterIteration {
         const auto calcu = equations.CALCU;
         equations.CALCU = [&](const SolverContext& c, int iter, int interval) {
             seen.push_back(c.flow.canopy_source_factor);
-            calcu(c, iter, interval);
+            return calcu(c, iter, interval);
         };
         CaseItems all{{"NML_CASEFILE", "WD_TYPE = 1, N_WIND_DIRECTION = 1"}};
         all.insert(all.end(), items.begin(), items.end());

@@ -40,6 +40,7 @@ class ResumedResults : public OuterIterationTest {
         equations.CALCP = [](const SolverContext& c, int iter, int) {
             c.flow.flxU.fill(1.0F);
             c.flow.resid_m = 0.5F * static_cast<float>(iter) * c.flow.flow_in;
+            return SolveRecords{};
         };
         return equations;
     }
@@ -108,7 +109,7 @@ TEST_F(ResumedResults, ACorrectedResultIsTakenBeforeThePlainOne) {
     const auto calcu = equations.CALCU;
     equations.CALCU = [&](const SolverContext& c, int iter, int interval) {
         u = c.flow.u(1, 1, 1);
-        calcu(c, iter, interval);
+        return calcu(c, iter, interval);
     };
     solve(resumed(1), equations);
     EXPECT_EQ(fake.iterations, 4);
@@ -130,10 +131,12 @@ class DivergedDirection : public ResumedResults {
                 c.flow.u.fill(u);
                 c.flow.resid_u = nan;
             }
+            return SolveRecords{};
         };
         equations.CALCP = [](const SolverContext& c, int, int) {
             c.flow.flxU.fill(1.0F);
             c.flow.resid_m = 0.0F;
+            return SolveRecords{};
         };
         solve({{"NML_NUMERICAL_SOLVER", "MAXIT = 9"}, {"NML_MONITOR", "MONITOR_STEP = 2"}},
               equations);
@@ -151,7 +154,7 @@ TEST_F(DivergedDirection, GoesOnWithTheFieldsOfTheFailedIterationUnderTheCountBe
     std::map<int, float> u;
     equations.CALCU = [&](const SolverContext& c, int iter, int interval) {
         u[iter] = c.flow.u(3, 3, 3);
-        calcu(c, iter, interval);
+        return calcu(c, iter, interval);
     };
     const RunHere ran = solve(resumed(2), equations);
     EXPECT_THAT(ran.out, HasSubstr("Resume torvex default calculations..\n"));

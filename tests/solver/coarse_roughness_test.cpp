@@ -11,7 +11,8 @@
 #include "mesh/test_meshes.hpp"
 #include "mesh/vec3.hpp"
 #include "solver/fields.hpp"
-#include "solver/wall.hpp"
+#include "solver/flow_state.hpp"
+#include "solver/wall_cells.hpp"
 
 namespace torvex {
 namespace {
@@ -20,7 +21,7 @@ using testing::HasSubstr;
 
 std::string warning(const CaseSettings& settings, const GridGeometry& g, const FlowState& s) {
     RunLog log;
-    warn_of_coarse_roughness(settings, g, s, 22.5F, log);
+    warn_of_coarse_roughness(g, wall_cells(settings, g, s.z0), 22.5F, log);
     return log.kept();
 }
 
@@ -62,7 +63,7 @@ TEST(CoarseRoughness, MeasuresAlongTheNormalOfTheGround) {
     const GridGeometry g = with_metrics(mapped_mesh({5, 5, 5}, [](double s, double t, double q) {
         return Position{40 * s, 40 * t, 40 * s + 16 * q};
     }));
-    EXPECT_NEAR(wall_cell<Wall::ground>(g, 3, 3).d, std::sqrt(2.0F), 1e-5F);
+    EXPECT_NEAR(wall_cells({}, g, roughness_of(g, 0.7F).z0).ground(3, 3).d, std::sqrt(2.0F), 1e-5F);
     EXPECT_EQ(warning({}, g, roughness_of(g, 0.7F)), "");
     EXPECT_THAT(warning({}, g, roughness_of(g, 0.72F)), HasSubstr("d= 0.1414E+01"));
 }
@@ -91,10 +92,14 @@ TEST(WallCell, HasTheUnitNormalTowardsRisingIndexAtAllFourWalls) {
         EXPECT_EQ(wall.n_z, normal.z);
         EXPECT_EQ(wall.d, distance);
     };
-    expect_wall(wall_cell<Wall::ground>(g, 3, 3), {0, 0, 1}, 2);
-    expect_wall(wall_cell<Wall::top>(g, 3, 3), {0, 0, 1}, 2);
-    expect_wall(wall_cell<Wall::south>(g, 3, 3), {0, 1, 0}, 4);
-    expect_wall(wall_cell<Wall::north>(g, 3, 3), {0, 1, 0}, 4);
+    CaseSettings settings;
+    settings.WIND_TUNNEL_MODE = 2;
+    settings.WIND_TUNNEL_Z0 = 0.01F;
+    const Walls walls = wall_cells(settings, g, roughness_of(g, 0.03F).z0);
+    expect_wall(cell_at<Wall::ground>(walls, 3, 3), {0, 0, 1}, 2);
+    expect_wall(cell_at<Wall::top>(walls, 3, 3), {0, 0, 1}, 2);
+    expect_wall(cell_at<Wall::south>(walls, 3, 3), {0, 1, 0}, 4);
+    expect_wall(cell_at<Wall::north>(walls, 3, 3), {0, 1, 0}, 4);
 }
 
 }  // namespace

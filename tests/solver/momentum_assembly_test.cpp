@@ -27,11 +27,11 @@ GridGeometry shaken(Planes n, unsigned seed) {
 void assemble(MomentumCase& c, int component) {
     switch (component) {
         case 0:
-            return assemble_momentum<Component::u>(c.context, c.work.momentum);
+            return assemble_momentum<Component::u>(c.context(), c.work.momentum);
         case 1:
-            return assemble_momentum<Component::v>(c.context, c.work.momentum);
+            return assemble_momentum<Component::v>(c.context(), c.work.momentum);
         default:
-            return assemble_momentum<Component::w>(c.context, c.work.momentum);
+            return assemble_momentum<Component::w>(c.context(), c.work.momentum);
     }
 }
 

@@ -19,11 +19,11 @@ using test::MomentumCase;
 void bc(MomentumCase& c, int component) {
     switch (component) {
         case 0:
-            return bc_u(c.context);
+            return bc_u(c.context(), sources_of(c.s.eq));
         case 1:
-            return bc_v(c.context);
+            return bc_v(c.context(), sources_of(c.s.eq));
         default:
-            return bc_w(c.context);
+            return bc_w(c.context(), sources_of(c.s.eq));
     }
 }
 
@@ -119,7 +119,7 @@ TEST(MomentumBoundary, LogProfileGivesItsFrictionVelocity) {
     c.s.z0.fill(0.03F);
     c.fill(c.s.u,
            [&](Position r) { return r[2] > 0 ? friction / 0.41 * std::log(r[2] / 0.03) : 0.0; });
-    bc_u(c.context);
+    bc_u(c.context(), sources_of(c.s.eq));
     EXPECT_NEAR(c.s.eq.su(3, 2, 2), -friction * friction * 40.0 * 30.0, 1e-3);
 }
 
@@ -129,7 +129,7 @@ TEST(MomentumBoundary, CentreBelowTheRoughnessIsNotGuarded) {
     make_unit_wall(c);
     c.s.z0.fill(std::exp(1.0F));
     c.fill(c.s.u, [](Position r) { return r[2] > 0 ? 3.0 : 0.0; });
-    bc_u(c.context);
+    bc_u(c.context(), sources_of(c.s.eq));
     EXPECT_NEAR(c.s.eq.su(3, 3, 2), unit_shear * 3.0, 2e-5);
 }
 
@@ -138,7 +138,7 @@ TEST(MomentumBoundary, NegativeEnergyCountsByItsAmount) {
     make_unit_wall(c);
     c.s.tke.fill(-0.25F);
     c.fill(c.s.u, [](Position r) { return r[2] > 0 ? 3.0 : 0.0; });
-    bc_u(c.context);
+    bc_u(c.context(), sources_of(c.s.eq));
     EXPECT_NEAR(c.s.eq.su(3, 3, 2), -unit_shear * 3.0, 2e-5);
 }
 
@@ -156,12 +156,12 @@ TEST(MomentumBoundary, ShearOfTheCeilingComesBeforeItsValue) {
             c.s.v(i, j, c.g.nk) = 0.25F;
         }
     }
-    bc_u(c.context);
+    bc_u(c.context(), sources_of(c.s.eq));
     EXPECT_NEAR(c.s.eq.su(3, 3, c.g.nz), -unit_shear / 2.0 * 2.0, 2e-5);
     EXPECT_EQ(c.s.u(3, 3, c.g.nk), 0.0F);
     EXPECT_EQ(c.s.eq.at(3, 3, c.g.nz), 0.0F);
     c.s.eq.su.fill(0.0);
-    bc_v(c.context);
+    bc_v(c.context(), sources_of(c.s.eq));
     EXPECT_NEAR(c.s.eq.su(3, 3, c.g.nz), -unit_shear / 2.0 * 0.75, 2e-5);
     EXPECT_EQ(c.s.v(3, 3, c.g.nk), 0.25F);
 }
@@ -242,7 +242,7 @@ TEST(MomentumBoundary, NestedRunsKeepSidesAndOutflow) {
             c.fill_at_random(1);
             fill_coefficients(c);
             c.settings.WIND_TUNNEL_MODE = mode;
-            c.context.skip_sides = 1;
+            c.skip_sides = 1;
             Field3& x = phi(c, component);
             const Field3 before = x;
             bc(c, component);
@@ -271,7 +271,7 @@ TEST(MomentumBoundary, OutflowCarriesTheMassInflow) {
     c.set_density(1.2F);
     c.s.outflow_mass = 345.0F;
     c.s.flow_in = 1.0F;
-    bc_u(c.context);
+    bc_u(c.context(), sources_of(c.s.eq));
     const GridGeometry& g = c.g;
     double mass = 0;
     for (int k = 2; k <= g.nz; ++k) {
@@ -311,7 +311,7 @@ TEST(MomentumBoundary, LikeThePlainForm) {
                 c.fill_at_random(7);
                 c.set_density(1.2F);
                 c.settings.WIND_TUNNEL_MODE = mode;
-                c.context.skip_sides = skip;
+                c.skip_sides = skip;
                 fill_coefficients(c);
                 plain::Momentum p = plain::start(c.settings, c.g, c.s);
                 p.ae.fill(1.0);

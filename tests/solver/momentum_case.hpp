@@ -5,14 +5,14 @@
 #include <functional>
 #include <random>
 #include <string>
+#include <string_view>
 #include <utility>
 
-#include "base/text_log.hpp"
 #include "mesh/test_meshes.hpp"
 #include "solver/flow_state.hpp"
+#include "solver/solve_record.hpp"
 #include "solver/solver_context.hpp"
 #include "solver/solver_work.hpp"
-#include "support/temporary_directory.hpp"
 
 namespace torvex::test {
 
@@ -30,7 +30,6 @@ class MomentumCase {
         allocate_fields(s, g, 1);
         s.z0.allocate(g.ni, g.nj, 0.01F);
         set_density(1.0F);
-        log.open(directory.file("log"), TextLog::Existing::discard);
     }
 
     void set_density(float den) {
@@ -78,16 +77,34 @@ class MomentumCase {
         }
     }
 
-    std::string report_text() const { return directory.read("log"); }
+    // What the routines see of it all, walls and controls as they follow from it now.
+    SolverContext context() {
+        walls = wall_cells(settings, g, s.z0);
+        controls = solve_controls(settings);
+        return {.settings = settings,
+                .controls = controls,
+                .grid = g,
+                .walls = walls,
+                .flow = s,
+                .work = work,
+                .skip_sides = skip_sides};
+    }
+
+    // The records of solutions as the outer iteration tells them, line by line.
+    void tell(std::string_view label, const SolveRecords& records) {
+        for (const SolveRecord& record : records) {
+            report += solve_line(label, record) + '\n';
+        }
+    }
 
     CaseSettings settings;
     GridGeometry g;
     FlowState s;
     SolverWork work;
-    TemporaryDirectory directory;
-    TextLog log;
-    IterationReport report{log};
-    SolverContext context{settings, g, s, work, report, 0};
+    Walls walls;
+    SolveControls controls;
+    int skip_sides = 0;
+    std::string report;
 };
 
 template <class Cell>

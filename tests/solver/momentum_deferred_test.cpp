@@ -51,13 +51,13 @@ class Lines : public MomentumCase {
         const plain::Momentum p = plain::start(settings, g, s);
         switch (component) {
             case 0:
-                assemble_momentum<Component::u>(context, work.momentum);
+                assemble_momentum<Component::u>(context(), work.momentum);
                 break;
             case 1:
-                assemble_momentum<Component::v>(context, work.momentum);
+                assemble_momentum<Component::v>(context(), work.momentum);
                 break;
             default:
-                assemble_momentum<Component::w>(context, work.momentum);
+                assemble_momentum<Component::w>(context(), work.momentum);
                 break;
         }
         for (std::size_t m = 0; m < expected.size(); ++m) {

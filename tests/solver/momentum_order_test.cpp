@@ -71,9 +71,9 @@ void fill(MomentumCase& c) {
 // within the middle half of the box along each edge.
 template <Component A, class Exact>
 double error(MomentumCase& c, const Exact& exact) {
-    assemble_momentum<Component::u>(c.context, c.work.momentum);
+    assemble_momentum<Component::u>(c.context(), c.work.momentum);
     if constexpr (A != Component::u) {
-        assemble_momentum<A>(c.context, c.work.momentum);
+        assemble_momentum<A>(c.context(), c.work.momentum);
     }
     const LinearSystem& eq = c.s.eq;
     const Field3& phi = A == Component::u ? c.s.u : (A == Component::v ? c.s.v : c.s.w);

@@ -111,13 +111,13 @@ void plain_sip(const CellRange& c, const LinearSystem& eq, const Field3& rhs, Fi
     }
 }
 
-RcmResult plain_rcm(const CellRange& c, const LinearSystem& eq, Field3& phi, int L, int ncycle,
-                    float r0) {
+SolveRecord plain_rcm(const CellRange& c, const LinearSystem& eq, Field3& phi, int L, int ncycle,
+                      float r0) {
     const int ni = phi.ni();
     const int nj = phi.nj();
     const int nk = phi.nk();
     std::vector<Field3> d, images;
-    RcmResult result{0, 1, 0};
+    SolveRecord result{0, 1, 0};
     for (; result.n <= ncycle; ++result.n) {
         Field3 rhs(ni, nj, nk), dphi(ni, nj, nk), image(ni, nj, nk);
         for_cells(c, [&](int i, int j, int k) { rhs(i, j, k) = residual(eq, phi, i, j, k); });

@@ -11,8 +11,8 @@ namespace torvex {
 void plain_sweep_phi(const CellRange& cells, LinearSystem& eq, Field3& phi, float relax);
 void plain_sip(const CellRange& cells, const LinearSystem& eq, const Field3& rhs, Field3& phi,
                int nsweep, float alpha);
-RcmResult plain_rcm(const CellRange& cells, const LinearSystem& eq, Field3& phi, int L, int ncycle,
-                    float r0);
+SolveRecord plain_rcm(const CellRange& cells, const LinearSystem& eq, Field3& phi, int L,
+                      int ncycle, float r0);
 
 // The residual in double precision throughout.
 double exact_residual(const LinearSystem& eq, const Field3& phi, int i, int j, int k);

@@ -1,45 +1,44 @@
 #pragma once
 
-#include <gtest/gtest.h>
-
+#include <cstddef>
 #include <string>
 #include <utility>
 
 #include "base/case_settings.hpp"
-#include "base/iteration_report.hpp"
-#include "base/text_log.hpp"
 #include "solver/calcp.hpp"
 #include "solver/pressure_cases.hpp"
 #include "solver/reference/plain_pressure.hpp"
 #include "solver/solver_context.hpp"
 #include "solver/solver_work.hpp"
-#include "support/temporary_directory.hpp"
 
 namespace torvex {
 
-// Everything CALCP needs. The report goes to a file of the test's own and to `console`.
+// Everything CALCP needs. The records of the solutions go to `console` as the outer iteration tells
+// them.
 struct PressureRun {
     explicit PressureRun(PressureCase start) : c(std::move(start)) {
         settings.URFP = 0.2F;
         settings.NSWPP = 10;
-        work.allocate(c.g.ni, c.g.nj, c.g.nk);
-        log.open(directory.file("log"), TextLog::Existing::discard);
     }
 
     void step(int iter = 1) {
-        SolverContext context{settings, c.g, c.s, work, report, 0};
-        testing::internal::CaptureStdout();
-        CALCP(context, iter, 50);
-        console += testing::internal::GetCapturedStdout();
+        const Walls walls;  // no part of the pressure step
+        const SolveControls controls = solve_controls(settings);
+        const SolverContext context{.settings = settings,
+                                    .controls = controls,
+                                    .grid = c.g,
+                                    .walls = walls,
+                                    .flow = c.s,
+                                    .work = work};
+        const SolveRecords records = CALCP(context, iter, 50);
+        for (std::size_t n = 0; n < records.size(); ++n) {
+            console += solve_line(n == 0 ? "   p" : "  pp", records[n]) + '\n';
+        }
     }
-    std::string log_text() const { return directory.read("log"); }
 
     PressureCase c;
     CaseSettings settings;
     SolverWork work;
-    test::TemporaryDirectory directory;
-    TextLog log;
-    IterationReport report{log};
     std::string console;
 };
 

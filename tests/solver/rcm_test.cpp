@@ -17,8 +17,8 @@
 namespace torvex {
 namespace {
 
-SolverWork work_for(const Field3& phi) {
-    SolverWork work;
+RcmWork work_for(const Field3& phi) {
+    RcmWork work;
     work.allocate(phi.ni(), phi.nj(), phi.nk());
     return work;
 }
@@ -41,10 +41,10 @@ Field3 cleared_inside(const Field3& exact) {
 TEST(Rcm, NoCycleLeavesPhi) {
     const LinearSystem eq = random_system(8, 7, 6, 1.1F, 51);
     const Field3 start = random_field(8, 7, 6, 52);
-    SolverWork work = work_for(start);
+    RcmWork work = work_for(start);
     for (const int ncycle : {0, -3}) {
         Field3 phi = start;
-        const RcmResult result = RCM(interior(8, 7, 6), phi, 4, ncycle, 5.0F, work, eq);
+        const SolveRecord result = RCM(interior(8, 7, 6), phi, 4, ncycle, 5.0F, work, eq);
         EXPECT_EQ(result.n, 1);
         EXPECT_EQ(result.r1, 0.0F);
         EXPECT_EQ(result.a, 0.0F);
@@ -57,13 +57,13 @@ TEST(Rcm, EqualsThePlainMethodToRounding) {
     const Field3 exact = smooth_field(15, 12, 10);
     const CellRange cells = interior(15, 12, 10);
     LinearSystem eq = transport_system(exact, 2.0F, 0.0F, 1.0F);
-    SolverWork work = work_for(exact);
+    RcmWork work = work_for(exact);
     for (int L = 1; L <= 4; ++L) {
         for (int ncycle = 1; ncycle <= 3; ++ncycle) {
             Field3 phi = cleared_inside(exact);
             Field3 plain = phi;
-            const RcmResult result = RCM(cells, phi, L, ncycle, 1e-3F, work, eq);
-            const RcmResult expected = plain_rcm(cells, eq, plain, L, ncycle, 1e-3F);
+            const SolveRecord result = RCM(cells, phi, L, ncycle, 1e-3F, work, eq);
+            const SolveRecord expected = plain_rcm(cells, eq, plain, L, ncycle, 1e-3F);
             EXPECT_EQ(result.n, expected.n);
             EXPECT_LE(largest_difference(cells, phi, plain), 2e-5);
             const double r1 = residual_in_double(cells, eq, phi);
@@ -80,7 +80,7 @@ TEST(Rcm, FirstCycleIsALineSearch) {
     const LinearSystem eq = random_system(12, 11, 9, 1.05F, 53);
     const CellRange cells = interior(12, 11, 9);
     Field3 phi = random_field(12, 11, 9, 54);
-    SolverWork work = work_for(phi);
+    RcmWork work = work_for(phi);
     RCM(cells, phi, 4, 1, 1.0F, work, eq);
     double product = 0;
     double image2 = 0;
@@ -100,7 +100,7 @@ struct Hard {
     CellRange cells = interior(26, 24, 22);
     LinearSystem eq = neumann_system(smooth_field(26, 24, 22));
     Field3 phi = random_field(26, 24, 22, 55);
-    SolverWork work = work_for(phi);
+    RcmWork work = work_for(phi);
 };
 
 // After m cycles the residual is orthogonal to the m images in use: no better combination exists.
@@ -130,9 +130,9 @@ TEST(Rcm, EqualsThePlainMethodOnAHardSystem) {
     Hard one;
     const float start = residual_sum(all.cells, all.eq, all.phi, Pinned::count);
     Field3 plain = all.phi;
-    const RcmResult result = RCM(all.cells, all.phi, 4, 4, 1e-6F, all.work, all.eq);
-    const RcmResult expected = plain_rcm(all.cells, all.eq, plain, 4, 4, 1e-6F);
-    const RcmResult single = RCM(one.cells, one.phi, 1, 4, 1e-6F, one.work, one.eq);
+    const SolveRecord result = RCM(all.cells, all.phi, 4, 4, 1e-6F, all.work, all.eq);
+    const SolveRecord expected = plain_rcm(all.cells, all.eq, plain, 4, 4, 1e-6F);
+    const SolveRecord single = RCM(one.cells, one.phi, 1, 4, 1e-6F, one.work, one.eq);
     EXPECT_LE(largest_difference(all.cells, all.phi, plain), 1e-3);
     EXPECT_NEAR(result.r1, expected.r1, 0.02 * double(expected.r1));
     EXPECT_LT(result.r1, 0.8F * single.r1);
@@ -145,9 +145,9 @@ TEST(Rcm, ConvergesToTheDirectSolution) {
     for (const float convection : {0.0F, 3.0F}) {
         const LinearSystem eq = transport_system(exact, convection, -convection, 0);
         Field3 phi = cleared_inside(exact);
-        SolverWork work = work_for(phi);
+        RcmWork work = work_for(phi);
         const Field3 direct = direct_solution(cells, eq, phi);
-        const RcmResult result = RCM(cells, phi, 4, 8, 1e-6F, work, eq);
+        const SolveRecord result = RCM(cells, phi, 4, 8, 1e-6F, work, eq);
         EXPECT_EQ(result.n, 9);
         // The weights are not sought below a residual of 0.01 in the Euclidean norm, and the
         // condition number is of order 10.
@@ -161,9 +161,9 @@ TEST(Rcm, StopsOneCycleAfterTheResidualHasFallen) {
     const Field3 exact = smooth_field(30, 26, 22);
     const LinearSystem eq = transport_system(exact, 0, 0, 0);
     Field3 phi = cleared_inside(exact);
-    SolverWork work = work_for(phi);
+    RcmWork work = work_for(phi);
     const float r0 = residual_sum(cells, eq, phi, Pinned::count);
-    const RcmResult result = RCM(cells, phi, 4, 10, r0, work, eq);
+    const SolveRecord result = RCM(cells, phi, 4, 10, r0, work, eq);
     EXPECT_LE(result.n, 10);
     EXPECT_LT(result.a, 0.1F);
     EXPECT_FLOAT_EQ(result.a, result.r1 / r0);
@@ -181,9 +181,9 @@ TEST(Rcm, SolvesASingularSystem) {
     const Field3 exact = smooth_field(18, 15, 12);
     const LinearSystem eq = neumann_system(exact);
     Field3 phi(18, 15, 12);
-    SolverWork work = work_for(phi);
+    RcmWork work = work_for(phi);
     const float r0 = residual_sum(cells, eq, phi, Pinned::count);
-    const RcmResult result = RCM(cells, phi, 4, 30, 1e-3F * r0, work, eq);
+    const SolveRecord result = RCM(cells, phi, 4, 30, 1e-3F * r0, work, eq);
     EXPECT_LT(result.a, 0.1F);
     const float level = phi(5, 5, 5) - exact(5, 5, 5);
     for_cells(cells, [&](int i, int j, int k) {
@@ -195,8 +195,8 @@ TEST(Rcm, NoReferenceRunsAllCycles) {
     const CellRange cells = interior(8, 7, 6);
     LinearSystem eq = empty_system(8, 7, 6);
     Field3 phi(8, 7, 6);
-    SolverWork work = work_for(phi);
-    const RcmResult result = RCM(cells, phi, 4, 3, 0.0F, work, eq);
+    RcmWork work = work_for(phi);
+    const SolveRecord result = RCM(cells, phi, 4, 3, 0.0F, work, eq);
     EXPECT_EQ(result.n, 4);
     EXPECT_EQ(result.r1, 0.0F);
     EXPECT_TRUE(std::isnan(result.a));
@@ -205,7 +205,7 @@ TEST(Rcm, NoReferenceRunsAllCycles) {
 
 TEST(Rcm, UsesTheSameWorkForSystemAfterSystem) {
     const CellRange cells = interior(14, 11, 9);
-    SolverWork work = work_for(Field3(14, 11, 9));
+    RcmWork work = work_for(Field3(14, 11, 9));
     const LinearSystem eq = random_system(14, 11, 9, 1.1F, 56);
     Field3 fresh = random_field(14, 11, 9, 57);
     RCM(cells, fresh, 4, 6, 1e-6F, work, eq);
@@ -223,7 +223,7 @@ TEST(Rcm, WorksInsideARange) {
     const CellRange cells{4, 5, 3, 17, 11, 8};
     Field3 phi = start;
     Field3 plain = start;
-    SolverWork work = work_for(phi);
+    RcmWork work = work_for(phi);
     RCM(cells, phi, 4, 2, 1e-3F, work, eq);
     plain_rcm(cells, eq, plain, 4, 2, 1e-3F);
     EXPECT_LE(largest_difference(cells, phi, plain), 1e-4);
@@ -236,12 +236,12 @@ TEST(Rcm, GivesTheSameBitsForAnyNumberOfThreads) {
     const Field3 exact = smooth_field(40, 23, 19);
     const LinearSystem eq = neumann_system(exact);
     Field3 first;
-    RcmResult first_result{};
+    SolveRecord first_result{};
     for (const int threads : {1, 2, 3, 5, 8}) {
         omp_set_num_threads(threads);
         Field3 phi(40, 23, 19);
-        SolverWork work = work_for(phi);
-        const RcmResult result = RCM(cells, phi, 4, 6, 1.0F, work, eq);
+        RcmWork work = work_for(phi);
+        const SolveRecord result = RCM(cells, phi, 4, 6, 1.0F, work, eq);
         if (threads == 1) {
             first = phi;
             first_result = result;
@@ -257,8 +257,8 @@ TEST(Rcm, NotANumberTravels) {
     LinearSystem eq = random_system(12, 8, 8, 1.1F, 62);
     eq.at(5, 4, 4) = std::numeric_limits<float>::quiet_NaN();
     Field3 phi = random_field(12, 8, 8, 63);
-    SolverWork work = work_for(phi);
-    const RcmResult result = RCM(interior(12, 8, 8), phi, 4, 2, 1.0F, work, eq);
+    RcmWork work = work_for(phi);
+    const SolveRecord result = RCM(interior(12, 8, 8), phi, 4, 2, 1.0F, work, eq);
     EXPECT_TRUE(std::isnan(result.r1));
     EXPECT_EQ(result.n, 3);
 }

@@ -18,15 +18,15 @@ namespace {
 
 constexpr float alpha = 0.9F;
 
-SolverWork work_for(const Field3& rhs) {
-    SolverWork work;
+RcmWork work_for(const Field3& rhs) {
+    RcmWork work;
     work.allocate(rhs.ni(), rhs.nj(), rhs.nk());
     work.rhs = rhs;
     return work;
 }
 
 Field3 solved(const CellRange& cells, const LinearSystem& eq, const Field3& rhs, int nsweep) {
-    SolverWork work = work_for(rhs);
+    RcmWork work = work_for(rhs);
     Field3 phi(rhs.ni(), rhs.nj(), rhs.nk(), 77);
     SIP(cells, phi, nsweep, alpha, 1, work, eq);
     return phi;
@@ -63,7 +63,7 @@ TEST(Sip, EqualsThePlainProcedureToRounding) {
 TEST(Sip, TakesAnyRange) {
     const LinearSystem eq = random_system(20, 15, 12, 1.1F, 23);
     const Field3 rhs = random_field(20, 15, 12, 24);
-    SolverWork work = work_for(rhs);
+    RcmWork work = work_for(rhs);
     Field3 phi(20, 15, 12);
     SIP(interior(20, 15, 12), phi, 3, alpha, 1, work, eq);
     for (const CellRange& cells : {CellRange{4, 5, 3, 17, 11, 8},
@@ -81,7 +81,7 @@ TEST(Sip, TakesAnyRange) {
 
 TEST(Sip, EmptyRangeDoesNothing) {
     const LinearSystem eq = random_system(6, 6, 6, 1.1F, 25);
-    SolverWork work = work_for(random_field(6, 6, 6, 26));
+    RcmWork work = work_for(random_field(6, 6, 6, 26));
     const Field3 start = random_field(6, 6, 6, 27);
     Field3 phi = start;
     SIP({2, 2, 2, 5, 1, 5}, phi, 7, alpha, 1, work, eq);
@@ -148,7 +148,7 @@ TEST(Sip, LaterCyclesUseTheFactorsAgain) {
     const LinearSystem eq = random_system(17, 9, 8, 1.1F, 33);
     const Field3 rhs = random_field(17, 9, 8, 34);
     const CellRange cells = interior(17, 9, 8);
-    SolverWork work = work_for(random_field(17, 9, 8, 35));
+    RcmWork work = work_for(random_field(17, 9, 8, 35));
     Field3 phi(17, 9, 8);
     SIP(cells, phi, 7, alpha, 1, work, eq);
     work.rhs = rhs;

@@ -21,8 +21,8 @@ struct Problem {
 };
 
 // The loop as it reads on paper, with the whole sum behind each sweep.
-SweepResult by_the_book(Problem& p, float relax, int sweeps, float r0) {
-    SweepResult result;
+SolveRecord by_the_book(Problem& p, float relax, int sweeps, float r0) {
+    SolveRecord result;
     for (; result.n <= sweeps; ++result.n) {
         sweep_phi(p.cells, p.eq, p.phi, relax);
         result.r1 = p.sum();
@@ -38,8 +38,9 @@ void expect_the_same(float relax, int sweeps, float over_first) {
     Problem book;
     Problem fast;
     const float r0 = over_first * book.sum();
-    const SweepResult expected = by_the_book(book, relax, sweeps, r0);
-    const SweepResult found = sweep_until(fast.cells, fast.eq, fast.phi, relax, sweeps, r0);
+    const SolveRecord expected = by_the_book(book, relax, sweeps, r0);
+    const SolveRecord found =
+        sweep_until(sweep_phi, fast.cells, fast.eq, fast.phi, relax, sweeps, r0);
     EXPECT_EQ(found.n, expected.n);
     EXPECT_EQ(found.r1, expected.r1);
     EXPECT_EQ(found.a, expected.a);
@@ -59,18 +60,18 @@ TEST(SweepUntil, StopsWhereTheWholeSumsWould) {
 TEST(SweepUntil, CountsOneMoreWhereTheSweepsRunOut) {
     Problem p;
     const float r0 = p.sum();
-    EXPECT_EQ(sweep_until(p.cells, p.eq, p.phi, 1.0F, 3, 1e-12F * r0).n, 4);
+    EXPECT_EQ(sweep_until(sweep_phi, p.cells, p.eq, p.phi, 1.0F, 3, 1e-12F * r0).n, 4);
     Problem q;
-    EXPECT_EQ(sweep_until(q.cells, q.eq, q.phi, 1.0F, 10, 100.0F * r0).n, 1);
+    EXPECT_EQ(sweep_until(sweep_phi, q.cells, q.eq, q.phi, 1.0F, 10, 100.0F * r0).n, 1);
     Problem r;
-    const int n = sweep_until(r.cells, r.eq, r.phi, 1.0F, 50, r0).n;
+    const int n = sweep_until(sweep_phi, r.cells, r.eq, r.phi, 1.0F, 50, r0).n;
     EXPECT_GT(n, 1);
     EXPECT_LE(n, 50);
 }
 
 TEST(SweepUntil, MakesAllSweepsFromZero) {
     Problem p;
-    const SweepResult result = sweep_until(p.cells, p.eq, p.phi, 1.0F, 2, 0.0F);
+    const SolveRecord result = sweep_until(sweep_phi, p.cells, p.eq, p.phi, 1.0F, 2, 0.0F);
     EXPECT_EQ(result.n, 3);
     EXPECT_TRUE(std::isinf(result.a));
     EXPECT_EQ(result.r1, p.sum());
@@ -79,7 +80,7 @@ TEST(SweepUntil, MakesAllSweepsFromZero) {
 TEST(SweepUntil, DoesNothingWithoutSweeps) {
     for (const int sweeps : {0, -3}) {
         Problem p;
-        const SweepResult result = sweep_until(p.cells, p.eq, p.phi, 1.0F, sweeps, 1.0F);
+        const SolveRecord result = sweep_until(sweep_phi, p.cells, p.eq, p.phi, 1.0F, sweeps, 1.0F);
         EXPECT_EQ(result.n, 1);
         EXPECT_EQ(result.r1, 0.0F);
         EXPECT_EQ(result.a, 0.0F);

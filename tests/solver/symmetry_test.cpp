@@ -9,8 +9,8 @@
 
 #include "solver/plain_solvers.hpp"
 #include "solver/rcm.hpp"
+#include "solver/rcm_work.hpp"
 #include "solver/sip.hpp"
-#include "solver/solver_work.hpp"
 #include "solver/test_systems.hpp"
 
 namespace torvex {
@@ -59,7 +59,7 @@ TEST(Symmetry, IsThereWithoutCells) {
 TEST(Symmetry, ChangesNoSolution) {
     const CellRange cells = interior(37, 12, 9);
     const Field3 rhs = random_field(37, 12, 9, 64);
-    SolverWork work;
+    RcmWork work;
     work.allocate(37, 12, 9);
     work.rhs = rhs;
     for (const bool symmetric : {false, true, false}) {
@@ -78,12 +78,12 @@ TEST(Symmetry, ChangesNoSolution) {
 TEST(Symmetry, LeavesTheCutResidualAsItIs) {
     const CellRange cells = interior(21, 12, 9);
     const LinearSystem eq = mirrored_system(21, 12, 9, 66);
-    SolverWork work;
+    RcmWork work;
     work.allocate(21, 12, 9);
     Field3 phi = random_field(21, 12, 9, 67);
     Field3 plain = phi;
-    const RcmResult done = RCM(cells, phi, 4, 5, 1e-6F, work, eq);
-    const RcmResult expected = plain_rcm(cells, eq, plain, 4, 5, 1e-6F);
+    const SolveRecord done = RCM(cells, phi, 4, 5, 1e-6F, work, eq);
+    const SolveRecord expected = plain_rcm(cells, eq, plain, 4, 5, 1e-6F);
     EXPECT_EQ(work.matrix, Matrix::symmetric);
     EXPECT_EQ(done.n, expected.n);
     EXPECT_LE(largest_difference(cells, phi, plain), 1e-4 * largest(cells, plain));

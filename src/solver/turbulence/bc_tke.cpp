@@ -1,8 +1,9 @@
 // bc_tke: boundary steps of tke. An open top passes no tke: at = 0 there, and the top plane follows
 // the cells below it.
 //
-// reads   tke, u, v, w, den, vol, z0, nodes, centres, area vectors beyond walls
-// writes  ab, at, an, as beside walls and open boundaries; su, sp beside walls; tke on the ground,
+// reads   tke, u, v, w, den, vol, the wall cells
+// writes  ab, at, an, as beside walls and open boundaries; su, sp of the target beside walls; tke
+// on the ground,
 //         the top, the sides and the outflow
 
 #include "solver/turbulence/boundary_steps.hpp"
@@ -11,9 +12,9 @@
 
 namespace torvex {
 
-void bc_tke(const SolverContext& ctx) {
+void bc_tke(const SolverContext& ctx, Sources target) {
     boundary_steps(ctx, ctx.flow.tke, OpenTop::zero_gradient,
-                   EnergyWall(ctx, ctx.flow.tke, ctx.settings.CMU));
+                   EnergyWall(ctx, ctx.flow.tke, ctx.settings.CMU, target));
 }
 
 }  // namespace torvex

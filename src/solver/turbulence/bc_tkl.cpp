@@ -1,7 +1,8 @@
 // bc_tkl: boundary steps of tkl, those of tke with the constant of the k-l model.
 //
-// reads   tkl, u, v, w, den, vol, z0, nodes, centres, area vectors beyond walls
-// writes  ab, at, an, as beside walls and open boundaries; su, sp beside walls; tkl on the ground,
+// reads   tkl, u, v, w, den, vol, the wall cells
+// writes  ab, at, an, as beside walls and open boundaries; su, sp of the target beside walls; tkl
+// on the ground,
 //         the top, the sides and the outflow
 
 #include "solver/turbulence/boundary_steps.hpp"
@@ -10,9 +11,9 @@
 
 namespace torvex {
 
-void bc_tkl(const SolverContext& ctx) {
+void bc_tkl(const SolverContext& ctx, Sources target) {
     boundary_steps(ctx, ctx.flow.tkl, OpenTop::zero_gradient,
-                   EnergyWall(ctx, ctx.flow.tkl, ctx.settings.KL_CMU));
+                   EnergyWall(ctx, ctx.flow.tkl, ctx.settings.KL_CMU, target));
 }
 
 }  // namespace torvex

@@ -1,9 +1,23 @@
 #pragma once
 
 #include "solver/solver_context.hpp"
-#include "solver/wall.hpp"
+#include "solver/wall_cells.hpp"
 
 namespace torvex {
+
+// The coefficient of a cell towards the wall.
+template <Wall wall>
+float& towards_wall(LinearSystem& eq, int i, int j, int k) {
+    if constexpr (wall == Wall::ground) {
+        return eq.ab(i, j, k);
+    } else if constexpr (wall == Wall::top) {
+        return eq.at(i, j, k);
+    } else if constexpr (wall == Wall::south) {
+        return eq.as(i, j, k);
+    } else {
+        return eq.an(i, j, k);
+    }
+}
 
 enum class OpenTop {
     zero_gradient,

@@ -23,21 +23,23 @@
 
 namespace torvex {
 
-void CALCED(const SolverContext& ctx, int iter, int interval) {
+SolveRecords CALCED(const SolverContext& ctx, int iter, int interval) {
     const CaseSettings& set = ctx.settings;
     const GridGeometry& g = ctx.grid;
     FlowState& s = ctx.flow;
+    const Sources target = sources_of(s.eq);
     const DissipationConstants constants{set.CE1 * set.CMU, set.CMU * set.CE2};
     const auto source = [&, viscos = set.VISCOS](int j, int k, Row<const float> cross) {
         dissipation_source_row(g, s, constants, viscos, j, k, cross);
     };
     assemble_transport(g, s, s.ted, set.SIGE, ctx.work.transport, source);
     if (set.canopy_on()) {
-        canopy_sources_ted(canopy_cells_of(ctx), set.canopy, s.canopy_source_factor);
+        canopy_sources_ted(canopy_cells_of(ctx, target), set.canopy, s.canopy_source_factor);
     }
-    bc_ted(ctx);
-    solve_transport(ctx, iter, interval, {set.URFE, set.NSWPE, 1.0F, "   e: n=", "e"}, s.ted,
-                    s.resid_e, s.scale_e);
+    bc_ted(ctx, target);
+    const TransportSolution how{
+        .urf = ctx.controls.URFE, .sweeps_allowed = ctx.controls.NSWPE, .sweep_factor = 1.0F};
+    return {solve_transport(ctx, iter, interval, how, s.ted, s.resid_e, s.scale_e)};
 }
 
 }  // namespace torvex

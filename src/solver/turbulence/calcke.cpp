@@ -42,22 +42,25 @@ void assemble(const SolverContext& ctx) {
 
 }  // namespace
 
-void CALCKE(const SolverContext& ctx, int iter, int interval) {
+SolveRecords CALCKE(const SolverContext& ctx, int iter, int interval) {
     const CaseSettings& set = ctx.settings;
     FlowState& s = ctx.flow;
+    const Sources target = sources_of(s.eq);
     if (set.TURBULENCE_MODEL == 3) {
         assemble<Production::launder_kato>(ctx);
     } else {
         assemble<Production::strain>(ctx);
     }
     if (set.canopy_on()) {
-        canopy_sources_tke(canopy_cells_of(ctx), set.canopy, s.canopy_source_factor);
+        canopy_sources_tke(canopy_cells_of(ctx, target), set.canopy, s.canopy_source_factor);
     }
-    clear_wall_planes(ctx);
-    bc_tke(ctx);
-    solve_transport(ctx, iter, interval, {set.URFK, set.NSWPK, 1.1F, "   k: n=", "k"}, s.tke,
-                    s.resid_k, s.scale_k);
+    clear_wall_planes(ctx, target);
+    bc_tke(ctx, target);
+    const TransportSolution how{
+        .urf = ctx.controls.URFK, .sweeps_allowed = ctx.controls.NSWPK, .sweep_factor = 1.1F};
+    const SolveRecord done = solve_transport(ctx, iter, interval, how, s.tke, s.resid_k, s.scale_k);
     clip_energy(ctx.grid, s.tke);
+    return {done};
 }
 
 }  // namespace torvex

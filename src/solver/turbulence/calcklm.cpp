@@ -19,21 +19,25 @@
 
 namespace torvex {
 
-void CALCKLM(const SolverContext& ctx, int iter, int interval) {
+SolveRecords CALCKLM(const SolverContext& ctx, int iter, int interval) {
     const CaseSettings& set = ctx.settings;
     const GridGeometry& g = ctx.grid;
     FlowState& s = ctx.flow;
+    const Sources target = sources_of(s.eq);
     const auto source = [&, viscos = set.VISCOS, c_mu = set.KL_CMU](int j, int k,
                                                                     Row<const float> cross) {
         production_row<Production::strain>(g, s, viscos, j, k);
         energy_source_row(g, s, s.tkl, c_mu, viscos, j, k, cross);
     };
     assemble_transport(g, s, s.tkl, set.KL_SIGMA_K, ctx.work.transport, source);
-    clear_wall_planes(ctx);
-    bc_tkl(ctx);
-    solve_transport(ctx, iter, interval, {set.URFK, set.NSWPK, 1.1F, "  klm: n=", "k"}, s.tkl,
-                    s.resid_klm, s.scale_klm);
+    clear_wall_planes(ctx, target);
+    bc_tkl(ctx, target);
+    const TransportSolution how{
+        .urf = ctx.controls.URFK, .sweeps_allowed = ctx.controls.NSWPK, .sweep_factor = 1.1F};
+    const SolveRecord done =
+        solve_transport(ctx, iter, interval, how, s.tkl, s.resid_klm, s.scale_klm);
     clip_energy(g, s.tkl);
+    return {done};
 }
 
 }  // namespace torvex

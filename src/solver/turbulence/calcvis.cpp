@@ -32,14 +32,13 @@ namespace {
     return urf * value + (1.0F - urf) * old;
 }
 
-void from_dissipation(const CaseSettings& set, FlowState& s, int j, int k, int last) {
+void from_dissipation(const CaseSettings& set, float urf, FlowState& s, int j, int k, int last) {
     const auto tke = row(s.tke, j, k);
     const auto ted = row(s.ted, j, k);
     const auto den = row(s.den, j, k);
     const auto vis = row(s.vis, j, k);
     const float c_mu = set.CMU;
     const float viscos = set.VISCOS;
-    const float urf = set.URFVIS;
 #pragma omp simd
     for (int i = 2; i <= last; ++i) {
         vis[i] = relaxed(urf, viscosity(c_mu, den[i], tke[i], ted[i]) + viscos, vis[i]);
@@ -47,15 +46,14 @@ void from_dissipation(const CaseSettings& set, FlowState& s, int j, int k, int l
 }
 
 // From an energy and the mixing length, with the constant c_mu.
-void from_length(const CaseSettings& set, const FlowState& s, const Field3& energy, float c_mu,
-                 Field3& out, int j, int k, int last) {
+void from_length(const CaseSettings& set, float urf, const FlowState& s, const Field3& energy,
+                 float c_mu, Field3& out, int j, int k, int last) {
     const auto e = row(energy, j, k);
     const auto lm = row(s.lm, j, k);
     const auto den = row(s.den, j, k);
     const auto vis = row(out, j, k);
     const float cmu34 = std::pow(c_mu, 0.75F);
     const float viscos = set.VISCOS;
-    const float urf = set.URFVIS;
 #pragma omp simd
     for (int i = 2; i <= last; ++i) {
         const float dissipation = cmu34 * (std::sqrt(e[i]) * e[i]) / lm[i];
@@ -74,17 +72,21 @@ void blend(const CaseSettings& set, FlowState& s, int j, int k, int last) {
 }
 
 template <int model>
-void inner_cells(const CaseSettings& set, const GridGeometry& g, FlowState& s) {
+void inner_cells(const SolverContext& ctx) {
+    const CaseSettings& set = ctx.settings;
+    const GridGeometry& g = ctx.grid;
+    FlowState& s = ctx.flow;
+    const float urf = ctx.controls.URFVIS;
 #pragma omp parallel for schedule(static)
     for (int k = 2; k <= g.nz; ++k) {
         for (int j = 2; j <= g.ny; ++j) {
             if constexpr (model == 2) {
-                from_length(set, s, s.tke, set.CMU, s.vis, j, k, g.nx);
+                from_length(set, urf, s, s.tke, set.CMU, s.vis, j, k, g.nx);
             } else {
-                from_dissipation(set, s, j, k, g.nx);
+                from_dissipation(set, urf, s, j, k, g.nx);
             }
             if constexpr (model == 4) {
-                from_length(set, s, s.tkl, set.KL_CMU, s.viskl, j, k, g.nx);
+                from_length(set, urf, s, s.tkl, set.KL_CMU, s.viskl, j, k, g.nx);
                 blend(set, s, j, k, g.nx);
             }
         }
@@ -96,13 +98,13 @@ void inner_cells(const CaseSettings& set, const GridGeometry& g, FlowState& s) {
 void CALCVIS(const SolverContext& ctx) {
     switch (ctx.settings.TURBULENCE_MODEL) {
         case 2:
-            inner_cells<2>(ctx.settings, ctx.grid, ctx.flow);
+            inner_cells<2>(ctx);
             break;
         case 4:
-            inner_cells<4>(ctx.settings, ctx.grid, ctx.flow);
+            inner_cells<4>(ctx);
             break;
         default:
-            inner_cells<1>(ctx.settings, ctx.grid, ctx.flow);
+            inner_cells<1>(ctx);
     }
     bc_vis(ctx);
 }

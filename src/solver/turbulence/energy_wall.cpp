@@ -6,22 +6,22 @@ namespace torvex {
 
 namespace {
 
-void clear_cell(const GridGeometry& g, FlowState& s, int i, int j, int k) {
+void clear_cell(const GridGeometry& g, const FlowState& s, Sources target, int i, int j, int k) {
     const float production = s.den(i, j, k) * s.gen(i, j, k) * g.vol(i, j, k);
-    s.eq.su(i, j, k) -= static_cast<double>(production);
-    s.eq.sp(i, j, k) = 0.0;
+    target.su(i, j, k) -= static_cast<double>(production);
+    target.sp(i, j, k) = 0.0;
 }
 
 }  // namespace
 
-void clear_wall_planes(const SolverContext& ctx) {
+void clear_wall_planes(const SolverContext& ctx, Sources target) {
     const GridGeometry& g = ctx.grid;
-    FlowState& s = ctx.flow;
+    const FlowState& s = ctx.flow;
     const auto clear_level = [&](int k) {
 #pragma omp parallel for schedule(static)
         for (int j = 2; j <= g.ny; ++j) {
             for (int i = 2; i <= g.nx; ++i) {
-                clear_cell(g, s, i, j, k);
+                clear_cell(g, s, target, i, j, k);
             }
         }
     };
@@ -34,9 +34,9 @@ void clear_wall_planes(const SolverContext& ctx) {
 #pragma omp parallel for schedule(static)
         for (int k = 3; k <= g.nz - 1; ++k) {
             for (int i = 2; i <= g.nx; ++i) {
-                clear_cell(g, s, i, 2, k);
+                clear_cell(g, s, target, i, 2, k);
                 if (g.ny > 2) {
-                    clear_cell(g, s, i, g.ny, k);
+                    clear_cell(g, s, target, i, g.ny, k);
                 }
             }
         }

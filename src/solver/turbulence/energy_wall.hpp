@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "solver/constants.hpp"
-#include "solver/turbulence/wall_law.hpp"
+#include "solver/turbulence/boundary_steps.hpp"
 
 namespace torvex {
 
@@ -18,20 +18,18 @@ namespace torvex {
 // ref  Launder and Spalding (1974)
 class EnergyWall {
  public:
-    EnergyWall(const SolverContext& ctx, Field3& energy, float c_mu)
+    EnergyWall(const SolverContext& ctx, Field3& energy, float c_mu, Sources target)
         : ctx_(ctx),
           energy_(energy),
+          target_(target),
           cmu4_(std::sqrt(std::sqrt(c_mu))),
           cmu34_(std::pow(c_mu, 0.75F)) {}
 
     template <Wall wall>
     void apply(int a, int b) const {
         FlowState& s = ctx_.flow;
-        const WallLaw law = wall_law<wall>(ctx_, a, b);
-        const int i = law.i;
-        const int j = law.j;
-        const int k = law.k;
-        const WallCell& c = law.wall;
+        const auto [i, j, k, ig, jg, kg] = wall_place<wall>(ctx_.grid, a, b);
+        const WallCell& c = cell_at<wall>(ctx_.walls, a, b);
         const float u = s.u(i, j, k);
         const float v = s.v(i, j, k);
         const float w = s.w(i, j, k);
@@ -42,24 +40,25 @@ class EnergyWall {
         const float den = s.den(i, j, k);
         const float vol = ctx_.grid.vol(i, j, k);
         const float root = std::sqrt(std::abs(energy_(i, j, k)));
-        const float work = std::abs(den * Vt * cmu4_ * root * KAPPA / law.L1 * Vt);
-        const float production = work * vol / (2.0F * c.d * law.L1) * law.L2;
-        const float sink = cmu34_ * den * root / KAPPA * law.L2 / (2.0F * c.d) * vol;
-        towards_wall<wall>(s.eq, law) = 0.0F;
-        s.eq.su(i, j, k) += static_cast<double>(production);
-        s.eq.sp(i, j, k) = static_cast<double>(-sink);
-        energy_(c.ig, c.jg, c.kg) = energy_(i, j, k);
+        const float work = std::abs(den * Vt * cmu4_ * root * KAPPA / c.L1 * Vt);
+        const float production = work * vol / (2.0F * c.d * c.L1) * c.L2;
+        const float sink = cmu34_ * den * root / KAPPA * c.L2 / (2.0F * c.d) * vol;
+        towards_wall<wall>(s.eq, i, j, k) = 0.0F;
+        target_.su(i, j, k) += static_cast<double>(production);
+        target_.sp(i, j, k) = static_cast<double>(-sink);
+        energy_(ig, jg, kg) = energy_(i, j, k);
     }
 
  private:
     const SolverContext& ctx_;
     Field3& energy_;
+    Sources target_;
     float cmu4_;
     float cmu34_;
 };
 
 // What an energy equation changes beside walls before its boundary steps: the production by the
 // resolved shear goes out again and the sink is cleared, for the wall formula takes their place.
-void clear_wall_planes(const SolverContext& ctx);
+void clear_wall_planes(const SolverContext& ctx, Sources target);
 
 }  // namespace torvex

@@ -7,12 +7,10 @@
 
 #include "solver/turbulence/transport_solution.hpp"
 
-#include <string>
-
-#include "base/edit.hpp"
 #include "solver/constants.hpp"
 #include "solver/fetch_ahead.hpp"
 #include "solver/residual_sum.hpp"
+#include "solver/solver_work.hpp"
 #include "solver/sweep_until.hpp"
 #include "solver/turbulence/row.hpp"
 
@@ -52,8 +50,8 @@ void under_relax(const GridGeometry& g, LinearSystem& eq, const Field3& phi, flo
 
 }  // namespace
 
-void solve_transport(const SolverContext& ctx, int iter, int interval, const TransportSolution& how,
-                     Field3& phi, float& resid, float& scale) {
+SolveRecord solve_transport(const SolverContext& ctx, int iter, int interval,
+                            const TransportSolution& how, Field3& phi, float& resid, float& scale) {
     const GridGeometry& g = ctx.grid;
     LinearSystem& eq = ctx.flow.eq;
     const CellRange inner{2, 2, 2, g.nx, g.ny, g.nz};
@@ -63,11 +61,8 @@ void solve_transport(const SolverContext& ctx, int iter, int interval, const Tra
         resid = sums.residual;
         scale = sums.scale;
     }
-    const auto [n, r1, a] =
-        sweep_until(inner, eq, phi, how.sweep_factor, how.sweeps_allowed, resid);
-    const std::string r = ", r" + std::string(how.letter);
-    ctx.report.line(std::string(how.equation) + edit::I(n, 3) + r + "0=" + edit::E(resid, 14, 7) +
-                    r + "1=" + edit::E(r1, 14, 7) + ", a=" + edit::E(a, 14, 7));
+    return sweep_until(ctx.work.solvers.sweep, inner, eq, phi, how.sweep_factor, how.sweeps_allowed,
+                       resid);
 }
 
 void clip_energy(const GridGeometry& g, Field3& energy) {

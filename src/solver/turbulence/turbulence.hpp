@@ -1,5 +1,6 @@
 #pragma once
 
+#include "solver/solve_record.hpp"
 #include "solver/solver_context.hpp"
 
 namespace torvex {
@@ -12,9 +13,9 @@ namespace torvex {
 //   4 hybrid                                          CALCKE, CALCED, CALCKLM, CALCLM_, CALCVIS
 //
 // Residuals and their references are taken in iterations that are a multiple of `interval`.
-void CALCKE(const SolverContext& ctx, int iter, int interval);
-void CALCED(const SolverContext& ctx, int iter, int interval);
-void CALCKLM(const SolverContext& ctx, int iter, int interval);
+SolveRecords CALCKE(const SolverContext& ctx, int iter, int interval);
+SolveRecords CALCED(const SolverContext& ctx, int iter, int interval);
+SolveRecords CALCKLM(const SolverContext& ctx, int iter, int interval);
 
 // Mixing length from tke, and from tkl.
 void CALCLM(const SolverContext& ctx);

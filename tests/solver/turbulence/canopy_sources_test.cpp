@@ -52,12 +52,12 @@ struct CanopyCase : TurbulenceCase {
 };
 
 void tke_sources(TurbulenceCase& c) {
-    canopy_sources_tke(canopy_cells_of(c.context()), c.settings.canopy,
+    canopy_sources_tke(canopy_cells_of(c.context(), sources_of(c.flow.eq)), c.settings.canopy,
                        c.flow.canopy_source_factor);
 }
 
 void ted_sources(TurbulenceCase& c) {
-    canopy_sources_ted(canopy_cells_of(c.context()), c.settings.canopy,
+    canopy_sources_ted(canopy_cells_of(c.context(), sources_of(c.flow.eq)), c.settings.canopy,
                        c.flow.canopy_source_factor);
 }
 

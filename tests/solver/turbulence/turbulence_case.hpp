@@ -1,8 +1,6 @@
 #pragma once
 
 #include "base/case_settings.hpp"
-#include "base/iteration_report.hpp"
-#include "base/text_log.hpp"
 #include "mesh/grid_geometry.hpp"
 #include "solver/flow_state.hpp"
 #include "solver/solver_context.hpp"
@@ -17,11 +15,18 @@ class TurbulenceCase {
     // defaults; one sweep of each equation without under-relaxation.
     TurbulenceCase(GridGeometry mesh, int model);
 
+    // What the routines see of it all, walls and controls as they follow from it now.
     SolverContext context(int skip_sides = 0) {
-        return {settings, grid, flow, work, report_, skip_sides};
+        walls_ = wall_cells(settings, grid, flow.z0);
+        controls_ = solve_controls(settings);
+        return {.settings = settings,
+                .controls = controls_,
+                .grid = grid,
+                .walls = walls_,
+                .flow = flow,
+                .work = work,
+                .skip_sides = skip_sides};
     }
-    // The report goes to this file instead of nowhere.
-    void report_to(const std::string& path) { log_.open(path, TextLog::Existing::discard); }
 
     CaseSettings settings;
     GridGeometry grid;
@@ -29,8 +34,8 @@ class TurbulenceCase {
     SolverWork work;
 
  private:
-    TextLog log_;
-    IterationReport report_{log_};
+    Walls walls_;
+    SolveControls controls_;
 };
 
 // Every field random: velocities of both signs, fluxes of both signs, positive energies, a density

@@ -51,7 +51,7 @@ TEST(WallFormula, WorkedValues) {
     WallCase c;
     c.flow.w.fill(8.0F);  // straight at the ground: does not count
     SolverContext ctx = c.context();
-    bc_tke(ctx);
+    bc_tke(ctx, sources_of(ctx.flow.eq));
     EXPECT_NEAR(c.su(3, 3, 2) / c.vol, 0.293657, 2e-6);
     EXPECT_NEAR(c.sp(3, 3, 2) / c.vol, -0.410070, 2e-6);
     EXPECT_EQ(c.flow.eq.ab(3, 3, 2), 0.0F);
@@ -59,7 +59,7 @@ TEST(WallFormula, WorkedValues) {
     EXPECT_NEAR(production(5, 2.5, 0.03, 1, 0.09), 0.293657, 1e-6);
     EXPECT_NEAR(sink(2.5, 0.03, 1, 0.09), 0.410070, 1e-6);
 
-    bc_ted(ctx);
+    bc_ted(ctx, sources_of(ctx.flow.eq));
     EXPECT_NEAR(c.su(3, 3, 2) / 1e25, 0.410070, 1e-6);
     EXPECT_EQ(c.sp(3, 3, 2), -1.0e25);
     EXPECT_EQ(c.flow.eq.ab(3, 3, 2), 0.0F);
@@ -72,7 +72,7 @@ TEST(WallFormula, ProductionAddsAndTheSinkReplaces) {
     c.flow.tke.fill(-4.0F);
     c.flow.z0(3, 3) = 0.5F;
     SolverContext ctx = c.context();
-    bc_tke(ctx);
+    bc_tke(ctx, sources_of(ctx.flow.eq));
     EXPECT_NEAR(c.su(3, 3, 2), 100 + 1.2 * production(5, 2.5, 0.5, 4, 0.09) * c.vol, 1e-3);
     EXPECT_NEAR(c.sp(3, 3, 2), -1.2 * sink(2.5, 0.5, 4, 0.09) * c.vol, 1e-3);
     EXPECT_NEAR(c.su(4, 3, 2), 100 + 1.2 * production(5, 2.5, 0.03, 4, 0.09) * c.vol, 1e-3);
@@ -82,7 +82,7 @@ TEST(WallFormula, DissipationTakesTheSizeOfTke) {
     WallCase c;
     c.flow.tke.fill(-4.0F);
     SolverContext ctx = c.context();
-    bc_ted(ctx);
+    bc_ted(ctx, sources_of(ctx.flow.eq));
     EXPECT_NEAR(c.su(3, 3, 2) / 1e25, 8 * 0.410070, 1e-5);
 }
 
@@ -90,7 +90,7 @@ TEST(WallFormula, KlEnergyHasItsOwnConstantAndEnergy) {
     WallCase c(4);
     c.flow.tkl.fill(2.0F);
     SolverContext ctx = c.context();
-    bc_tkl(ctx);
+    bc_tkl(ctx, sources_of(ctx.flow.eq));
     EXPECT_NEAR(c.su(3, 3, 2), production(5, 2.5, 0.03, 2, 0.094) * c.vol, 1e-3);
     EXPECT_NEAR(c.sp(3, 3, 2), -sink(2.5, 0.03, 2, 0.094) * c.vol, 1e-3);
     EXPECT_EQ(c.flow.tkl(3, 3, 1), 2.0F);
@@ -113,13 +113,13 @@ TEST(WallFormula, SlopingGroundTurnsTheNormal) {
     c.flow.u.fill(-0.6F * 5);
     c.flow.w.fill(0.8F * 5);
     SolverContext ctx = c.context();
-    bc_tke(ctx);
+    bc_tke(ctx, sources_of(ctx.flow.eq));
     EXPECT_NEAR(c.flow.eq.su(3, 3, 2), 0.0, 1e-3);
     EXPECT_NEAR(c.flow.eq.sp(3, 3, 2), -sink(2.0, 0.03, 1, 0.09) * 80, 1e-3);
     c.flow.eq.su.fill(0.0);
     c.flow.u.fill(0.8F * 5);
     c.flow.w.fill(0.6F * 5);
-    bc_tke(ctx);
+    bc_tke(ctx, sources_of(ctx.flow.eq));
     EXPECT_NEAR(c.flow.eq.su(3, 3, 2), production(5, 2.0, 0.03, 1, 0.09) * 80, 1e-3);
 }
 
@@ -128,7 +128,7 @@ TEST(WallFormula, TunnelWallsHaveTheirOwnRoughness) {
     const int k = 4;
     const int j = 3;
     SolverContext ctx = c.context();
-    bc_tke(ctx);
+    bc_tke(ctx, sources_of(ctx.flow.eq));
     const auto z0 = double(c.settings.WIND_TUNNEL_Z0);
     EXPECT_NEAR(c.su(3, j, c.grid.nz), production(5, 2.5, z0, 1, 0.09) * c.vol, 1e-3);
     EXPECT_EQ(c.flow.eq.at(3, j, c.grid.nz), 0.0F);
@@ -147,14 +147,14 @@ TEST(WallFormula, TunnelWallsHaveTheirOwnRoughness) {
 TEST(WallFormula, CellOnTwoWallsAddsSourcesAndKeepsTheLaterSink) {
     WallCase c(1, 2);
     SolverContext ctx = c.context();
-    bc_tke(ctx);
+    bc_tke(ctx, sources_of(ctx.flow.eq));
     const auto z0 = double(c.settings.WIND_TUNNEL_Z0);
     EXPECT_NEAR(c.su(3, 2, 2),
                 (production(5, 2.5, 0.03, 1, 0.09) + production(3, 2, z0, 1, 0.09)) * c.vol, 2e-3);
     EXPECT_NEAR(c.sp(3, 2, 2), -sink(2, z0, 1, 0.09) * c.vol, 1e-3);
     EXPECT_EQ(c.flow.eq.ab(3, 2, 2), 0.0F);
     EXPECT_EQ(c.flow.eq.as(3, 2, 2), 0.0F);
-    bc_ted(ctx);
+    bc_ted(ctx, sources_of(ctx.flow.eq));
     EXPECT_NEAR(c.su(3, 2, 2) / 1e25, sink(2, z0, 1, 0.09), 1e-5);
 }
 
@@ -166,7 +166,7 @@ void expect_cleared(int mode, const std::function<bool(int, int, int)>& beside_w
     c.flow.gen.fill(2.0F);
     c.flow.eq.su.fill(1000.0);
     SolverContext ctx = c.context();
-    clear_wall_planes(ctx);
+    clear_wall_planes(ctx, sources_of(ctx.flow.eq));
     const GridGeometry& g = c.grid;
     for (int k = 1; k <= g.nk; ++k) {
         for (int j = 1; j <= g.nj; ++j) {
@@ -198,7 +198,7 @@ TEST(WallPlanes, CellBetweenTwoWallsIsClearedOnce) {
     c.settings.WIND_TUNNEL_MODE = 1;
     c.flow.gen.fill(2.0F);
     SolverContext ctx = c.context();
-    clear_wall_planes(ctx);
+    clear_wall_planes(ctx, sources_of(ctx.flow.eq));
     EXPECT_NEAR(c.flow.eq.su(3, 3, 2), -2.0, 1e-6);
 }
 
@@ -270,7 +270,7 @@ TEST(BoundarySteps, TkeFollowsOnEverySideButTheInflow) {
         WallCase c(1, mode);
         number_places(c.flow.tke);
         SolverContext ctx = c.context();
-        bc_tke(ctx);
+        bc_tke(ctx, sources_of(ctx.flow.eq));
         expect_copies(c.flow.tke, [](int i, int j, int k) { return all_copies(i, j, k, true); });
     }
 }
@@ -279,10 +279,10 @@ TEST(BoundarySteps, TedKeepsItsOpenTop) {
     WallCase c;
     number_places(c.flow.ted);
     SolverContext ctx = c.context();
-    bc_ted(ctx);
+    bc_ted(ctx, sources_of(ctx.flow.eq));
     expect_copies(c.flow.ted, [](int i, int j, int k) { return all_copies(i, j, k, false); });
     EXPECT_EQ(c.flow.eq.at(3, 3, 7), 9.0F);
-    bc_tke(ctx);
+    bc_tke(ctx, sources_of(ctx.flow.eq));
     EXPECT_EQ(c.flow.eq.at(3, 3, 7), 0.0F);
 }
 
@@ -290,7 +290,7 @@ TEST(BoundarySteps, TedFollowsAWallOnTop) {
     WallCase c(1, 1);
     number_places(c.flow.ted);
     SolverContext ctx = c.context();
-    bc_ted(ctx);
+    bc_ted(ctx, sources_of(ctx.flow.eq));
     expect_copies(c.flow.ted, [](int i, int j, int k) { return all_copies(i, j, k, true); });
     EXPECT_EQ(c.flow.eq.at(3, 3, 7), 0.0F);
     EXPECT_EQ(c.sp(3, 3, 7), -1.0e25);
@@ -300,7 +300,7 @@ TEST(BoundarySteps, SideWallsCopyTheirCellsToo) {
     WallCase c(1, 2);
     number_places(c.flow.tke);
     SolverContext ctx = c.context();
-    bc_tke(ctx);
+    bc_tke(ctx, sources_of(ctx.flow.eq));
     expect_copies(c.flow.tke, [](int i, int j, int k) { return all_copies(i, j, k, true); });
 }
 
@@ -311,9 +311,9 @@ TEST(BoundarySteps, ANestedRunKeepsSidesAndOutflow) {
         number_places(c.flow.tkl);
         number_places(c.flow.ted);
         SolverContext ctx = c.context(1);
-        bc_tke(ctx);
-        bc_tkl(ctx);
-        bc_ted(ctx);
+        bc_tke(ctx, sources_of(ctx.flow.eq));
+        bc_tkl(ctx, sources_of(ctx.flow.eq));
+        bc_ted(ctx, sources_of(ctx.flow.eq));
         const auto energy = [](int i, int j, int k) { return level_copies(i, j, k, true); };
         expect_copies(c.flow.tke, energy);
         expect_copies(c.flow.tkl, energy);
@@ -328,7 +328,7 @@ TEST(BoundarySteps, ANestedRunKeepsSidesAndOutflow) {
 TEST(BoundarySteps, OpenSidesPassNothingAndTheOutflowKeepsItsCoefficient) {
     WallCase c;
     SolverContext ctx = c.context();
-    bc_ted(ctx);
+    bc_ted(ctx, sources_of(ctx.flow.eq));
     EXPECT_EQ(c.flow.eq.an(3, 6, 4), 0.0F);
     EXPECT_EQ(c.flow.eq.as(3, 2, 4), 0.0F);
     EXPECT_EQ(c.flow.eq.an(3, 5, 4), 9.0F);
