@@ -53,7 +53,7 @@ std::array<double, routines> compulsory_bytes(const std::filesystem::path& conve
          {" p: n=", Routine::CALCP},
          {" k: n=", Routine::CALCKE},
          {" e: n=", Routine::CALCED}}};
-    constexpr std::array<double, 6> assembly{208, 184, 184, 0, 196, 184};
+    constexpr std::array<double, 6> assembly{208, 184, 184, 0, 196, 180};
     constexpr double viscosity = 20;
 
     std::array<double, routines> bytes{};

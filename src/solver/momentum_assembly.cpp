@@ -11,6 +11,7 @@
 //
 // reads   vol, xix..zez, fx..fz; u, v, w, p, vis, den, flxU..flxW
 // writes  su, sp, and ae..ab for u, in 2..nx, 2..ny, 2..nz
+// plain   tests/solver/reference/plain_momentum: neighbour_coefficients, sources
 //
 // Every corner and every face is formed once. A thread walks upward through its planes and keeps
 // what the next plane and the next row need: the corners of the plane below and the fluxes through
@@ -19,31 +20,32 @@
 
 #include "solver/momentum_assembly.hpp"
 
-#include <omp.h>
-
 #include <algorithm>
+#include <cstddef>
 #include <utility>
 
 #include "solver/fetch_ahead.hpp"
 #include "solver/momentum_faces.hpp"
 #include "solver/momentum_work.hpp"
+#include "solver/plane_walk.hpp"
+#include "solver/row.hpp"
 
 namespace torvex {
 
 namespace {
 
-// What the faces of one row give; down is the coefficient of the high cell towards the low one.
-struct FaceRows {
-    float* flux;
-    float* mass;
-    float* up;
-    float* down;
+// What the faces of one row give.
+struct FluxRows {
+    float* flux;  // explicit flux
+    float* mass;  // and for u mass flux and coefficients, see coupling_row
+    float* to_high;
+    float* to_low;
 };
 
 template <Component A>
-class PlaneAssembly {
+class MomentumWalk {
  public:
-    PlaneAssembly(const SolverContext& c, MomentumScratch& scratch)
+    MomentumWalk(const SolverContext& c, MomentumScratch& scratch)
         : g_(c.grid),
           eq_(c.flow.eq),
           f_(c.grid, c.flow),
@@ -51,51 +53,16 @@ class PlaneAssembly {
           phi_(A == Component::u   ? f_.velocity.x
                : A == Component::v ? f_.velocity.y
                                    : f_.velocity.z),
-          deferred_{0.25F * c.settings.RATIO, 1.0F - c.settings.ETA, 1.0F + c.settings.ETA} {
-        int n = 1;
-        for (FaceRows* rows : {&east_, &north_, &south_, &top_}) {
-            *rows = {&scratch.rows(1, n), &scratch.rows(1, n + 1), &scratch.rows(1, n + 2),
-                     &scratch.rows(1, n + 3)};
-            n += 4;
-        }
-        deferred_row_ = &scratch.rows(1, n);
-        no_deferred_ = &scratch.rows(1, n + 1);  // never written, all 0
-    }
+          deferred_{.amount = 0.25F * c.settings.RATIO,
+                    .upwind = 1.0F - c.settings.ETA,
+                    .downstream = 1.0F + c.settings.ETA},
+          east_(flux_rows(MomentumScratch::east)),
+          north_(flux_rows(MomentumScratch::north)),
+          south_(flux_rows(MomentumScratch::south)),
+          top_(flux_rows(MomentumScratch::top)),
+          deferred_row_(named(MomentumScratch::deferred)),
+          no_deferred_(named(MomentumScratch::nothing)) {}
 
-    // Planes first..last.
-    void run(int first, int last) {
-        start_below(first);
-        for (int k = first; k <= last; ++k) {
-            start_column(k + 1);
-            node_row<true>(1, k);
-            faces<Axis::j>(north_, 1, k);
-            for (int j = 2; j <= g_.ny; ++j) {
-                std::swap(north_, south_);
-                const Place next = f_.row(j + 1, k) + 1;
-                const Place above = next + f_.plane_step;
-                fetch(above + f_.row_step, f_.velocity.x, f_.velocity.y, f_.velocity.z);
-                node_row<true>(j, k);
-                fetch(above, f_.xi.x, f_.xi.y, f_.xi.z, f_.et.x, f_.et.y);
-                faces<Axis::i>(east_, j, k);
-                fetch(above, f_.et.z, f_.ze.x, f_.ze.y, f_.ze.z, f_.vol, f_.vis);
-                faces<Axis::j>(north_, j, k);
-                fetch(above, f_.fx, f_.fy, f_.fz, f_.p);
-                fetch(next, f_.flxU, f_.flxV, f_.flxW);
-                faces<Axis::k>(top_, j, k);
-                fetch(next, eq_.su.data(), eq_.sp.data());
-                sources(j, k);
-                if constexpr (A == Component::u) {
-                    fetch(above, f_.den);
-                    fetch(next, eq_.ae.data(), eq_.aw.data(), eq_.an.data(), eq_.as.data(),
-                          eq_.at.data(), eq_.ab.data());
-                    coefficients(j, k);
-                }
-                keep_top(j);
-            }
-        }
-    }
-
- private:
     // Corners, levels and fluxes that plane k expects of the one below.
     void start_below(int k) {
         start_column(k - 1);
@@ -109,6 +76,48 @@ class PlaneAssembly {
             faces<Axis::k>(top_, j, k - 1);
             keep_top(j);
         }
+    }
+
+    // The south side of plane k.
+    void start_plane(int k) {
+        start_column(k + 1);
+        node_row<true>(1, k);
+        faces<Axis::j>(north_, 1, k);
+    }
+
+    // Row (j,k) of the cells.
+    void next_row(int j, int k, bool /*with_plane_above*/) {
+        std::swap(north_, south_);
+        const Place next = f_.row(j + 1, k) + 1;
+        const Place above = next + f_.plane_step;
+        fetch(above + f_.row_step, f_.velocity.x, f_.velocity.y, f_.velocity.z);
+        node_row<true>(j, k);
+        fetch(above, f_.xi.x, f_.xi.y, f_.xi.z, f_.et.x, f_.et.y);
+        faces<Axis::i>(east_, j, k);
+        fetch(above, f_.et.z, f_.ze.x, f_.ze.y, f_.ze.z, f_.vol, f_.vis);
+        faces<Axis::j>(north_, j, k);
+        fetch(above, f_.fx, f_.fy, f_.fz, f_.p);
+        fetch(next, f_.flxU, f_.flxV, f_.flxW);
+        faces<Axis::k>(top_, j, k);
+        fetch(next, eq_.su.data(), eq_.sp.data());
+        sources(j, k);
+        if constexpr (A == Component::u) {
+            fetch(above, f_.den);
+            fetch(next, eq_.ae.data(), eq_.aw.data(), eq_.an.data(), eq_.as.data(), eq_.at.data(),
+                  eq_.ab.data());
+            coefficients(j, k);
+        }
+        keep_top(j);
+    }
+
+ private:
+    float* named(int name) { return &scratch_.rows(1, name + 1); }
+
+    FluxRows flux_rows(int name) {
+        return {.flux = named(name),
+                .mass = named(name + 1),
+                .to_high = named(name + 2),
+                .to_low = named(name + 3)};
     }
 
     // The row from place n on, which the walk comes to next.
@@ -182,12 +191,12 @@ class PlaneAssembly {
 
     // The faces of row (j,k) across axis L. Boundary faces carry no deferred convection.
     template <Axis L>
-    void faces(const FaceRows& out, int j, int k) {
+    void faces(const FluxRows& out, int j, int k) {
         const Place row = f_.row(j, k);
         const FaceRange all{L == Axis::i ? 1 : 2, g_.nx};
         const float* F = f_.flux<L>() + row;
         if constexpr (A == Component::u) {
-            coupling_row<L>(f_, row, all, out.mass, out.up, out.down);
+            coupling_row<L>(f_, row, all, out.mass, out.to_high, out.to_low);
             F = out.mass;
         }
         const int n = L == Axis::j ? j : k;
@@ -222,7 +231,7 @@ class PlaneAssembly {
         const float* ze = own(f_.ze);
         double* su = eq_.su.data();
         double* sp = eq_.sp.data();
-        for_row(2, g_.nx, [=](int i) {
+        along_row(2, g_.nx, [=](int i) {
             const Place n = row + i;
             const Place s = n - south_step;
             const Place b = n - below_step;
@@ -281,7 +290,7 @@ class PlaneAssembly {
     }
 
     void coefficients(int j, int k) {
-        const float* bottom = &scratch_.bottom_down(1, j);
+        const float* bottom = &scratch_.bottom_to_low(1, j);
         const Place row = f_.row(j, k);
         float* ae = eq_.ae.data();
         float* aw = eq_.aw.data();
@@ -289,17 +298,17 @@ class PlaneAssembly {
         float* as = eq_.as.data();
         float* at = eq_.at.data();
         float* ab = eq_.ab.data();
-        const FaceRows east = east_;
-        const FaceRows north = north_;
-        const FaceRows south = south_;
-        const FaceRows top = top_;
-        for_row(2, g_.nx, [=](int i) {
+        const FluxRows east = east_;
+        const FluxRows north = north_;
+        const FluxRows south = south_;
+        const FluxRows top = top_;
+        along_row(2, g_.nx, [=](int i) {
             const Place n = row + i;
-            ae[n] = east.up[i];
-            aw[n] = east.down[i - 1];
-            an[n] = north.up[i];
-            as[n] = south.down[i];
-            at[n] = top.up[i];
+            ae[n] = east.to_high[i];
+            aw[n] = east.to_low[i - 1];
+            an[n] = north.to_high[i];
+            as[n] = south.to_low[i];
+            at[n] = top.to_high[i];
             ab[n] = bottom[i];
         });
     }
@@ -307,13 +316,13 @@ class PlaneAssembly {
     // The top faces of row j are the bottom faces of the next plane.
     void keep_top(int j) {
         float* bottom = &scratch_.bottom(1, j);
-        float* bottom_down = &scratch_.bottom_down(1, j);
+        float* bottom_to_low = &scratch_.bottom_to_low(1, j);
         for (int i = 2; i <= g_.nx; ++i) {
             bottom[i] = top_.flux[i];
         }
         if constexpr (A == Component::u) {
             for (int i = 2; i <= g_.nx; ++i) {
-                bottom_down[i] = top_.down[i];
+                bottom_to_low[i] = top_.to_low[i];
             }
         }
     }
@@ -328,28 +337,18 @@ class PlaneAssembly {
     MomentumScratch& scratch_;
     const float* phi_;
     Deferred deferred_;
-    FaceRows east_{}, north_{}, south_{}, top_{};
-    float* deferred_row_ = nullptr;
-    const float* no_deferred_ = nullptr;
+    FluxRows east_, north_, south_, top_;
+    float* deferred_row_;
+    const float* no_deferred_;  // never written, all 0
 };
 
 }  // namespace
 
 template <Component A>
 void assemble_momentum(const SolverContext& c, MomentumWork& work) {
-    prepare(work, c.grid);
-    const int planes = c.grid.nz - 1;
-#pragma omp parallel
-    {
-        const int thread = omp_get_thread_num();
-        const int threads = omp_get_num_threads();
-        const int first = 2 + planes * thread / threads;
-        const int last = 1 + planes * (thread + 1) / threads;
-        if (first <= last) {
-            auto& scratch = work.threads[static_cast<std::size_t>(thread)];
-            PlaneAssembly<A>(c, scratch).run(first, last);
-        }
-    }
+    fit(work, c.grid);
+    walk_planes(c.grid,
+                [&](std::size_t thread) { return MomentumWalk<A>(c, work.threads[thread]); });
 }
 
 template void assemble_momentum<Component::u>(const SolverContext&, MomentumWork&);

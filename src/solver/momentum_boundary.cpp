@@ -9,6 +9,7 @@
 //
 // reads   u, v, w, den, tke; the wall cells; xn, yn, zn
 // writes  su of the target, and at, ab, an, as of the cells beside a boundary; phi on j = 1, j =
+// plain   tests/solver/reference/plain_momentum: boundaries
 // nj, k = nk, i = ni
 //
 // A wall's shear is formed before its boundary value changes. Ground values (k = 1) stay as they

@@ -7,10 +7,12 @@
 #include "mesh/vec3.hpp"
 #include "solver/interpolation.hpp"
 #include "solver/momentum_component.hpp"
+#include "solver/row.hpp"
 
 // What passes through the faces of a row, each face once. Face i of axis L lies between cell i of
 // the row and its neighbour on the high side of L. A place is the linear index of a cell, which all
-// cell arrays share: row + i, the neighbour at + step.
+// cell arrays share: row + i, the neighbour at + step. The kernels take bare pointers on purpose:
+// they read some thirty arrays, and with a checked Row for each the assembly was a fifth slower.
 namespace torvex {
 
 using Place = std::ptrdiff_t;
@@ -72,29 +74,6 @@ struct MomentumFields {
     }
 };
 
-// body(i) for i = first..last in blocks of full vectors; the last block is pulled back to end at
-// `last`, so that some places are done twice: body must not read what it writes. Its locals belong
-// to a function of their own, since within a simd loop they would become arrays.
-template <class Body>
-[[gnu::always_inline]] inline void for_row(int first, int last, Body body) {
-    constexpr int block = 16;
-    if (last - first + 1 < block) {
-        for (int i = first; i <= last; ++i) {
-            body(i);
-        }
-        return;
-    }
-    for (int start = first;; start = std::min(start + block, last - block + 1)) {
-#pragma omp simd
-        for (int n = 0; n < block; ++n) {
-            body(start + n);
-        }
-        if (start == last - block + 1) {
-            return;
-        }
-    }
-}
-
 // Rows of u, v or w at the nodes: rows j and j-1 of the upper and of the lower node plane.
 struct CornerRows {
     const float* up;
@@ -155,7 +134,7 @@ template <Component A, Axis L>
     const VectorField velocity = f.velocity;
     const float* vis = f.vis;
     const float* vol = f.vol;
-    for_row(range.first, range.last, [=](int i) {
+    along_row(range.first, range.last, [=](int i) {
         const Place low = row + i;
         const Place high = low + step;
         const InFace du = in_face<L>(u, i);
@@ -176,11 +155,11 @@ template <Component A, Axis L>
     });
 }
 
-// Mass flux of the faces, and the coefficients that couple the two cells: `up` of the low cell
-// towards the high one, `down` of the high cell towards the low one.
+// Mass flux of the faces, and the coefficients that couple the two cells: to_high of the low cell
+// towards the high one, to_low of the high cell towards the low one.
 template <Axis L>
-void coupling_row(const MomentumFields& f, Place row, FaceRange range, float* mass, float* up,
-                  float* down) {
+void coupling_row(const MomentumFields& f, Place row, FaceRange range, float* mass, float* to_high,
+                  float* to_low) {
     const Place step = f.step<L>();
     const float* factor = f.factor<L>();
     const float* volume_flux = f.flux<L>();
@@ -188,7 +167,7 @@ void coupling_row(const MomentumFields& f, Place row, FaceRange range, float* ma
     const float* vis = f.vis;
     const float* vol = f.vol;
     const float* den = f.den;
-    for_row(range.first, range.last, [=](int i) {
+    along_row(range.first, range.last, [=](int i) {
         const Place low = row + i;
         const Place high = low + step;
         const float weight = factor[low];
@@ -199,8 +178,8 @@ void coupling_row(const MomentumFields& f, Place row, FaceRange range, float* ma
                                 between(vol[low], vol[high], weight);
         const float F = between(den[low], den[high], weight) * volume_flux[low];
         mass[i] = F;
-        up[i] = std::max(-F, 0.0F) + diffusion;
-        down[i] = std::max(F, 0.0F) + diffusion;
+        to_high[i] = std::max(-F, 0.0F) + diffusion;
+        to_low[i] = std::max(F, 0.0F) + diffusion;
     });
 }
 
@@ -214,7 +193,7 @@ struct Deferred {
 // The deferred part of convection through a row of inner faces. F is the flux of face i at F[i].
 inline void deferred_row(const Deferred& d, const float* phi, Place row, Place step,
                          FaceRange range, const float* F, float* deferred) {
-    for_row(range.first, range.last, [=](int i) {
+    along_row(range.first, range.last, [=](int i) {
         const Place n = row + i;
         const float before = phi[n] - phi[n - step];
         const float across = phi[n + step] - phi[n];

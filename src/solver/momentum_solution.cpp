@@ -10,6 +10,8 @@
 //
 // Sums in single precision run plane by plane of k, every eighth cell of the rows of a plane by
 // itself, and then over the planes: the same bits for any number of threads.
+//
+// plain   tests/solver/reference/plain_momentum: relax, reference_sums, solve
 
 #include "solver/momentum_solution.hpp"
 

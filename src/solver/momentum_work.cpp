@@ -6,7 +6,7 @@
 
 namespace torvex {
 
-void prepare(MomentumWork& work, const GridGeometry& g) {
+void fit(MomentumWork& work, const GridGeometry& g) {
     const auto threads = static_cast<std::size_t>(omp_get_max_threads());
     if (work.threads.size() < threads) {
         work.threads.resize(threads);
@@ -20,8 +20,8 @@ void prepare(MomentumWork& work, const GridGeometry& g) {
         s.column.allocate(g.ni, 3);
         s.lower.allocate(g.ni, 2, 3);
         s.bottom.allocate(g.ni, g.ny);
-        s.bottom_down.allocate(g.ni, g.ny);
-        s.rows.allocate(g.ni, 18);
+        s.bottom_to_low.allocate(g.ni, g.ny);
+        s.rows.allocate(g.ni, MomentumScratch::row_count);
     }
 }
 

@@ -10,13 +10,25 @@ namespace torvex {
 // What one thread keeps while it assembles a momentum equation plane by plane. Rows and planes
 // carry an unused place before i = 1, so that a row pointer takes the index of the cell or face.
 struct MomentumScratch {
-    Field3 corner;       // u, v, w at the nodes of the plane in hand            (nx+1, ny, 3)
-    Field3 level;        // u, v, w at the edges along k through the cells above (nx+1, ny, 3)
-    Field2 column;       // u, v, w between two columns of those cells, one row  (nx+1, 3)
-    Field3 lower;        // corner rows j-1 and j of the plane below             (nx+1, 2, 3)
-    Field2 bottom;       // explicit flux through the bottom faces               (nx+1, ny)
-    Field2 bottom_down;  // coefficient of the cell above towards the one below  (nx+1, ny)
-    Field2 rows;         // one row each of what the faces give                  (nx+1, 18)
+    // The rows of the walk. What the faces across an axis give takes four from its name on; those
+    // of north and south swap places from row to row.
+    enum RowName {
+        east,
+        north = east + 4,
+        south = north + 4,
+        top = south + 4,
+        deferred = top + 4,  // deferred convection through the inner faces of a row
+        nothing,             // and through boundary faces: never written, all 0
+        row_count
+    };
+
+    Field3 corner;         // u, v, w at the nodes of the plane in hand            (nx+1, ny, 3)
+    Field3 level;          // u, v, w at the edges along k through the cells above (nx+1, ny, 3)
+    Field2 column;         // u, v, w between two columns of those cells, one row  (nx+1, 3)
+    Field3 lower;          // corner rows j-1 and j of the plane below             (nx+1, 2, 3)
+    Field2 bottom;         // explicit flux through the bottom faces               (nx+1, ny)
+    Field2 bottom_to_low;  // coefficient of the cell above towards the one below  (nx+1, ny)
+    Field2 rows;           // (nx+1, row_count)
 };
 
 // Scratch of the momentum equations: made at the first use in a direction and kept.
@@ -25,6 +37,6 @@ struct MomentumWork {
 };
 
 // Makes room for the threads of the next parallel region; does nothing if the room is there.
-void prepare(MomentumWork& work, const GridGeometry& g);
+void fit(MomentumWork& work, const GridGeometry& g);
 
 }  // namespace torvex

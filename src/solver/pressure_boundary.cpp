@@ -11,6 +11,7 @@
 //
 // reads   xn, yn, zn, u, v, w
 // writes  flxU(1 and nx), flxV(1 and ny), flxW(1 and nz) [m3/s]; boundary planes of pp, p
+// plain   tests/solver/reference/plain_pressure: boundary_flux
 
 #include "solver/pressure_boundary.hpp"
 

@@ -11,6 +11,7 @@
 // reads   fx, fy, fz, pp with its boundary values, dUxi..dWze, coefXi, coefEt, coefZe
 // writes  u, v, w, p in the interior; flxU, flxV, flxW in 2..nx-1, 2..ny-1, 2..nz-1: boundary
 //         fluxes stand, and so do those among the last cells of each direction
+// plain   tests/solver/reference/plain_pressure: velocity_change, flux_change
 
 #include "solver/pressure_correction.hpp"
 

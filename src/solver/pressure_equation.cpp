@@ -8,6 +8,7 @@
 // reads   fx, fy, fz, den, the fluxes; coefXi, coefEt, coefZe, 0 on the boundary faces: no
 //         correction passes the boundary, the inflow included, and the boundary coefficients are 0
 // writes  eq in 2..nx, 2..ny, 2..nz, and ae, an, at = 0 of the cells before them; pp
+// plain   tests/solver/reference/plain_pressure: imbalance, residual
 //
 // The sum is in single precision: every eighth cell of the rows of a plane by itself, then these
 // eight sums, then the planes. So it is the same for any number of threads.

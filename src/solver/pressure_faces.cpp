@@ -18,6 +18,7 @@
 // writes  flxU in 2..nx-1, 2..ny, 2..nz, flxV and flxW alike [m3/s]: faces between two cells
 //         coefXi in 1..nx, 2..ny, 2..nz, coefEt and coefZe alike, 0 on the boundary faces
 // ref     Rhie and Chow (1983)
+// plain   tests/solver/reference/plain_pressure: interpolated_flux, coefficient
 //
 // Each k plane does all three directions and both results, one direction after the other: a row
 // then has some twenty streams, and the plane's data stay in cache for the next direction. Areas

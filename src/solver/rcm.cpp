@@ -9,6 +9,7 @@
 //
 // reads   ae..ab, ap, su, phi beside the range
 // writes  phi in the range; work
+// plain   tests/solver/plain_solvers: plain_rcm
 //
 // All sums are in single precision, by planes. Sums that have not changed are kept: the images of
 // the older corrections, their products, the factors of SIP and the residual, which is the right

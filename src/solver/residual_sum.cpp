@@ -4,10 +4,11 @@
 //       + su - ap phi
 //
 // The six products are summed in single precision, su and the product ap phi join in double
-// precision. |r| and |ap phi| are summed in single precision, every eighth cell of the rows of a
-// plane by itself, then these eight sums, then the planes.
+// precision. |r| and the terms of a scale are summed in single precision, every eighth cell of the
+// rows of a plane by itself, then these eight sums, then the planes.
 //
 // reads   ae..ab, ap, su, sp, phi in and beside the range; for the scale of momentum u, v, w
+// plain   tests/solver/plain_solvers: exact_residual
 
 #include "solver/residual_sum.hpp"
 

@@ -11,6 +11,7 @@
 // reads   xn, yn, zn, xc, yc, zc, vol, xix..zez, fx, fy, fz, pp with its boundary values
 // writes  X over coefXi, coefEt, coefZe; it is 0 on the boundary faces, where coef is; then adds it
 //         to flxU, flxV, flxW
+// plain   tests/solver/reference/plain_pressure: extra_flux
 //
 // On an orthogonal mesh X is 0 to rounding.
 

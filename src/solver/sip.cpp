@@ -10,6 +10,7 @@
 //         ae, an, at, those below and beside the range included, and ap
 // writes  phi in the range, its neighbours outside the range are zero; work.w, the factors,
 //         work.matrix
+// plain   tests/solver/plain_solvers: plain_sip
 //
 // phi starts from zero, so that the first residual is the right side itself.
 //

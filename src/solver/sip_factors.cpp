@@ -9,6 +9,7 @@
 //
 // reads   ae..ab, ap; un, ue, ut of the cells before
 // writes  lb, lw, ls, lpr, un, ue, ut
+// plain   tests/solver/plain_solvers: plain_sip
 //
 // Every cell waits for two divisions of its west neighbour. Several rows advance together, each one
 // cell behind the row south of it, so that the waits overlap. On its way the walk asks for the

@@ -9,6 +9,7 @@
 //
 // reads   ae..ab, ap, su, phi in and beside the range
 // writes  phi and res in the range
+// plain   tests/solver/plain_solvers: plain_sweep_phi
 //
 // The products are summed in single precision and su is added in double: a pinned cell has
 // su = 1e25 * value and ap near 1e25. The products are ordered by when they are known: own plane

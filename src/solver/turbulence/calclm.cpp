@@ -10,11 +10,12 @@
 // writes  lm in 2..nx, 2..ny, 2..nz [m]
 // order   the sums run upwards in single precision
 // ref     Mellor and Yamada (1974), Blackadar (1962)
+// plain   tests/solver/reference/plain_turbulence: mixing_length
 
 #include <cmath>
 
+#include "solver/row.hpp"
 #include "solver/solver_work.hpp"
-#include "solver/turbulence/row.hpp"
 #include "solver/turbulence/turbulence.hpp"
 
 namespace torvex {

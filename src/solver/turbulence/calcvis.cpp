@@ -11,11 +11,12 @@
 // reads   tke, ted, tkl, lm, den
 // writes  vis, with model 4 viskl, in the interior and on the boundary, see bc_vis
 // ref     Launder and Spalding (1974)
+// plain   tests/solver/reference/plain_turbulence: viscosity
 
 #include <cmath>
 
 #include "solver/constants.hpp"
-#include "solver/turbulence/row.hpp"
+#include "solver/row.hpp"
 #include "solver/turbulence/turbulence.hpp"
 #include "solver/turbulence/turbulence_boundary.hpp"
 

@@ -1,4 +1,6 @@
 // The planes of cells beside walls before the wall formulas of an energy.
+//
+// plain   tests/solver/reference/plain_turbulence
 
 #include "solver/turbulence/energy_wall.hpp"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "mesh/grid_geometry.hpp"
-#include "solver/turbulence/row.hpp"
+#include "solver/row.hpp"
 
 namespace torvex {
 

@@ -13,14 +13,15 @@
 // reads   xix..zez, vol, fx, fy, fz, u, v, w, vis, den
 // writes  gen
 // ref     Launder and Spalding (1974); Kato and Launder (1993)
+// plain   tests/solver/reference/plain_turbulence
 
 #include "solver/turbulence/production.hpp"
 
 #include <cmath>
 
 #include "solver/interpolation.hpp"
+#include "solver/row.hpp"
 #include "solver/turbulence/metric_rows.hpp"
-#include "solver/turbulence/row.hpp"
 
 namespace torvex {
 

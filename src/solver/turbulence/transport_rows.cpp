@@ -10,6 +10,8 @@
 // number sigma divides the first term only; that the cross terms go without it is deliberate.
 //
 // Products of area vectors are formed at the centres and then interpolated to the faces.
+//
+// plain   tests/solver/reference/plain_turbulence
 
 #include "solver/turbulence/transport_rows.hpp"
 
@@ -28,7 +30,7 @@ namespace {
 
 }  // namespace
 
-void transport_faces(const FaceRows& face, float over_sigma, int first, int last) {
+void transport_faces(const TransportFaces& face, float over_sigma, int first, int last) {
     const FaceSide low = face.low;
     const FaceSide high = face.high;
     const auto a = face.a;

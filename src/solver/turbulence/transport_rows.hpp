@@ -1,7 +1,7 @@
 #pragma once
 
 #include "mesh/grid_geometry.hpp"
-#include "solver/turbulence/row.hpp"
+#include "solver/row.hpp"
 
 namespace torvex {
 
@@ -17,7 +17,7 @@ struct FaceSide {
     Row<const float> own;            // squared area vector across the face
     Row<const float> first, second;  // its products with the two other area vectors
 };
-struct FaceRows {
+struct TransportFaces {
     Row<const float> factor;  // weight of the high side
     FaceSide low, high;
     Row<const float> flux;  // volume flux [m3/s]
@@ -31,7 +31,7 @@ struct FaceRows {
 };
 
 // Coefficients and cross diffusion of the faces first..last; over_sigma is 1/sigma.
-void transport_faces(const FaceRows& face, float over_sigma, int first, int last);
+void transport_faces(const TransportFaces& face, float over_sigma, int first, int last);
 
 // All six products of row (j,k), and the three that the faces between planes need.
 void metric_products(const GridGeometry& g, int j, int k, const ProductRows& out);

@@ -4,15 +4,17 @@
 //
 // The six coefficients are summed in single precision; sp joins in double, for it may be -1e25.
 // A pinned cell thus moves the fraction urf of the way to its value.
+//
+// plain   tests/solver/reference/plain_turbulence
 
 #include "solver/turbulence/transport_solution.hpp"
 
 #include "solver/constants.hpp"
 #include "solver/fetch_ahead.hpp"
 #include "solver/residual_sum.hpp"
+#include "solver/row.hpp"
 #include "solver/solver_work.hpp"
 #include "solver/sweep_until.hpp"
-#include "solver/turbulence/row.hpp"
 
 namespace torvex {
 

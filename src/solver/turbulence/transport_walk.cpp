@@ -5,6 +5,8 @@
 // second stage in the plane last reached, `node` the third on its bottom. The faces of a plane need
 // the nodes on its bottom and top as their sum and difference only; a face between two planes needs
 // those of its two node rows.
+//
+// plain   tests/solver/reference/plain_turbulence
 
 #include "solver/turbulence/transport_walk.hpp"
 
@@ -19,8 +21,12 @@ namespace torvex {
 namespace {
 
 FaceSide shifted(const FaceSide& x) {
-    return {x.vis.shifted(1), x.vol.shifted(1),   x.den.shifted(1),
-            x.own.shifted(1), x.first.shifted(1), x.second.shifted(1)};
+    return {.vis = x.vis.shifted(1),
+            .vol = x.vol.shifted(1),
+            .den = x.den.shifted(1),
+            .own = x.own.shifted(1),
+            .first = x.first.shifted(1),
+            .second = x.second.shifted(1)};
 }
 
 }  // namespace
@@ -49,18 +55,22 @@ Row<float> TransportWalk::named(int name) {
 }
 
 ProductRows TransportWalk::products(int name) {
-    return {named(name),     named(name + 1), named(name + 2),
-            named(name + 3), named(name + 4), named(name + 5)};
+    return {.xi_xi = named(name),
+            .et_et = named(name + 1),
+            .ze_ze = named(name + 2),
+            .xi_et = named(name + 3),
+            .xi_ze = named(name + 4),
+            .et_ze = named(name + 5)};
 }
 
 FaceSide TransportWalk::side(int j, int k, Row<float> own, Row<float> first,
                              Row<float> second) const {
-    return {row(std::as_const(s_.vis), j, k),
-            row(g_.vol, j, k),
-            row(std::as_const(s_.den), j, k),
-            own,
-            first,
-            second};
+    return {.vis = row(std::as_const(s_.vis), j, k),
+            .vol = row(g_.vol, j, k),
+            .den = row(std::as_const(s_.den), j, k),
+            .own = own,
+            .first = first,
+            .second = second};
 }
 
 // Makes phi_low_ row 1 of the plane above plane k.
@@ -99,33 +109,33 @@ void TransportWalk::north_faces(int j, int k) {
     std::swap(cross_south_, cross_north_);
     const auto& low = products_low_;
     const auto& high = products_high_;
-    const FaceRows faces{row(g_.fy, j, k),
-                         side(j, k, low.et_et, low.xi_et, low.et_ze),
-                         side(j + 1, k, high.et_et, high.xi_et, high.et_ze),
-                         row(std::as_const(s_.flxV), j, k),
-                         sum_high_,
-                         sum_high_.shifted(-1),
-                         difference_high_,
-                         difference_high_.shifted(-1),
-                         row(s_.eq.an, j, k),
-                         row(s_.eq.as, j + 1, k),
-                         cross_north_};
+    const TransportFaces faces{.factor = row(g_.fy, j, k),
+                               .low = side(j, k, low.et_et, low.xi_et, low.et_ze),
+                               .high = side(j + 1, k, high.et_et, high.xi_et, high.et_ze),
+                               .flux = row(std::as_const(s_.flxV), j, k),
+                               .a = sum_high_,
+                               .b = sum_high_.shifted(-1),
+                               .c = difference_high_,
+                               .d = difference_high_.shifted(-1),
+                               .to_high = row(s_.eq.an, j, k),
+                               .to_low = row(s_.eq.as, j + 1, k),
+                               .cross = cross_north_};
     transport_faces(faces, over_sigma_, 2, g_.nx);
 }
 
 void TransportWalk::east_faces(int j, int k) {
     const FaceSide low = side(j, k, products_low_.xi_xi, products_low_.xi_et, products_low_.xi_ze);
-    const FaceRows faces{row(g_.fx, j, k),
-                         low,
-                         shifted(low),
-                         row(std::as_const(s_.flxU), j, k),
-                         sum_high_,
-                         sum_low_,
-                         difference_high_,
-                         difference_low_,
-                         row(s_.eq.ae, j, k),
-                         row(s_.eq.aw, j, k).shifted(1),
-                         named(PlaneScratch::cross_east)};
+    const TransportFaces faces{.factor = row(g_.fx, j, k),
+                               .low = low,
+                               .high = shifted(low),
+                               .flux = row(std::as_const(s_.flxU), j, k),
+                               .a = sum_high_,
+                               .b = sum_low_,
+                               .c = difference_high_,
+                               .d = difference_low_,
+                               .to_high = row(s_.eq.ae, j, k),
+                               .to_low = row(s_.eq.aw, j, k).shifted(1),
+                               .cross = named(PlaneScratch::cross_east)};
     transport_faces(faces, over_sigma_, 1, g_.nx);
 }
 
@@ -143,17 +153,17 @@ void TransportWalk::top_faces(int j, int k, const ProductRows& low, Row<float> a
     }
     zeta_products(g_, j, k + 1, products_top_);
     const auto& high = products_top_;
-    const FaceRows faces{row(g_.fz, j, k),
-                         side(j, k, low.ze_ze, low.xi_ze, low.et_ze),
-                         side(j, k + 1, high.ze_ze, high.xi_ze, high.et_ze),
-                         row(std::as_const(s_.flxW), j, k),
-                         sum,
-                         sum.shifted(-1),
-                         difference,
-                         difference.shifted(-1),
-                         at,
-                         ab,
-                         cross};
+    const TransportFaces faces{.factor = row(g_.fz, j, k),
+                               .low = side(j, k, low.ze_ze, low.xi_ze, low.et_ze),
+                               .high = side(j, k + 1, high.ze_ze, high.xi_ze, high.et_ze),
+                               .flux = row(std::as_const(s_.flxW), j, k),
+                               .a = sum,
+                               .b = sum.shifted(-1),
+                               .c = difference,
+                               .d = difference.shifted(-1),
+                               .to_high = at,
+                               .to_low = ab,
+                               .cross = cross};
     transport_faces(faces, over_sigma_, 2, g_.nx);
 }
 

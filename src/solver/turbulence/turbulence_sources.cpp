@@ -1,5 +1,7 @@
 // Sources of the turbulence equations along a row of cells. Single precision but for the sums into
 // su, where the production of a wall cell is taken out again later.
+//
+// plain   tests/solver/reference/plain_turbulence
 
 #include "solver/turbulence/turbulence_sources.hpp"
 

@@ -2,7 +2,7 @@
 
 #include "mesh/grid_geometry.hpp"
 #include "solver/flow_state.hpp"
-#include "solver/turbulence/row.hpp"
+#include "solver/row.hpp"
 
 namespace torvex {
 
