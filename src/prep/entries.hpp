@@ -11,4 +11,13 @@ namespace torvex {
 // canopy [/f CASE] [--check-shapefile]: shapefiles into the canopy file of every direction.
 int prep_canopy(std::vector<std::string> arguments);
 
+// maps [trdb2tvm.tin]: a database or a shapefile into the maps of a case.
+int prep_maps(std::vector<std::string> arguments);
+
+// preview [/f CASE]: what the first direction of a case will see.
+int prep_preview(std::vector<std::string> arguments);
+
+// export [/f CASE] vtk|tecplot|shp [all]: the canopy files of a case, for viewers.
+int prep_export(std::vector<std::string> arguments);
+
 }  // namespace torvex

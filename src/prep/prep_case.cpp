@@ -11,6 +11,7 @@
 #include "case/case_warnings.hpp"
 #include "case/wind_directions.hpp"
 #include "mesh/size_domain.hpp"
+#include "nest/nest_lines.hpp"
 
 namespace torvex {
 
@@ -44,9 +45,10 @@ void open_prep_case(const std::string& case_file, const std::string& entry, Prep
     read_shape_parameters(prep.file, settings);
     check_limits(prep.file, settings, lines);
     warn_of_case(prep.file, settings, lines, prep.log);
-    if (settings.nest.nest_mode != 0) {
-        stop(1, "the mesh of a nested case cannot be made by torvex-prep " + entry,
-             lines.where(prep.file, "nest_mode"), "use the case of its parent");
+    if (settings.nested()) {
+        settings.nest.lon = settings.CENT_LON;
+        settings.nest.lat = settings.CENT_LAT;
+        settings.run_prefix = "nest-";
     }
     if (settings.TORVEX_MODE != 0) {
         stop(1, "a user-defined domain has no mesh that torvex-prep " + entry + " could make",
@@ -54,6 +56,9 @@ void open_prep_case(const std::string& case_file, const std::string& entry, Prep
     }
     prep.lines = size_domain(settings, prep.maps, prep.log);
     set_angles(settings);
+    if (settings.nested()) {
+        nest_check_domain(settings, nest_fit_lines(settings, prep.log, prep.lines));
+    }
     prep.wd_tag = wd_tags(settings);
 }
 

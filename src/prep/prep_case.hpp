@@ -31,8 +31,9 @@ struct PrepCase {
 // The case file named by "/f NAME" in `arguments`, which are cleared of both, or "torvex.tin".
 std::string take_case_file(std::vector<std::string>& arguments);
 
-// Reads the case, makes its directory the current one, opens its log and sizes the domain. A
-// user-defined domain has no lines to size and stops with 1, naming the entry that asked for it.
+// Reads the case, makes its directory the current one, opens its log and sizes the domain; a nested
+// case gets the lines of the child and its prefix. A user-defined domain has no lines to size and
+// stops with 1, naming the entry that asked for it.
 void open_prep_case(const std::string& case_file, const std::string& entry, PrepCase& prep);
 
 }  // namespace torvex

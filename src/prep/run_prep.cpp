@@ -20,13 +20,17 @@ constexpr const char* usage =
     "usage: torvex-prep ENTRY [ARGUMENTS]\n"
     "\n"
     "  canopy [/f CASE_FILE] [--check-shapefile]   canopy files of all directions, from "
-    "shapefiles\n";
+    "shapefiles\n"
+    "  maps [trdb2tvm.tin]                         maps of a case, from a database or a shapefile\n"
+    "  preview [/f CASE_FILE]                      ground, mesh and sites, to be looked at\n"
+    "  export [/f CASE_FILE] vtk|tecplot|shp [all] canopy files for viewers\n";
 
 struct Entry {
     std::string_view name;
     int (*run)(std::vector<std::string>);
 };
-constexpr std::array entries{Entry{"canopy", prep_canopy}};
+constexpr std::array entries{Entry{"canopy", prep_canopy}, Entry{"maps", prep_maps},
+                             Entry{"preview", prep_preview}, Entry{"export", prep_export}};
 
 // True for a question about the program itself, which every entry answers.
 bool answered(const std::string& argument) {
