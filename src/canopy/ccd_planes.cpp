@@ -13,9 +13,11 @@ namespace {
 constexpr double least_length = 1.0e-10;
 
 CanopyPlane empty_plane(const CanopyRecords& records) {
-    const int ni = records.gp_density.ni();
-    const int nj = records.gp_density.nj();
-    return {Field2(ni, nj), Field2(ni, nj), Field2(ni, nj)};
+    CanopyPlane plane;
+    for (Field2* field : {&plane.cf, &plane.pd, &plane.rls}) {
+        field->allocate(records.gp_density.ni(), records.gp_density.nj());
+    }
+    return plane;
 }
 
 struct ColumnSum {

@@ -33,11 +33,21 @@ class ExampleOfMaps(unittest.TestCase):
         commands = re.findall(r"^    (\S+/torvex.*)$", readme, re.MULTILINE)
         self.assertEqual(len(commands), 3)
         for command in commands:
-            done = subprocess.run(command, shell=True, cwd=self.folder, capture_output=True, text=True)
+            done = subprocess.run(
+                command, shell=True, cwd=self.folder, capture_output=True, text=True
+            )
             self.assertEqual(done.returncode, 0, done.stderr)
             self.assertNotIn("151", done.stderr)
-        for name in ("terrain.map", "roughness.map", "terrain.ppm", "roughness_check_tvm.shp",
-                     "view-map.dat", "view-map-roughness.dat", "TERRAIN.GRD", "ROUGH.GRD"):
+        for name in (
+            "terrain.map",
+            "roughness.map",
+            "terrain.ppm",
+            "roughness_check_tvm.shp",
+            "view-map.dat",
+            "view-map-roughness.dat",
+            "TERRAIN.GRD",
+            "ROUGH.GRD",
+        ):
             self.assertTrue((self.folder / name).exists(), name)
         # The woods stand where they were drawn, and the ground is that of the larger map.
         roughness = torvex.read_map(self.folder / "roughness.map")

@@ -35,6 +35,9 @@ EXAMPLES = os.environ["TORVEX_EXAMPLES"]
 
 D_LON, D_LAT = 0.075, 0.05  # minutes between the samples of a tile
 
+# The ninth plane zone on its own ellipsoid.
+ZONE_9 = "+proj=tmerc +lat_0=36 +lon_0=139.8333333333333333 +k=0.9999 +a=6377397.155 +rf=299.152813"
+
 
 def run(arguments, directory, program=PREP):
     done = subprocess.run([program] + arguments, cwd=directory, capture_output=True, text=True)
@@ -47,8 +50,10 @@ def read_map(path):
     """Samples in minutes of arc, values (row, column) from the south-west."""
     found = torvex.read_map(path)
     return {
-        "lon": 60 * found.longitude, "lat": 60 * found.latitude,
-        "d_lon": float(found.header["d_lon"]), "d_lat": float(found.header["d_lat"]),
+        "lon": 60 * found.longitude,
+        "lat": 60 * found.latitude,
+        "d_lon": float(found.header["d_lon"]),
+        "d_lat": float(found.header["d_lat"]),
         "values": found.values.T.astype(float),
     }
 
@@ -83,8 +88,11 @@ class InDirectory(unittest.TestCase):
             file.write(text)
 
     def settings(self, text):
-        self.write("trdb2tvm.tin", "&TRDB2TVM\n DB_DR = 'db'\n WE_LENGTH = 1000\n NS_LENGTH = 800\n"
-                                   " MAX_DXY = 50\n" + text + "\n/\n")
+        self.write(
+            "trdb2tvm.tin",
+            "&TRDB2TVM\n DB_DR = 'db'\n WE_LENGTH = 1000\n NS_LENGTH = 800\n"
+            " MAX_DXY = 50\n" + text + "\n/\n",
+        )
 
 
 @unittest.skipUnless(gdal, "osgeo (python3-gdal) is missing: no comparison with gdalwarp")
@@ -95,24 +103,41 @@ class MosaicAgainstGdalwarp(InDirectory):
         for name, west, columns in (("a.asc", 7.0, 30), ("b.asc", 7.0, 80)):
             values = 200 + 50 * rng.random((70, columns))
             rows = "\n".join(" ".join(f"{v:.3f}" for v in row) for row in values)
-            self.write("db/" + name, f"ncols {columns}\nnrows 70\nxllcorner {west}\n"
-                                     f"yllcorner 46.0\ncellsize {cell:.12f}\n"
-                                     f"NODATA_value -9999\n{rows}\n")
+            self.write(
+                "db/" + name,
+                f"ncols {columns}\nnrows 70\nxllcorner {west}\n"
+                f"yllcorner 46.0\ncellsize {cell:.12f}\n"
+                f"NODATA_value -9999\n{rows}\n",
+            )
         self.write("db/index.txt", "a.asc\nb.asc\n")
         # The centre lies near the eastern edge of the first grid, so that both are used.
-        self.settings(" CENT_LON = 7, 15, 0\n CENT_LAT = 46, 17, 0\n TERRAIN_MODE = 2\n"
-                      " ROUGHNESS_MODE = 0\n D_LON = 0.11\n D_LAT = 0.13")
+        self.settings(
+            " CENT_LON = 7, 15, 0\n CENT_LAT = 46, 17, 0\n TERRAIN_MODE = 2\n"
+            " ROUGHNESS_MODE = 0\n D_LON = 0.11\n D_LAT = 0.13"
+        )
         run(["maps"], self.directory)
         ours = read_map(self.path("terrain.map"))
         lon, lat = ours["lon"] / 60, ours["lat"] / 60
         dx, dy = ours["d_lon"] / 60, ours["d_lat"] / 60
         bounds = (lon[0] - dx / 2, lat[0] - dy / 2, lon[-1] + dx / 2, lat[-1] + dy / 2)
+
         def warped(name):
-            out = gdal.Warp("", self.path("db/" + name), format="MEM", outputBounds=bounds,
-                            width=len(lon), height=len(lat), resampleAlg="bilinear",
-                            errorThreshold=0, srcSRS="EPSG:4326", dstSRS="EPSG:4326",
-                            outputType=gdal.GDT_Float64, dstNodata=-1e9)
+            out = gdal.Warp(
+                "",
+                self.path("db/" + name),
+                format="MEM",
+                outputBounds=bounds,
+                width=len(lon),
+                height=len(lat),
+                resampleAlg="bilinear",
+                errorThreshold=0,
+                srcSRS="EPSG:4326",
+                dstSRS="EPSG:4326",
+                outputType=gdal.GDT_Float64,
+                dstNodata=-1e9,
+            )
             return out.ReadAsArray()[::-1]
+
         a, b = warped("a.asc"), warped("b.asc")
         first = lon[None, :] <= 7.0 + 29.5 * cell  # up to the last centre of the first grid
         theirs = np.where(first & (a > -1e8), a, b)
@@ -128,7 +153,8 @@ def case_text(extra=""):
         "  WD_TYPE = 1, N_WIND_DIRECTION = 1, WIND_DIRECTION_ANGLE = 240, MIN_DXY = 40,\n"
         "  MAX_DXY = 50, MIN_DXY_RAD = 200, MESH_HRATIO = 1.2, MIN_DZ = 20, MESH_VRATIO = 1.3 /\n"
         "&NML_MONITOR MONITOR_STEP = 10 /\n&NML_ER /\n&NML_BOUNDARY_TREATMENT /\n"
-        "&NML_NAVIER_STOKES /\n&NML_NUMERICAL_SOLVER MAXIT = 0 /\n&NML_SITE /\n" + extra)
+        "&NML_NAVIER_STOKES /\n&NML_NUMERICAL_SOLVER MAXIT = 0 /\n&NML_SITE /\n" + extra
+    )
 
 
 def tile_base(row, column):
@@ -154,10 +180,12 @@ class Tiles(InDirectory):
                 lons = lon + D_LON * np.arange(100)
                 lats = lat + D_LAT * np.arange(100)
                 h = 50 + 20 * np.sin(lons[None, :] / 2) * np.cos(lats[:, None] / 3)
-                head = ("<TORVEX_MAP lon-lat>\nn_lon = 100, n_lat = 100\nd_lon = 0.075, d_lat = 0.05\n"
-                        f"base_longitude = {int(lon // 60)} {lon % 60:.4f}\n"
-                        f"base_latitude = {int(lat // 60)} {lat % 60:.4f}\n"
-                        "geodetic_system = 'TKY'\n--DATA--\n")
+                head = (
+                    "<TORVEX_MAP lon-lat>\nn_lon = 100, n_lat = 100\nd_lon = 0.075, d_lat = 0.05\n"
+                    f"base_longitude = {int(lon // 60)} {lon % 60:.4f}\n"
+                    f"base_latitude = {int(lat // 60)} {lat % 60:.4f}\n"
+                    "geodetic_system = 'TKY'\n--DATA--\n"
+                )
                 for suffix, values, form in (("_lu", codes, "%d"), ("_h", h, "%.2f")):
                     rows = "\n".join(" ".join(form % v for v in line) for line in values)
                     self.write(f"db/{name}{suffix}.map", head + rows + "\n")
@@ -166,8 +194,9 @@ class Tiles(InDirectory):
         """Land-use code of the sample at (lon, lat) in minutes."""
         row, column = int(lat // 5), int((lon - 6000) // 7.5)
         base_lon, base_lat = tile_base(row, column)
-        return self.codes[row, column][round((lat - base_lat) / D_LAT),
-                                       round((lon - base_lon) / D_LON)]
+        return self.codes[row, column][
+            round((lat - base_lat) / D_LAT), round((lon - base_lon) / D_LON)
+        ]
 
 
 def example_tables():
@@ -232,8 +261,9 @@ class ForestOverLandUse(Tiles):
             west, east = (lon - D_LON / 2) / 60, (lon + D_LON / 2) / 60
             south, north = (lat - D_LAT / 2) / 60, (lat + D_LAT / 2) / 60
             cell = ogr.CreateGeometryFromWkt(
-                f"POLYGON(({west:.14f} {south:.14f},{east:.14f} {south:.14f},{east:.14f} {north:.14f},"
-                f"{west:.14f} {north:.14f},{west:.14f} {south:.14f}))")
+                f"POLYGON(({west:.14f} {south:.14f},{east:.14f} {south:.14f},"
+                f"{east:.14f} {north:.14f},{west:.14f} {north:.14f},{west:.14f} {south:.14f}))"
+            )
             share = r = 0.0
             for wood, code in woods:
                 piece = wood.Intersection(cell)
@@ -246,52 +276,70 @@ class ForestOverLandUse(Tiles):
                 z0 = Z(r / share)
             elif share > 0:
                 z0 = Z((1 - share) * R(z0) + r)
-            self.assertAlmostEqual(ours["values"][j, i], max(z0, 1e-5), delta=tolerance(z0),
-                                   msg=f"sample {i + 1}, {j + 1}, share {share}")
+            self.assertAlmostEqual(
+                ours["values"][j, i],
+                max(z0, 1e-5),
+                delta=tolerance(z0),
+                msg=f"sample {i + 1}, {j + 1}, share {share}",
+            )
         self.assertGreater(covered, 200)
 
     def test_a_thousand_samples(self):
         woods = self.write_forest("")
-        self.write("torvex.tin", case_text(
-            "&shp_parameters\ntrdb2shp_fn = 'forest.shp'\ntrdb2shp%dbf_luid = LU\n/\n"))
-        self.settings(" CENT_LON = 139, 48, 45\n CENT_LAT = 35, 42, 30\n TERRAIN_MODE = 0\n"
-                      " SHP_MODE = 1")
+        self.write(
+            "torvex.tin",
+            case_text("&shp_parameters\ntrdb2shp_fn = 'forest.shp'\ntrdb2shp%dbf_luid = LU\n/\n"),
+        )
+        self.settings(
+            " CENT_LON = 139, 48, 45\n CENT_LAT = 35, 42, 30\n TERRAIN_MODE = 0\n" " SHP_MODE = 1"
+        )
         run(["maps"], self.directory)
         self.compare(woods, lambda z0: 6e-6 + 2e-4 * z0)
 
     @unittest.skipUnless(pyproj, "pyproj is missing: no plane coordinates of another maker")
     def test_the_same_woods_in_plane_and_metric_coordinates(self):
         systems = {
-            9: "+proj=tmerc +lat_0=36 +lon_0=139.8333333333333333 +k=0.9999 +a=6377397.155 +rf=299.152813",
+            9: ZONE_9,
             1009: "+proj=tmerc +lat_0=36 +lon_0=139.8333333333333333 +k=0.9999 +ellps=GRS80",
             154: "+proj=utm +zone=54 +ellps=WGS84",
         }
         for cs, text in systems.items():
             projection = pyproj.Proj(text)
             woods = self.write_forest("", lambda lon, lat: projection(lon, lat))
-            self.write("torvex.tin", case_text(
-                "&shp_parameters\ntrdb2shp_fn = 'forest.shp'\ntrdb2shp%dbf_luid = LU\n/\n"))
-            self.settings(" CENT_LON = 139, 48, 45\n CENT_LAT = 35, 42, 30\n TERRAIN_MODE = 0\n"
-                          f" SHP_MODE = 1\n SHP_CS = {cs}")
+            self.write(
+                "torvex.tin",
+                case_text(
+                    "&shp_parameters\ntrdb2shp_fn = 'forest.shp'\ntrdb2shp%dbf_luid = LU\n/\n"
+                ),
+            )
+            self.settings(
+                " CENT_LON = 139, 48, 45\n CENT_LAT = 35, 42, 30\n TERRAIN_MODE = 0\n"
+                f" SHP_MODE = 1\n SHP_CS = {cs}"
+            )
             run(["maps"], self.directory)
             # Straight lines of the plane bend by centimetres in degrees.
             self.compare(woods, lambda z0: 6e-6 + 1e-3 * z0)
 
     def test_the_check_shapefile_is_read_by_gdal(self):
         self.write_forest("")
-        self.write("torvex.tin", case_text(
-            "&shp_parameters\ntrdb2shp_fn = 'forest.shp'\ntrdb2shp%dbf_luid = LU\n"
-            "trdb2shp%dbf_h = H\n/\n"))
+        self.write(
+            "torvex.tin",
+            case_text(
+                "&shp_parameters\ntrdb2shp_fn = 'forest.shp'\ntrdb2shp%dbf_luid = LU\n"
+                "trdb2shp%dbf_h = H\n/\n"
+            ),
+        )
         cs_of = {"degrees": "", "plane": " SHP_CS = 9\n"}
         for kind, line in cs_of.items():
             if kind == "plane" and not pyproj:
                 continue
             if kind == "plane":
-                projection = pyproj.Proj("+proj=tmerc +lat_0=36 +lon_0=139.8333333333333333 "
-                                         "+k=0.9999 +a=6377397.155 +rf=299.152813")
+                projection = pyproj.Proj(ZONE_9)
                 self.write_forest("", lambda lon, lat: projection(lon, lat))
-            self.settings(" CENT_LON = 139, 48, 45\n CENT_LAT = 35, 42, 30\n TERRAIN_MODE = 0\n"
-                          " SHP_MODE = 2\n" + line)
+            self.settings(
+                " CENT_LON = 139, 48, 45\n CENT_LAT = 35, 42, 30\n TERRAIN_MODE = 0\n"
+                " SHP_MODE = 2\n" + line
+            )
             run(["maps"], self.directory)
             ours = read_map(self.path("roughness.map"))
             source = ogr.Open(self.path("roughness_check_tvm.shp"))
@@ -299,8 +347,10 @@ class ForestOverLandUse(Tiles):
             self.assertEqual(layer.GetFeatureCount(), ours["values"].size)
             definition = layer.GetLayerDefn()
             fields = [definition.GetFieldDefn(n) for n in range(definition.GetFieldCount())]
-            self.assertEqual([f.GetName() for f in fields],
-                             ["POLYGON", "LandUseID", "Z0org", "Height", "RLS", "index_i", "index_j"])
+            self.assertEqual(
+                [f.GetName() for f in fields],
+                ["POLYGON", "LandUseID", "Z0org", "Height", "RLS", "index_i", "index_j"],
+            )
             for field in fields:
                 if field.GetName() in ("Z0org", "Height", "RLS"):
                     self.assertEqual((field.GetWidth(), field.GetPrecision()), (16, 6))
@@ -317,8 +367,10 @@ class ForestOverLandUse(Tiles):
                 self.assertAlmostEqual(feature["Z0org"], z0_of[self.code_at(lon, lat)], delta=1e-6)
                 ring = feature.GetGeometryRef().GetGeometryRef(0)
                 self.assertLess(turn(ring.GetPoints()), 0)
-                corners = [((lon + a * D_LON / 2) / 60, (lat + b * D_LAT / 2) / 60)
-                           for a, b in ((-1, -1), (-1, 1), (1, 1), (1, -1), (-1, -1))]
+                corners = [
+                    ((lon + a * D_LON / 2) / 60, (lat + b * D_LAT / 2) / 60)
+                    for a, b in ((-1, -1), (-1, 1), (1, 1), (1, -1), (-1, -1))
+                ]
                 if kind == "plane":
                     corners = [projection(*corner) for corner in corners]
                 limit = 1e-9 if kind == "degrees" else 1e-3
@@ -341,7 +393,9 @@ class Previews(Tiles):
         run(["preview"], self.directory)
         with open(self.path("view-map.dat")) as file:
             text = file.read()
-        zone = text.split("##<<TORVEX_ZONE_RECORD_BEGIN>>\n")[1].split("##<<TORVEX_ZONE_RECORD_END>>")[0]
+        zone = text.split("##<<TORVEX_ZONE_RECORD_BEGIN>>\n")[1].split(
+            "##<<TORVEX_ZONE_RECORD_END>>"
+        )[0]
         head, rows = zone.split("\n", 1)
         ni, nj = int(head[7:11]), int(head[15:19])  # "zone i=....,  j=....,"
         rows = np.array(rows.split(), dtype=float).reshape(nj, ni, 4)
@@ -393,9 +447,11 @@ class Previews(Tiles):
         """A canopy file: records of 4-byte words between their lengths."""
         ni, nj, nk = records[0].shape
         with open(self.path(name), "wb") as file:
+
             def record(data):
                 mark = np.array([len(data)], "<i4").tobytes()
                 file.write(mark + data + mark)
+
             record(np.array([104], "<i4").tobytes())
             record(np.array([ni, nj, nk], "<i4").tobytes())
             for field in records:

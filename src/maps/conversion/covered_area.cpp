@@ -8,13 +8,13 @@
 namespace torvex {
 
 double covered_half_size(const ConversionSettings& settings) {
-    const double WE = settings.WE_LENGTH;
-    const double NS = settings.NS_LENGTH;
+    const auto WE = static_cast<double>(settings.WE_LENGTH);
+    const auto NS = static_cast<double>(settings.NS_LENGTH);
     const double r = std::hypot(WE / 2.0, NS / 2.0);
-    const double side = settings.SIDE_BR;
-    const double up = settings.UP_BR;
-    const double down = settings.DOWN_BR;
-    const double add = settings.ADD_R;
+    const auto side = static_cast<double>(settings.SIDE_BR);
+    const auto up = static_cast<double>(settings.UP_BR);
+    const auto down = static_cast<double>(settings.DOWN_BR);
+    const auto add = static_cast<double>(settings.ADD_R);
     const double across = r * (2.0 * side + 1.0);
     const double along = std::max(r * (2.0 * add + 1.0 + 2.0 * up), r * (2.0 * down + 1.0));
     double R = std::hypot(along, across) + static_cast<double>(settings.MAX_DXY);
