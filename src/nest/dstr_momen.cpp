@@ -48,7 +48,7 @@ struct ChildFace {
 using Covered = std::vector<ChildFace>;
 
 ChildFace child_face(const GridGeometry& g, int j, int k) {
-    const double A = east_area(g, 1, j, k).x;
+    const auto A = static_cast<double>(east_area(g, 1, j, k).x);
     if (!(A > 0.0)) {
         const std::string text = "[dstrMomen] ERROR: Divide by Zero.";
         console(text);
@@ -138,9 +138,9 @@ void spread(int nest_bc_distr, const Covered& faces, const Parent& parent, int I
         assign(faces, on_face(parent.v), s.v);
         assign(faces, on_face(parent.w), s.w);
     } else {
-        scale(faces, on_face(parent.u), s.u);
-        shift(faces, on_face(parent.v), s.v);
-        shift(faces, on_face(parent.w), s.w);
+        scale(faces, static_cast<double>(on_face(parent.u)), s.u);
+        shift(faces, static_cast<double>(on_face(parent.v)), s.v);
+        shift(faces, static_cast<double>(on_face(parent.w)), s.w);
     }
 }
 
