@@ -74,9 +74,9 @@ void report_direction_canopy(PrepCase& prep, const DirectionCanopy& canopy, int 
                       edit::F(constant, 9, 2) + " m.");
     }
     if (height > 0 && height <= z_line(2)) {
-        prep.log.warn("The tallest entity ends inside the first layer of the mesh (" +
-                      edit::F(z_line(2), 0, 2) +
-                      " m), where a canopy has no sources of tke and ted; use a smaller MIN_DZ.");
+        prep.log.warn("The tallest entity ends inside the first layer of the mesh, which ends at" +
+                      edit::F(z_line(2), 9, 2) +
+                      " m, where a canopy has no sources of tke and ted; use a smaller MIN_DZ.");
     }
 }
 

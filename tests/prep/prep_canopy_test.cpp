@@ -268,7 +268,8 @@ TEST_F(PrepCanopy, NoPolygonAnywhereFails) {
 TEST_F(PrepCanopy, WarnsOfHeightsThatTheMeshDoesNotSuit) {
     write_squares("town", {{-10, -10, 20, 4}});
     write_case(buildings());
-    EXPECT_THAT(prep({"canopy"}).err, HasSubstr("ends inside the first layer"));
+    EXPECT_THAT(prep({"canopy"}).err,
+                HasSubstr("ends inside the first layer of the mesh, which ends at     5.00 m"));
     write_squares("town", {{-10, -10, 20, 900}});
     EXPECT_THAT(prep({"canopy"}).err, HasSubstr("exceeds the layers of constant height"));
 }
