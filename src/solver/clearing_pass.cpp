@@ -10,23 +10,23 @@
 #include "solver/clearing_pass.hpp"
 
 #include "base/assertion.hpp"
+#include "solver/flow_fields.hpp"
 
 namespace torvex {
 
 void clearing_pass(const CaseSettings& settings, FlowState& s) {
     require(s.den.size() > 0 && s.eq.su.size() == s.den.size(), "the arrays come before the pass");
+    for (const FlowField& field : flow_fields) {
+        if (field.kept == Kept::no) {
+            (s.*field.member).fill(0.0F);
+        }
+    }
     s.den.fill(settings.DENSIT);
-
-    LinearSystem& eq = s.eq;
-    for (Field3* field : {&eq.ae, &eq.aw, &eq.an, &eq.as, &eq.at, &eq.ab, &eq.ap, &eq.res}) {
-        field->fill(0.0F);
+    for (const auto field : system_fields) {
+        (s.eq.*field).fill(0.0F);
     }
-    eq.su.fill(0.0);
-    eq.sp.fill(0.0);
-    for (Field3* field : {&s.gen, &s.dUxi, &s.dUet, &s.dUze, &s.dVxi, &s.dVet, &s.dVze, &s.dWxi,
-                          &s.dWet, &s.dWze, &s.coefXi, &s.coefEt, &s.coefZe}) {
-        field->fill(0.0F);
-    }
+    s.eq.su.fill(0.0);
+    s.eq.sp.fill(0.0);
 }
 
 }  // namespace torvex
