@@ -2,7 +2,7 @@
 
 include(GNUInstallDirs)
 
-install(TARGETS torvex torvex_prep_program RUNTIME)
+install(TARGETS torvex torvex-prep RUNTIME)
 install(DIRECTORY python/torvex DESTINATION lib/python3/dist-packages
     FILES_MATCHING PATTERN "*.py" PATTERN "py.typed")
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
