@@ -26,8 +26,7 @@ void require_parent(const std::string& stem) {
 
 }  // namespace
 
-void fit_nest(Run& run) {
-    CaseSettings& settings = run.settings;
+void fit_nest(CaseSettings& settings, Run& run) {
     MeshLines& lines = run.lines;
     // The criteria that the parent met, which are scaled with its own cells.
     CaseSettings of_parent = settings;

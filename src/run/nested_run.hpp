@@ -8,7 +8,7 @@ namespace torvex {
 
 // Behind the sizing: the sized lines become the child's, which is tested to lie inside its parent
 // for all directions; then log and standard error hear for which directions the parent is no good.
-void fit_nest(Run& run);
+void fit_nest(CaseSettings& settings, Run& run);
 
 // Behind INIT of a direction: the parent's flow on the boundaries. Without a restart.info of the
 // parent the run ends with status 0 and a message.

@@ -20,9 +20,12 @@
 
 namespace torvex {
 
-// What lives for the whole run.
+// What lives for the whole run. The case is settled when the directions begin: what prepares and
+// solves them sees it through this reference.
 struct Run {
-    CaseSettings settings;
+    explicit Run(const CaseSettings& of_case) : settings(of_case) {}
+
+    const CaseSettings& settings;
     RunLog log;                            // "torvex.log"
     ViewTable directions;                  // view-wind_direction.dat; its lock guards the directory
     std::vector<std::string> wd_tag;       // tag of direction iwd is wd_tag[iwd - 1]

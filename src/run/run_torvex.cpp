@@ -73,8 +73,7 @@ void refuse_name_clash(const CaseText& file, const CaseSettings& settings, RunLo
     }
 }
 
-void read_settings(const CaseText& file, Run& run) {
-    CaseSettings& settings = run.settings;
+void read_settings(const CaseText& file, CaseSettings& settings, Run& run) {
     KeyLines lines;
     read_case_file(file, settings, lines, run.log);
     expand_file_keys(settings);
@@ -118,15 +117,14 @@ std::string mesh_counts(const MeshLines& lines) {
            std::to_string(lines.nk) + " = " + std::to_string(total);
 }
 
-void size_run(Run& run) {
-    CaseSettings& settings = run.settings;
+void size_run(CaseSettings& settings, Run& run) {
     if (settings.TORVEX_MODE != 0) {
         force_one_direction(settings);
         return;
     }
     run.lines = size_domain(settings, run.maps, run.log);
     if (settings.nested()) {
-        fit_nest(run);
+        fit_nest(settings, run);
     }
     console("   - Total mesh number is: " + mesh_counts(run.lines));
     run.log.timed(" Mesh number is: " + mesh_counts(run.lines));
@@ -224,22 +222,23 @@ std::string closing_line(const Run& run) {
     return closing_line(run.records, run.log.reminders());
 }
 
-int run_case(const std::vector<std::string>& arguments, const Solve& solve, Run& run) {
+int run_case(const std::vector<std::string>& arguments, const Solve& solve, CaseSettings& settings,
+             Run& run) {
     cap_threads();
     console(" * Initialization");
     const CaseText file = find_case(arguments);
     run.log.line("------------------------------------------");
     run.log.timed(" Torvex Basic Started");
     run.log.timed(std::string(" Torvex Version ") + version);
-    read_settings(file, run);
+    read_settings(file, settings, run);
 
     open_directions_table(run);
     run.log.open(std::string(file_names::run_log));
     run.log.timed(" Input parameters were read.");
 
-    size_run(run);
+    size_run(settings, run);
     if (run.settings.TORVEX_MODE == 0) {
-        set_angles(run.settings);
+        set_angles(settings);
     }
     run.wd_tag = wd_tags(run.settings);
     for (int iwd = 1; iwd <= run.settings.N_WIND_DIRECTION; ++iwd) {
@@ -318,9 +317,10 @@ int run_torvex(const std::vector<std::string>& arguments) {
 }
 
 int run_torvex(const std::vector<std::string>& arguments, const Solve& solve) {
-    Run run;
+    CaseSettings settings;
+    Run run(settings);
     try {
-        return run_case(arguments, solve, run);
+        return run_case(arguments, solve, settings, run);
     } catch (const Stop& stopped) {
         std::vector<std::string> reason;
         for (const std::string_view line : split_lines(stopped.what())) {

@@ -299,5 +299,71 @@ TEST(PlaneDumps, TellAllValues) {
               "scale:   0.999900000\n");
 }
 
+// On a sphere the projection has a closed form (Lambert 1772; Snyder 1987, section 8). What the
+// series leave out of it grows with the power of their first missing term; a wrong term would leave
+// the power of its own.
+PlaneSystem sphere() {
+    PlaneSystem s;
+    s.m0 = 1.0;
+    s.c = {};
+    s.c(1) = s.a;
+    s.system_id = 1;
+    return s;
+}
+
+double order_of(double error, double error_twice_as_far) {
+    return std::log2(std::abs(error_twice_as_far / error));
+}
+
+PlanePoint plane_error_on_sphere(double lat, double lon) {
+    const PlaneSystem s = sphere();
+    PlanePoint point = at_degrees(lon, lat);
+    geographic_to_plane(s, point);
+    const double phi = lat * degree;
+    const double lambda = lon * degree;
+    const double east = std::cos(phi) * std::sin(lambda);
+    point.x -= s.a * std::atan2(std::tan(phi), std::cos(lambda));
+    point.y -= s.a * std::atanh(east);
+    point.convergence -= std::atan(std::sin(phi) * std::tan(lambda));
+    point.scale -= 1.0 / std::sqrt(1.0 - east * east);
+    return point;
+}
+
+TEST(PlaneConversion, SeriesToThePlaneHaveTheirOrderOnASphere) {
+    for (const double lat : {30.0, 50.0, 65.0}) {
+        const PlanePoint near = plane_error_on_sphere(lat, 8.0);
+        const PlanePoint far = plane_error_on_sphere(lat, 16.0);
+        EXPECT_NEAR(order_of(near.x, far.x), 10.0, 0.3) << lat;
+        EXPECT_NEAR(order_of(near.y, far.y), 9.0, 0.3) << lat;
+        EXPECT_NEAR(order_of(near.convergence, far.convergence), 9.0, 0.3) << lat;
+        EXPECT_NEAR(order_of(near.scale, far.scale), 8.0, 0.3) << lat;
+    }
+}
+
+struct AngleErrors {
+    double lat;  // [rad]
+    double lon;
+};
+
+AngleErrors geographic_error_on_sphere(double foot_lat, double y_over_radius) {
+    const PlaneSystem s = sphere();
+    PlanePoint point;
+    point.x = s.a * foot_lat * degree;
+    point.y = s.a * y_over_radius;
+    plane_to_geographic(s, point);
+    const double foot = foot_lat * degree;
+    return {radians_of(point.lat) - std::asin(std::sin(foot) / std::cosh(y_over_radius)),
+            radians_of(point.lon) - std::atan2(std::sinh(y_over_radius), std::cos(foot))};
+}
+
+TEST(PlaneConversion, SeriesFromThePlaneHaveTheirOrderOnASphere) {
+    for (const double lat : {30.0, 50.0, 65.0}) {
+        const AngleErrors near = geographic_error_on_sphere(lat, 0.1);
+        const AngleErrors far = geographic_error_on_sphere(lat, 0.2);
+        EXPECT_NEAR(order_of(near.lat, far.lat), 10.0, 0.3) << lat;
+        EXPECT_NEAR(order_of(near.lon, far.lon), 9.0, 0.3) << lat;
+    }
+}
+
 }  // namespace
 }  // namespace torvex

@@ -5,12 +5,15 @@
 
 #include <cstdint>
 #include <cstdlib>
+#include <filesystem>
 #include <map>
 #include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "canopy/canopy_file.hpp"
+#include "results/result_files.hpp"
 #include "run/outer_iteration_fixture.hpp"
 
 namespace torvex {
@@ -358,10 +361,14 @@ TEST_F(OuterIteration, AMonitorAboveTheInflowColumnStopsBeforeTheFirstIteration)
     FakeEquations fake;
     const Equations equations = fake.equations();
     write_case({{"NML_CASEFILE", "N_WIND_DIRECTION = 1"}, {"NML_NUMERICAL_SOLVER", "MAXIT = 3"}});
-    // No case file gets there: its monitor lies below CONSTANT_DZ_HEIGHT, which the levels reach.
+    // No case file gets there, since its monitor lies below CONSTANT_DZ_HEIGHT, which the levels
+    // reach; a low column of the inflow does.
     const RunHere run =
         test::run_here({}, [&equations](torvex::Run& running, Direction& direction) {
-            running.settings.MONITOR_HEIGHT = 1.0e5F;
+            Field3& zc = direction.grid.zc;
+            for (int k = 2; k <= direction.grid.nk; ++k) {
+                zc(1, 1, k) = zc(1, 1, 1) + static_cast<float>(k);  // below the 30 m of the monitor
+            }
             OUTER_ITERATION(running, direction, equations);
         });
     EXPECT_EQ(run.status, 161);
@@ -533,15 +540,36 @@ class CanopyFactor : public OuterIteration {
         };
         CaseItems all{{"NML_CASEFILE", "WD_TYPE = 1, N_WIND_DIRECTION = 1"}};
         all.insert(all.end(), items.begin(), items.end());
-        write_case(all);
+        if (!directory.has("restart-000_0-ccd.tuf")) {
+            write_case(all);
+            const auto no_solve = [](torvex::Run& /*run*/, Direction& /*direction*/) {};
+            EXPECT_EQ(test::run_here({}, no_solve).status, 0);
+            lay_thin_woods();
+        }
+        write_case(all, "&canopy_parameters\n canopy_mode = " + std::to_string(canopy_mode) +
+                            "\n start_cal_src = " + std::to_string(start_cal_src) + "\n/\n");
         const RunHere ran = test::run_here({}, [&](torvex::Run& run, Direction& direction) {
-            run.settings.canopy.canopy_mode = canopy_mode;
-            run.settings.canopy.start_cal_src = start_cal_src;
             OUTER_ITERATION(run, direction, equations);
-            run.settings.canopy.canopy_mode = 0;  // the next direction has no canopy file to read
         });
         EXPECT_EQ(ran.status, 0) << ran.err;
         return seen;
+    }
+
+ private:
+    // A canopy file for each direction whose mesh is there.
+    static void lay_thin_woods() {
+        for (const std::string stem : {"restart-000_0-", "restart-090_0-"}) {
+            if (!std::filesystem::exists(stem + "xyz.tuf")) {
+                continue;
+            }
+            const Extents nodes = read_extents(stem + "xyz.tuf", xyz_codes);
+            CanopyRecords wood;
+            for (Field3* field : {&wood.gp_cf, &wood.gp_density, &wood.gp_length}) {
+                field->allocate(nodes.ni + 1, nodes.nj + 1, nodes.nk + 1, 0.1F);
+            }
+            wood.gp_z0.allocate(nodes.ni + 1, nodes.nj + 1, 0.03F);
+            write_canopy_file(stem + "ccd.tuf", wood);
+        }
     }
 };
 
