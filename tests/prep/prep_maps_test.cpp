@@ -225,7 +225,8 @@ TEST_F(PrepMaps, AShapefileOverTheRaster) {
     const auto done = prep({"maps"});
     ASSERT_EQ(done.status, 0) << done.err;
     EXPECT_THAT(done.out, HasSubstr("Now Cliping Landuse Shapfile:forest.shp\n"));
-    const Field2& z0 = *map("roughness.map")->values;
+    const std::shared_ptr<const ParsedMap> written = map("roughness.map");
+    const Field2& z0 = *written->values;
     EXPECT_FLOAT_EQ(z0(50, 50), 0.5F);
     EXPECT_NEAR(double{z0(51, 50)}, 0.23158, 2e-4);
     EXPECT_FLOAT_EQ(z0(52, 50), 0.03F);
