@@ -18,7 +18,9 @@ target_compile_options(torvex_options INTERFACE
     -Wold-style-cast -Wcast-qual -Wcast-align -Wformat=2 -Wnon-virtual-dtor -Woverloaded-virtual
     -Wduplicated-cond -Wlogical-op
     # g++ 12 sees overlapping copies inside std::string that are not there (its bug 105329).
-    -Wno-restrict)
+    -Wno-restrict
+    # Vectors that the machine has no registers for are passed within one program only.
+    -Wno-psabi)
 
 # No fused multiply-add and no reassociation: the fields are the same bits on every machine and for
 # any number of threads. errno and floating-point traps are not used, and giving them up lets the
