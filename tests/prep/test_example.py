@@ -1,43 +1,18 @@
 """The commands in the README of the example of maps, run as they are printed in a copy of it."""
 
-import os
-import re
-import shutil
-import subprocess
-import tempfile
 import unittest
-from pathlib import Path
 
 import torvex
-
-EXAMPLES = Path(os.environ["TORVEX_EXAMPLES"])
-PROGRAMS = {"torvex-prep": os.environ["TORVEX_PREP"], "torvex": os.environ["TORVEX_PROGRAM"]}
+from copied_example import CopiedExample
 
 
-class ExampleOfMaps(unittest.TestCase):
-    def setUp(self):
-        self.temporary = tempfile.TemporaryDirectory()
-        root = Path(self.temporary.name)
-        for folder in ("askervein", "maps"):
-            shutil.copytree(EXAMPLES / folder, root / "examples" / folder)
-        (root / "build/bin").mkdir(parents=True)
-        for name, path in PROGRAMS.items():
-            (root / "build/bin" / name).symlink_to(path)
-        self.folder = root / "examples/maps"
-
-    def tearDown(self):
-        self.temporary.cleanup()
+class ExampleOfMaps(CopiedExample):
+    folders = ("maps", "askervein")
 
     def test_commands_of_the_readme(self):
-        readme = (self.folder / "README.md").read_text()
-        commands = re.findall(r"^    (\S+/torvex.*)$", readme, re.MULTILINE)
-        self.assertEqual(len(commands), 3)
-        for command in commands:
-            done = subprocess.run(
-                command, shell=True, cwd=self.folder, capture_output=True, text=True
-            )
-            self.assertEqual(done.returncode, 0, done.stderr)
-            self.assertNotIn("151", done.stderr)
+        self.assertEqual(len(self.commands()), 3)
+        for command in self.commands():
+            self.run_command(command)
         for name in (
             "terrain.map",
             "roughness.map",
