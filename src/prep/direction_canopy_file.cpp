@@ -82,8 +82,12 @@ GridParameters parameters_of(const SetOnMesh& on, const std::vector<CanopyEntity
 }
 
 CanopyRecords empty_records(const MeshLines& lines) {
-    return {Field3(lines.ni, lines.nj, lines.nk), Field3(lines.ni, lines.nj, lines.nk),
-            Field3(lines.ni, lines.nj, lines.nk), Field2(lines.ni, lines.nj)};
+    CanopyRecords records;
+    for (Field3* field : {&records.gp_cf, &records.gp_density, &records.gp_length}) {
+        field->allocate(lines.ni, lines.nj, lines.nk);
+    }
+    records.gp_z0.allocate(lines.ni, lines.nj);
+    return records;
 }
 
 }  // namespace

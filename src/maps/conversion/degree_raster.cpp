@@ -16,7 +16,7 @@ constexpr double most_samples = 2.5e7;
 double decimal_value(float value) {
     std::array<char, 32> text{};
     const auto written = std::to_chars(text.data(), text.data() + text.size(), value);
-    double decimal = static_cast<double>(value);
+    auto decimal = static_cast<double>(value);
     std::from_chars(text.data(), written.ptr, decimal);
     return decimal;
 }

@@ -37,16 +37,16 @@ class Scale {
         if (!roughness_) {
             const auto [low, high] =
                 std::minmax_element(values.data(), values.data() + values.size());
-            low_ = *low;
-            span_ = std::max(double{*high} - low_, 1.0);  // a level map has one colour
+            low_ = static_cast<double>(*low);
+            span_ = std::max(static_cast<double>(*high) - low_, 1.0);  // a level map has one colour
         }
     }
     double operator()(float value) const {
         if (roughness_) {
             constexpr double decades = 5.0;
-            return (std::log10(std::max(double{value}, 1.0e-4)) + 4.0) / decades;
+            return (std::log10(std::max(static_cast<double>(value), 1.0e-4)) + 4.0) / decades;
         }
-        return (double{value} - low_) / span_;
+        return (static_cast<double>(value) - low_) / span_;
     }
 
  private:

@@ -58,7 +58,8 @@ class Blend {
 
     void add(float value, double weight) {
         if (weight > 0.0) {
-            const double v = roughness_ && !std::isnan(value) ? R(value) : double{value};
+            const double v =
+                roughness_ && !std::isnan(value) ? R(value) : static_cast<double>(value);
             sum_ += v * weight;
         }
     }

@@ -97,7 +97,8 @@ DegreeRaster from_mosaic(const ConversionSettings& settings, const std::string& 
     tell(std::string(quantity == Quantity::roughness ? "roughness" : "elevation") + ": mosaic of " +
              std::to_string(sources.maps.size()) + " maps",
          log);
-    return mosaic(sources, covered_area(settings, sources.datum), settings.D_LON, settings.D_LAT,
+    return mosaic(sources, covered_area(settings, sources.datum),
+                  static_cast<double>(settings.D_LON), static_cast<double>(settings.D_LAT),
                   quantity);
 }
 
@@ -106,8 +107,8 @@ DegreeRaster level_raster(const ConversionSettings& settings, int datum) {
     const AreaLimits area = covered_area(settings, datum);
     DegreeRaster map;
     map.datum = datum;
-    map.d_lon = settings.D_LON > 0.0F ? double{settings.D_LON} : shape_d_lon;
-    map.d_lat = settings.D_LAT > 0.0F ? double{settings.D_LAT} : shape_d_lat;
+    map.d_lon = settings.D_LON > 0.0F ? static_cast<double>(settings.D_LON) : shape_d_lon;
+    map.d_lat = settings.D_LAT > 0.0F ? static_cast<double>(settings.D_LAT) : shape_d_lat;
     const double lon = minutes_of(settings.CENT_LON);
     const double lat = minutes_of(settings.CENT_LAT);
     const double m = std::ceil((area.lon_max - lon) / map.d_lon);
