@@ -7,33 +7,11 @@
 
 #include "base/assertion.hpp"
 #include "base/value_scanner.hpp"
+#include "case/as_target.hpp"
 
 namespace torvex {
 
 namespace {
-
-KeyTarget as_target(std::int32_t& value) {
-    return std::span(&value, 1);
-}
-KeyTarget as_target(float& value) {
-    return std::span(&value, 1);
-}
-KeyTarget as_target(bool& value) {
-    return &value;
-}
-KeyTarget as_target(std::string& value) {
-    return &value;
-}
-KeyTarget as_target(std::vector<float>& value) {
-    return &value;
-}
-KeyTarget as_target(std::vector<Site>& value) {
-    return std::span(value);
-}
-template <class T, int N>
-KeyTarget as_target(FixedArray<T, N>& value) {
-    return value.span();
-}
 
 // The member of the settings, or of a record inside them, that a key fills.
 template <auto... Path>

@@ -13,7 +13,7 @@ void add_direction(const CaseSettings& settings, const std::string& tag,
                    std::vector<std::string>& names) {
     const std::string& prefix = settings.run_prefix;
     for (const char* head : {"view-convergence-", "view-monitor-"}) {
-        names.push_back(prefix + head + tag + ".dat");
+        names.push_back(std::string(prefix).append(head).append(tag).append(".dat"));
     }
     names.push_back(prefix + std::string(file_names::upwind_roughness_log) + tag);
     for (const char* head : {"calc_roughness1-", "calc_sbz_roughness2-"}) {

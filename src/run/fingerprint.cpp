@@ -237,7 +237,7 @@ std::optional<Fingerprint> fingerprint_of(Run& run, const Direction& direction, 
 void write_fingerprint(const std::string& path, const Fingerprint& fingerprint) {
     std::string text(title);
     for (const auto& [key, value] : fingerprint.entries) {
-        text += key + " = " + value + '\n';
+        text.append(key).append(" = ").append(value).append("\n");
     }
     write_text_file_whole(path, text);
 }

@@ -227,7 +227,7 @@ void ShapeBytes::check_polygon(int entity) {
     for (std::int64_t part = 0; part < parts; ++part) {
         const std::int64_t start = little(body + polygon_head_bytes + 4 * part);
         if (start <= before || start >= points || (part == 0 && start != 0)) {
-            fail("part " + std::to_string(part) + " begins at point " + std::to_string(start) +
+            fail("ring " + std::to_string(part) + " begins at point " + std::to_string(start) +
                      ", out of order",
                  entity);
         }

@@ -3,28 +3,13 @@
 #include <array>
 
 #include "base/stop.hpp"
+#include "case/as_target.hpp"
 #include "case/case_keys.hpp"
 #include "case/namelist.hpp"
 
 namespace torvex {
 
 namespace {
-
-KeyTarget as_target(std::int32_t& value) {
-    return std::span(&value, 1);
-}
-KeyTarget as_target(float& value) {
-    return std::span(&value, 1);
-}
-KeyTarget as_target(bool& value) {
-    return &value;
-}
-KeyTarget as_target(std::string& value) {
-    return &value;
-}
-KeyTarget as_target(Triple& value) {
-    return value.span();
-}
 
 GroupKey file_key(std::string_view name, std::string& value) {
     return {name, as_target(value), CaseKey::file_name_length, true};

@@ -127,7 +127,7 @@ TEST_F(DamagedShapes, PartsOutOfOrder) {
     put("a.shp", second + parts + 4, word(5));
     EXPECT_EQ(refusal(), "accepted");
     put("a.shp", second + parts, word(1));
-    EXPECT_THAT(refusal(), HasSubstr("part 0 begins at point 1"));
+    EXPECT_THAT(refusal(), HasSubstr("ring 0 begins at point 1"));
 }
 
 TEST_F(DamagedShapes, CoordinatesThatAreNotFinite) {
