@@ -67,7 +67,10 @@ void refuse_name_clash(const CaseText& file, const CaseSettings& settings, RunLo
         {"inflow_profile_file", settings.user.inflow_profile_file}};
     const auto clash = name_clash(inputs, run_output_names(settings, tags_of_case(settings)));
     if (clash) {
-        log.discard();  // it may be the input
+        const std::array log_name{std::string(file_names::run_log)};
+        if (name_clash(inputs, log_name)) {
+            log.discard();  // the reason must not be written into an input
+        }
         stop(1, clash->input.key + " names a file that the run itself writes: " + clash->output,
              clash->input.path, "give it another name");
     }

@@ -198,6 +198,8 @@ TEST_F(RunFailures, InputsThatTheRunWouldOverwriteAreRefused) {
         EXPECT_EQ(directory.read(name), before.at(name)) << name;
         if (name == "torvex.log") {
             EXPECT_EQ(files_below(directory.path()), before);
+        } else {
+            EXPECT_THAT(log(), HasSubstr("BASIC_H_FILE names a file that the run itself writes"));
         }
         fs::rename(name, "h.map");
         fs::remove("torvex.log");

@@ -1,11 +1,11 @@
 #include "maps/conversion/degree_raster.hpp"
 
-#include <array>
-#include <charconv>
 #include <string>
 
 #include "base/edit.hpp"
 #include "base/stop.hpp"
+#include "base/text_file.hpp"
+#include "base/value_scanner.hpp"
 
 namespace torvex {
 
@@ -13,12 +13,20 @@ namespace {
 
 constexpr double most_samples = 2.5e7;
 
+// The shortest decimal that a header can have meant by a real number, which holds seven digits.
 double decimal_value(float value) {
-    std::array<char, 32> text{};
-    const auto written = std::to_chars(text.data(), text.data() + text.size(), value);
-    auto decimal = static_cast<double>(value);
-    std::from_chars(text.data(), written.ptr, decimal);
-    return decimal;
+    constexpr int most_digits = 9;  // as many tell every real from its neighbours
+    constexpr int around_digits = 8;
+    for (int digits = 1; digits <= most_digits; ++digits) {
+        const std::string text = edit::E(value, digits + around_digits, digits);
+        float again = 0.0F;
+        double decimal = 0.0;
+        if (parse_real(trimmed(text), again) && again == value &&
+            parse_real(trimmed(text), decimal)) {
+            return decimal;
+        }
+    }
+    return static_cast<double>(value);
 }
 
 double minutes(const FixedArray<float, 2>& base) {
