@@ -167,6 +167,7 @@ struct CaseSettings {
     std::int32_t WIND_TUNNEL_MODE = 0;  // 0 open, 1 wall on top, 2 walls on top and sides
     float WIND_TUNNEL_Z0 = 0;           // roughness length of those walls [m]
     float MIN_DZ_HEIGHT = 0;            // layers of MIN_DZ up to here [m]
+    bool EQUILIBRIUM_INFLOW = false;    // inflow and top of an equilibrium surface layer
 
     // NML_NAVIER_STOKES
     bool SOLVE_ENERGY_EQUATION = false;
@@ -184,6 +185,7 @@ struct CaseSettings {
     float KL_ALPHA = 0;
     float RATIO_KL = 0;  // hybrid blending ratio [-]
     float RATIO_OMEGA = 0;
+    bool WALL_DISSIPATION_AT_CENTRE = false;  // wall cells hold the dissipation of their centre
 
     // NML_NUMERICAL_SOLVER
     bool UNSTEADY_SOLVER = false;
@@ -229,9 +231,13 @@ struct CaseSettings {
     float URFVIS_MAX = 0;
     float URFP_MAX = 0;
     float OUT_CC_RATIO = 0;
-    float OUT_CC_LIMIT = 0;          // cap of the scaled criteria; 0: none
-    bool BOOSTCAL = false;           // relaxation factors double every 50 iterations
-    bool DOUBLE_CORRECTION = false;  // second pressure correction
+    float OUT_CC_LIMIT = 0;            // cap of the scaled criteria; 0: none
+    bool BOOSTCAL = false;             // relaxation factors double every 50 iterations
+    bool DOUBLE_CORRECTION = false;    // second pressure correction
+    std::int32_t ACCEL = 0;            // 1: accelerated iteration
+    std::int32_t ACCEL_LEVELS = 0;     // meshes of it: 0 by size, 1 the fine one alone, 2 to 4
+    float STOP_SITES = 0;              // settled where sites vary by less than this [-]; 0: off
+    std::int32_t PRESSURE_SOLVER = 0;  // 0 residual cutting, 1 multigrid
 
     // NML_SITE
     std::int32_t N_SITE = 0;

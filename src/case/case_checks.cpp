@@ -70,6 +70,19 @@ void check_angles(const Checks& check, const CaseSettings& settings) {
     }
 }
 
+// Choices between few values, where a wrong number would pass for one of them.
+void check_choices(const Checks& check, const CaseSettings& settings) {
+    const auto among = [&](const char* key, std::int32_t value, std::int32_t most) {
+        check.integer(key, value, value >= 0 && value <= most, "0 to " + std::to_string(most));
+    };
+    among("ACCEL", settings.ACCEL, 1);
+    among("ACCEL_LEVELS", settings.ACCEL_LEVELS, 4);
+    among("PRESSURE_SOLVER", settings.PRESSURE_SOLVER, 1);
+    if (!(settings.STOP_SITES >= 0.0F && settings.STOP_SITES < 1.0F)) {
+        check.fail("STOP_SITES", edit::list(settings.STOP_SITES), "a fraction, 0 to below 1");
+    }
+}
+
 // The parent of a nested run is a plain case: its files carry no prefix.
 void check_parent_kind(const Checks& check, const CaseSettings& settings) {
     check.integer("ATLAS_FLAG", settings.ATLAS_FLAG, settings.ATLAS_FLAG != 1,
@@ -92,6 +105,7 @@ void check_limits(const CaseText& file, const CaseSettings& settings, const KeyL
     check.integer("MONITOR_STEP", settings.MONITOR_STEP, settings.MONITOR_STEP >= 1,
                   "at least 1 (it has no default)");
     check_sweeps(check, settings);
+    check_choices(check, settings);
     if (settings.WIND_TUNNEL_MODE > 0) {
         check.above_zero("WIND_TUNNEL_Z0", settings.WIND_TUNNEL_Z0);
     }

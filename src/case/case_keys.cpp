@@ -157,6 +157,8 @@ constexpr std::array nml_boundary_treatment_keys{
     CaseKey{"WIND_TUNNEL_Z0", in<&S::WIND_TUNNEL_Z0>, "", "m", "roughness length of those walls"},
     CaseKey{"MIN_DZ_HEIGHT", in<&S::MIN_DZ_HEIGHT>, "0", "m",
             "height up to which layers stay at MIN_DZ"},
+    CaseKey{"EQUILIBRIUM_INFLOW", in<&S::EQUILIBRIUM_INFLOW>, "F", "",
+            "inflow and top of a surface layer in equilibrium with the ground at the inflow"},
 };
 
 constexpr std::array nml_navier_stokes_keys{
@@ -176,6 +178,8 @@ constexpr std::array nml_navier_stokes_keys{
     CaseKey{"KL_ALPHA", in<&S::KL_ALPHA>, "0.1", "", "alpha of the k-l model"},
     CaseKey{"RATIO_KL", in<&S::RATIO_KL>, "0", "", "hybrid blending ratio"},
     CaseKey{"RATIO_OMEGA", in<&S::RATIO_OMEGA>, "", "", "logged as ratio_lk, not used further"},
+    CaseKey{"WALL_DISSIPATION_AT_CENTRE", in<&S::WALL_DISSIPATION_AT_CENTRE>, "F", "",
+            "wall cells hold the dissipation of their centre, not its mean over their height"},
 };
 
 constexpr std::array nml_numerical_solver_keys{
@@ -237,6 +241,15 @@ constexpr std::array nml_numerical_solver_keys{
             "iterations"},
     CaseKey{"DOUBLE_CORRECTION", in<&S::DOUBLE_CORRECTION>, "F", "",
             "second pressure correction; off for flat terrain"},
+    CaseKey{"ACCEL", in<&S::ACCEL>, "0", "",
+            "1: accelerated iteration, to the same field in far fewer iterations"},
+    CaseKey{"ACCEL_LEVELS", in<&S::ACCEL_LEVELS>, "0", "",
+            "meshes of the accelerated iteration: 0 by size, 1 the fine one alone, 2 to 4"},
+    CaseKey{"STOP_SITES", in<&S::STOP_SITES>, "0", "",
+            "a direction has converged too where the speeds at its sites and monitor vary by less "
+            "than this fraction; 0: off"},
+    CaseKey{"PRESSURE_SOLVER", in<&S::PRESSURE_SOLVER>, "0", "",
+            "solver of the pressure correction: 0 residual cutting, 1 multigrid"},
 };
 
 constexpr std::array nml_site_keys{

@@ -182,6 +182,24 @@ TEST(CaseChecks, ParentOfANestedRunIsAPlainCase) {
     EXPECT_THAT(refusal({}, test::nest_block()), IsEmpty());
 }
 
+TEST(CaseChecks, ChoicesBetweenFewValuesTakeNoOther) {
+    const auto refused = [](const std::string& key, const std::string& value) {
+        const CaseItems items = item("NML_NUMERICAL_SOLVER", key + " = " + value);
+        return refusal(items);
+    };
+    for (const auto& [key, most] : std::vector<std::pair<std::string, int>>{
+             {"ACCEL", 1}, {"ACCEL_LEVELS", 4}, {"PRESSURE_SOLVER", 1}}) {
+        EXPECT_THAT(refused(key, std::to_string(most)), IsEmpty());
+        const std::string above = std::to_string(most + 1);
+        EXPECT_THAT(refused(key, above), HasSubstr("key " + key + " is " + above +
+                                                   ", expected 0 to " + std::to_string(most)));
+        EXPECT_THAT(refused(key, "-1"), HasSubstr("key " + key + " is -1"));
+    }
+    EXPECT_THAT(refused("STOP_SITES", "0.005"), IsEmpty());
+    EXPECT_THAT(refused("STOP_SITES", "1.0"), HasSubstr("a fraction, 0 to below 1"));
+    EXPECT_THAT(refused("STOP_SITES", "-0.1"), HasSubstr("key STOP_SITES is"));
+}
+
 TEST(CaseChecks, SweepsBeyondTenThousandAreRefused) {
     for (const std::string key : {"NSWPU", "NSWPV", "NSWPW", "NSWPP", "NSWPK", "NSWPE"}) {
         EXPECT_THAT(refusal(item("NML_NUMERICAL_SOLVER", key + " = 10000")), IsEmpty());

@@ -87,6 +87,7 @@ const std::vector<RealKey>& real_keys() {
         {"NML_NUMERICAL_SOLVER", "URFP_MAX", &S::URFP_MAX, 0.2F},
         {"NML_NUMERICAL_SOLVER", "OUT_CC_RATIO", &S::OUT_CC_RATIO, 1.0F},
         {"NML_NUMERICAL_SOLVER", "OUT_CC_LIMIT", &S::OUT_CC_LIMIT, 0.01F},
+        {"NML_NUMERICAL_SOLVER", "STOP_SITES", &S::STOP_SITES, 0.0F},
     };
     return keys;
 }
@@ -115,6 +116,9 @@ const std::vector<IntegerKey>& integer_keys() {
         {"NML_NUMERICAL_SOLVER", "NSWPE", &S::NSWPE, 10},
         {"NML_NUMERICAL_SOLVER", "RCM_L", &S::RCM_L, 4},
         {"NML_NUMERICAL_SOLVER", "RCM_N", &S::RCM_N, 7},
+        {"NML_NUMERICAL_SOLVER", "ACCEL", &S::ACCEL, 0},
+        {"NML_NUMERICAL_SOLVER", "ACCEL_LEVELS", &S::ACCEL_LEVELS, 0},
+        {"NML_NUMERICAL_SOLVER", "PRESSURE_SOLVER", &S::PRESSURE_SOLVER, 0},
         {"NML_SITE", "N_SITE", &S::N_SITE, 0},
     };
     return keys;
@@ -140,6 +144,8 @@ const std::vector<LogicalKey>& logical_keys() {
         {"NML_NUMERICAL_SOLVER", "UNSTEADY_SOLVER", &S::UNSTEADY_SOLVER, false},
         {"NML_NUMERICAL_SOLVER", "BOOSTCAL", &S::BOOSTCAL, false},
         {"NML_NUMERICAL_SOLVER", "DOUBLE_CORRECTION", &S::DOUBLE_CORRECTION, false},
+        {"NML_BOUNDARY_TREATMENT", "EQUILIBRIUM_INFLOW", &S::EQUILIBRIUM_INFLOW, false},
+        {"NML_NAVIER_STOKES", "WALL_DISSIPATION_AT_CENTRE", &S::WALL_DISSIPATION_AT_CENTRE, false},
     };
     return keys;
 }
