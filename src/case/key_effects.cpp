@@ -131,7 +131,6 @@ constexpr std::array table{
     row("ACCEL", never),
     row("ACCEL_LEVELS", never),
     row("STOP_SITES", never),
-    row("PRESSURE_SOLVER", never),
     row("nest_site%label", nested),
     row("nest_site%lon", nested),
     row("nest_site%lat", nested),

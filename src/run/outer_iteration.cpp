@@ -331,6 +331,7 @@ void OUTER_ITERATION(Run& run, Direction& direction, const Equations& equations)
               .prev_resid = {},
               .controls = solve_controls(settings)};
     SolverWork work;
+    work.solvers = linear_solvers(settings);
     const SolverContext context{.settings = settings,
                                 .controls = loop.controls,
                                 .grid = direction.grid,

@@ -2,6 +2,7 @@
 
 #include <functional>
 
+#include "base/case_settings.hpp"
 #include "base/field.hpp"
 #include "solver/linear_system.hpp"
 #include "solver/solve_record.hpp"
@@ -23,7 +24,8 @@ struct LinearSolvers {
     PressureSolver pressure;  // pressure correction
 };
 
-// The one place where they are chosen: point sweeps, and residual cutting for the pressure.
-LinearSolvers linear_solvers();
+// The one place where they are chosen: point sweeps, and for the pressure what PRESSURE_SOLVER
+// says, residual cutting or multigrid.
+LinearSolvers linear_solvers(const CaseSettings& settings);
 
 }  // namespace torvex

@@ -9,7 +9,7 @@ namespace torvex {
 // What the equations of one direction solve with, and the scratch of the momentum and turbulence
 // equations, which they make themselves.
 struct SolverWork {
-    LinearSolvers solvers = linear_solvers();
+    LinearSolvers solvers = linear_solvers(CaseSettings{});
     MomentumWork momentum;
     TransportScratch transport;
 };

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <omp.h>
+
+namespace torvex {
+
+// The rows 1..rows of a mesh pass through stages 0..S-1, stage(s, j, thread): stage s of row j
+// needs stage s-1 of rows j-1, j, j+1 and nothing else that the call writes. Stage s follows s rows
+// behind stage 0, so that a row is still in cache when its next stage comes.
+//
+// Threads own bands of rows. Within its band a thread does what depends on the band alone, a row
+// less at each inner end for every stage; behind a barrier one thread finishes each seam. No row is
+// touched by two threads between barriers, and no value depends on their number. Bands begin at odd
+// rows, and every stage rises through a pair of rows 2m-1, 2m on one thread.
+template <int S, class Stage>
+class StagedRows {
+ public:
+    StagedRows(int rows, const Stage& stage) : rows_(rows), stage_(stage) {}
+
+    void run(int threads) const {
+        if (const int most = rows_ / shortest_band; threads > most) {
+            threads = most;
+        }
+        if (threads <= 1) {
+            band(1, rows_, 0, 0, 0);
+            return;
+        }
+#pragma omp parallel num_threads(threads)
+        {
+            const int team = omp_get_num_threads();
+            const int thread = omp_get_thread_num();
+            const int first = begin(thread, team);
+            const int behind = begin(thread + 1, team);
+            const bool last_band = thread + 1 == team;
+            band(first, behind - 1, thread > 0 ? 1 : 0, last_band ? 0 : 1, thread);
+#pragma omp barrier
+            if (!last_band) {
+                seam(behind, thread);
+            }
+        }
+    }
+
+ private:
+    // Two seams share no row.
+    static constexpr int shortest_band = 2 * S + 2;
+
+    int begin(int thread, int team) const {
+        const int pairs = rows_ / 2;
+        return thread == team ? rows_ + 1 : 1 + 2 * (pairs * thread / team);
+    }
+    // `at_first`, `at_last`: rows left out at the ends per stage.
+    void band(int first, int last, int at_first, int at_last, int thread) const {
+        for (int front = first; front <= last + S - 1; ++front) {
+            for (int s = 0; s < S; ++s) {
+                const int j = front - s;
+                if (j >= first + s * at_first && j <= last - s * at_last) {
+                    stage_(s, j, thread);
+                }
+            }
+        }
+    }
+    // What is left on both sides of the first row of a band.
+    void seam(int first, int thread) const {
+        for (int s = 1; s < S; ++s) {
+            for (int j = first - s; j < first + s; ++j) {
+                stage_(s, j, thread);
+            }
+        }
+    }
+
+    int rows_;
+    const Stage& stage_;
+};
+
+template <int S, class Stage>
+void staged_rows(int rows, int threads, const Stage& stage) {
+    StagedRows<S, Stage>(rows, stage).run(threads);
+}
+
+}  // namespace torvex
