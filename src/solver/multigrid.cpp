@@ -19,8 +19,6 @@
 
 #include "solver/multigrid.hpp"
 
-#include <omp.h>
-
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
@@ -39,8 +37,8 @@ namespace {
 template <class OfSlabs>
 auto for_slabs(const MultigridLevel& level, const OfSlabs& of_slab) {
     std::vector<decltype(of_slab(1))> results(static_cast<std::size_t>(level.nj));
-    const int threads = level.threads();
-#pragma omp parallel for schedule(static) num_threads(threads) if (threads > 1)
+    const bool shared_out = level.shared_out();
+#pragma omp parallel for schedule(static) if (shared_out)
     for (int j = 1; j <= level.nj; ++j) {
         results[static_cast<std::size_t>(j - 1)] = of_slab(j);
     }

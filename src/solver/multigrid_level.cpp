@@ -1,7 +1,5 @@
 #include "solver/multigrid_level.hpp"
 
-#include <omp.h>
-
 #include <cstddef>
 #include <cstdint>
 
@@ -27,10 +25,10 @@ void MultigridLevel::allocate(int cells_i, int cells_j, int cells_k) {
     }
 }
 
-// A mesh that fits into the cache of one core is not worth a second thread.
-int MultigridLevel::threads() const {
-    constexpr std::int64_t least = 8192;
-    return std::int64_t{ni} * nj * nk < least ? 1 : omp_get_max_threads();
+// Below, the threads would wait for each other as long as they work.
+bool MultigridLevel::shared_out() const {
+    constexpr std::int64_t least = 16384;
+    return std::int64_t{ni} * nj * nk >= least;
 }
 
 void LineScratch::allocate(const MultigridLevel& finest) {

@@ -25,7 +25,8 @@ struct MultigridLevel {
     void allocate(int cells_i, int cells_j, int cells_k);
     // An array of this mesh, zeros.
     void allocate(Field3& x) const { x.allocate(pitch, nk + 1, nj + 2); }
-    int threads() const;
+    // Whether a pass over the mesh is worth more than one thread.
+    bool shared_out() const;
 };
 
 // The first cell of row (j,k); the rows k-1 and k+1 stand `pitch` before and behind it.

@@ -2,6 +2,8 @@
 
 #include <omp.h>
 
+#include <algorithm>
+
 namespace torvex {
 
 // The rows 1..rows of a mesh pass through stages 0..S-1, stage(s, j, thread): stage s of row j
@@ -17,25 +19,21 @@ class StagedRows {
  public:
     StagedRows(int rows, const Stage& stage) : rows_(rows), stage_(stage) {}
 
-    void run(int threads) const {
-        if (const int most = rows_ / shortest_band; threads > most) {
-            threads = most;
-        }
-        if (threads <= 1) {
-            band(1, rows_, 0, 0, 0);
-            return;
-        }
-#pragma omp parallel num_threads(threads)
+    void on_one_thread() const { band(1, rows_, 0, 0, 0); }
+
+    // On as many threads as there are bands of a useful size; the others wait.
+    void on_all_threads() const {
+#pragma omp parallel
         {
-            const int team = omp_get_num_threads();
+            const int bands = std::clamp(rows_ / shortest_band, 1, omp_get_num_threads());
             const int thread = omp_get_thread_num();
-            const int first = begin(thread, team);
-            const int behind = begin(thread + 1, team);
-            const bool last_band = thread + 1 == team;
-            band(first, behind - 1, thread > 0 ? 1 : 0, last_band ? 0 : 1, thread);
+            if (thread < bands) {
+                band(begin(thread, bands), begin(thread + 1, bands) - 1, thread > 0 ? 1 : 0,
+                     thread + 1 < bands ? 1 : 0, thread);
+            }
 #pragma omp barrier
-            if (!last_band) {
-                seam(behind, thread);
+            if (thread + 1 < bands) {
+                seam(begin(thread + 1, bands), thread);
             }
         }
     }
@@ -44,9 +42,9 @@ class StagedRows {
     // Two seams share no row.
     static constexpr int shortest_band = 2 * S + 2;
 
-    int begin(int thread, int team) const {
+    int begin(int band, int bands) const {
         const int pairs = rows_ / 2;
-        return thread == team ? rows_ + 1 : 1 + 2 * (pairs * thread / team);
+        return band == bands ? rows_ + 1 : 1 + 2 * (pairs * band / bands);
     }
     // `at_first`, `at_last`: rows left out at the ends per stage.
     void band(int first, int last, int at_first, int at_last, int thread) const {
@@ -72,9 +70,15 @@ class StagedRows {
     const Stage& stage_;
 };
 
+// Shared out among the threads, or on one.
 template <int S, class Stage>
-void staged_rows(int rows, int threads, const Stage& stage) {
-    StagedRows<S, Stage>(rows, stage).run(threads);
+void staged_rows(int rows, bool shared_out, const Stage& stage) {
+    const StagedRows<S, Stage> walk(rows, stage);
+    if (shared_out && omp_get_max_threads() > 1) {
+        walk.on_all_threads();
+    } else {
+        walk.on_one_thread();
+    }
 }
 
 }  // namespace torvex

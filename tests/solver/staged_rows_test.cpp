@@ -10,6 +10,8 @@
 #include <memory>
 #include <string>
 
+#include "solver/pressure_cases.hpp"
+
 namespace torvex {
 namespace {
 
@@ -56,8 +58,10 @@ void expect_order() {
         for (const int threads : {1, 2, 3, 5, 8}) {
             SCOPED_TRACE(std::to_string(rows) + " rows, " + std::to_string(threads) + " threads");
             Passage passage(rows);
-            staged_rows<S>(rows, threads,
-                           [&](int stage, int j, int /*thread*/) { passage.pass(stage, j); });
+            with_threads(threads, [&] {
+                staged_rows<S>(rows, true,
+                               [&](int stage, int j, int /*thread*/) { passage.pass(stage, j); });
+            });
             EXPECT_EQ(passage.mistakes(), 0);
             EXPECT_TRUE(passage.every_row_has(S));
         }
@@ -77,13 +81,15 @@ TEST(StagedRows, PairsStayOnOneThreadAndRise) {
         for (const int threads : {1, 2, 3}) {
             std::unique_ptr<int[]> thread_of = std::make_unique<int[]>(std::size_t(rows) + 2);
             std::atomic<int> mistakes{0};
-            staged_rows<3>(rows, threads, [&](int stage, int j, int thread) {
-                if (stage == 2) {
-                    thread_of[std::size_t(j)] = thread + 1;
-                    if (j % 2 == 0 && thread_of[std::size_t(j - 1)] != thread + 1) {
-                        ++mistakes;
+            with_threads(threads, [&] {
+                staged_rows<3>(rows, true, [&](int stage, int j, int thread) {
+                    if (stage == 2) {
+                        thread_of[std::size_t(j)] = thread + 1;
+                        if (j % 2 == 0 && thread_of[std::size_t(j - 1)] != thread + 1) {
+                            ++mistakes;
+                        }
                     }
-                }
+                });
             });
             EXPECT_EQ(mistakes, 0) << rows << " " << threads;
         }
@@ -91,13 +97,17 @@ TEST(StagedRows, PairsStayOnOneThreadAndRise) {
 }
 
 TEST(StagedRows, LongMeshesAreSharedOut) {
-    std::atomic<int> most{0};
-    staged_rows<3>(64, 4, [&](int, int, int thread) {
-        int seen = most.load();
-        while (seen < thread && !most.compare_exchange_weak(seen, thread)) {
-        }
-    });
-    EXPECT_EQ(most, 3);
+    for (const bool shared_out : {true, false}) {
+        std::atomic<int> most{0};
+        with_threads(4, [&] {
+            staged_rows<3>(64, shared_out, [&](int, int, int thread) {
+                int seen = most.load();
+                while (seen < thread && !most.compare_exchange_weak(seen, thread)) {
+                }
+            });
+        });
+        EXPECT_EQ(most, shared_out ? 3 : 0);
+    }
 }
 
 }  // namespace
