@@ -146,7 +146,23 @@ void rising_cells(int n, Kernel&& kernel) {
     }
 }
 
-// The same from n-1 down to 0, over the same blocks.
+// The same of a kernel that does not read what it writes: the last block is drawn back to end at
+// n-1, so that some cells are done twice and none alone.
+template <class Kernel>
+[[gnu::always_inline]] inline void overlapping_cells(int n, Kernel&& kernel) {
+    if (n < block_cells) {
+        for (int m = 0; m < n; ++m) {
+            kernel(float{}, m);
+        }
+        return;
+    }
+    for (int m = 0; m < n - block_cells; m += block_cells) {
+        kernel(Block{}, m);
+    }
+    kernel(Block{}, n - block_cells);
+}
+
+// The cells of rising_cells from n-1 down to 0, over the same blocks.
 template <class Kernel>
 void falling_cells(int n, Kernel&& kernel) {
     int m = n;
