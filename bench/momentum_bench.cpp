@@ -3,10 +3,12 @@
 
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <cstdint>
 #include <memory>
 
 #include "mesh/test_meshes.hpp"
+#include "solver/flow_assembly.hpp"
 #include "solver/flow_state.hpp"
 #include "solver/momentum_assembly.hpp"
 #include "solver/momentum_boundary.hpp"
@@ -44,6 +46,9 @@ struct Flow {
             s.flxW.data()[n] = 0.002F * (0.4F - x);
         }
         s.outflow_mass = 50.0F;
+        for (Field3& source : su) {
+            source.allocate(g.ni, g.nj, g.nk);
+        }
         walls = torvex::wall_cells(settings, g, s.z0);
         controls = torvex::solve_controls(settings);
     }
@@ -51,6 +56,7 @@ struct Flow {
     torvex::CaseSettings settings;
     torvex::GridGeometry g;
     torvex::FlowState s;
+    std::array<Field3, 3> su;
     torvex::SolverWork work;
     torvex::Walls walls;
     torvex::SolveControls controls;
@@ -75,6 +81,14 @@ void run(benchmark::State& state, Step step) {
 template <Component A>
 void assembly(benchmark::State& state) {
     run(state, [](Flow& f) { torvex::assemble_momentum<A>(f.context, f.work.momentum); });
+}
+
+// u, v and w in one walk.
+void flow_assembly(benchmark::State& state) {
+    run(state, [](Flow& f) {
+        std::array<Field3, 3>& su = f.su;
+        torvex::assemble_flow(f.context, f.work.momentum, su[0], su[1], su[2]);
+    });
 }
 
 void boundary(benchmark::State& state) {
@@ -112,6 +126,7 @@ void triad(benchmark::State& state) {
 BENCHMARK(assembly<Component::u>)->Name("assembly of u")->Arg(100000)->Arg(1000000)->UseRealTime();
 BENCHMARK(assembly<Component::v>)->Name("assembly of v")->Arg(100000)->Arg(1000000)->UseRealTime();
 BENCHMARK(assembly<Component::w>)->Name("assembly of w")->Arg(100000)->Arg(1000000)->UseRealTime();
+BENCHMARK(flow_assembly)->Name("assembly of all")->Arg(100000)->Arg(1000000)->UseRealTime();
 BENCHMARK(boundary)->Name("bc_u")->Arg(100000)->Arg(1000000)->UseRealTime();
 BENCHMARK(relaxation)->Name("relaxation")->Arg(100000)->Arg(1000000)->UseRealTime();
 BENCHMARK(triad)->Name("triad")->Arg(100000)->Arg(1000000)->UseRealTime();

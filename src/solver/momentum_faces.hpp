@@ -24,6 +24,10 @@ struct VectorField {
     const float* z;
 
     [[gnu::always_inline]] Vec3 at(Place n) const { return {x[n], y[n], z[n]}; }
+    template <Component A>
+    [[gnu::always_inline]] const float* of() const {
+        return A == Component::u ? x : (A == Component::v ? y : z);
+    }
 };
 
 // The mesh and the flow as bare arrays.
@@ -103,16 +107,21 @@ template <Axis L>
     return {high_high + high_low - low_high - low_low, high_high + low_high - high_low - low_low};
 }
 
+// A vector for each of the axes L, M, N of a face.
+struct FaceVectors {
+    Vec3 l, m, n;
+};
+
 // The metric part of the explicit stress, in the cell on one side of a face of axis L:
 //
 //   (b)  M_a (L . D_M u), halved where D_M is the double difference within the face
 //   (a)  0.5 (L . M) D_M u_a for the two M within the face
 template <Component A>
-[[gnu::always_inline]] inline float stress_side(const Vec3& l, const Vec3& m, const Vec3& n,
-                                                const Vec3& d_l, const Vec3& d_m, const Vec3& d_n) {
-    const float across = component<A>(l) * dot(l, d_l);
-    const float along_m = component<A>(m) * dot(l, d_m) + dot(l, m) * component<A>(d_m);
-    const float along_n = component<A>(n) * dot(l, d_n) + dot(l, n) * component<A>(d_n);
+[[gnu::always_inline]] inline float stress_side(const FaceVectors& area, const FaceVectors& d) {
+    const auto& [l, m, n] = area;
+    const float across = component<A>(l) * dot(l, d.l);
+    const float along_m = component<A>(m) * dot(l, d.m) + dot(l, m) * component<A>(d.m);
+    const float along_n = component<A>(n) * dot(l, d.n) + dot(l, n) * component<A>(d.n);
     return across + 0.5F * (along_m + along_n);
 }
 
@@ -120,12 +129,19 @@ struct FaceRange {
     int first, last;
 };
 
+// What a row of faces carries of a component: its deferred convection, and the explicit flux.
+template <Component A>
+struct FaceRow {
+    const float* deferred;
+    float* flux;
+};
+
 // The explicit flux through the faces of a row, counted towards rising index: cross diffusion (a)
 // and transposed stress (b) less the deferred convection of each face.
-template <Component A, Axis L>
+template <Axis L, Component... A>
 [[gnu::flatten]] void stress_row(const MomentumFields& f, Place row, FaceRange range,
                                  const CornerRows& u, const CornerRows& v, const CornerRows& w,
-                                 const float* deferred, float* flux) {
+                                 FaceRow<A>... out) {
     const Place step = f.step<L>();
     const float* factor = f.factor<L>();
     const VectorField area_l = f.area<L>();
@@ -140,18 +156,17 @@ template <Component A, Axis L>
         const InFace du = in_face<L>(u, i);
         const InFace dv = in_face<L>(v, i);
         const InFace dw = in_face<L>(w, i);
-        const Vec3 d_l = velocity.at(high) - velocity.at(low);
-        const Vec3 d_m{du.m, dv.m, dw.m};
-        const Vec3 d_n{du.n, dv.n, dw.n};
+        const FaceVectors d{
+            velocity.at(high) - velocity.at(low), {du.m, dv.m, dw.m}, {du.n, dv.n, dw.n}};
+        const FaceVectors areas_low{area_l.at(low), area_m.at(low), area_n.at(low)};
+        const FaceVectors areas_high{area_l.at(high), area_m.at(high), area_n.at(high)};
         const float weight = factor[low];
-        const float side_low =
-            stress_side<A>(area_l.at(low), area_m.at(low), area_n.at(low), d_l, d_m, d_n);
-        const float side_high =
-            stress_side<A>(area_l.at(high), area_m.at(high), area_n.at(high), d_l, d_m, d_n);
-        const float viscous = between(vis[low], vis[high], weight) /
-                              between(vol[low], vol[high], weight) *
-                              between(side_low, side_high, weight);
-        flux[i] = viscous - deferred[i];
+        const float gain =
+            between(vis[low], vis[high], weight) / between(vol[low], vol[high], weight);
+        ((out.flux[i] =
+              gain * between(stress_side<A>(areas_low, d), stress_side<A>(areas_high, d), weight) -
+              out.deferred[i]),
+         ...);
     });
 }
 
@@ -201,6 +216,45 @@ inline void deferred_row(const Deferred& d, const float* phi, Place row, Place s
         const float forward = d.upwind * before + d.downstream * across;
         const float backward = d.downstream * across + d.upwind * after;
         deferred[i] = d.amount * (forward * std::max(F[i], 0.0F) - backward * std::min(F[i], 0.0F));
+    });
+}
+
+// The fluxes about a row of cells, and where its source goes.
+template <Component A, class T>
+struct CellRow {
+    const float *east, *north, *south, *top, *bottom;
+    T* su;
+};
+
+// The sources of a row of cells from the fluxes through its faces and the pressure, whose face
+// values act on the metrics of the cell itself.
+template <class T, Component... A>
+[[gnu::flatten]] void source_row(const MomentumFields& f, Place row, FaceRange range,
+                                 CellRow<A, T>... out) {
+    const Place south_step = f.row_step;
+    const Place below_step = f.plane_step;
+    const float* p = f.p;
+    const float* fx = f.fx;
+    const float* fy = f.fy;
+    const float* fz = f.fz;
+    const VectorField xi = f.xi;
+    const VectorField et = f.et;
+    const VectorField ze = f.ze;
+    along_row(range.first, range.last, [=](int i) {
+        const Place n = row + i;
+        const Place s = n - south_step;
+        const Place b = n - below_step;
+        const float p_i = between(p[n - 1], p[n], fx[n - 1]) - between(p[n], p[n + 1], fx[n]);
+        const float p_j = between(p[s], p[n], fy[s]) - between(p[n], p[n + south_step], fy[n]);
+        const float p_k = between(p[b], p[n], fz[b]) - between(p[n], p[n + below_step], fz[n]);
+        const auto source = [&]<Component C>(const CellRow<C, T>& cell) {
+            const float viscous = (cell.east[i] - cell.east[i - 1]) +
+                                  (cell.north[i] - cell.south[i]) + (cell.top[i] - cell.bottom[i]);
+            const float pressure = p_i * xi.template of<C>()[n] + p_j * et.template of<C>()[n] +
+                                   p_k * ze.template of<C>()[n];
+            cell.su[n] = static_cast<T>(viscous + pressure);
+        };
+        (source(out), ...);
     });
 }
 

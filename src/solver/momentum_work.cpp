@@ -19,7 +19,7 @@ void fit(MomentumWork& work, const GridGeometry& g) {
         s.level.allocate(g.ni, g.ny, 3);
         s.column.allocate(g.ni, 3);
         s.lower.allocate(g.ni, 2, 3);
-        s.bottom.allocate(g.ni, g.ny);
+        s.bottom.allocate(g.ni, g.ny, MomentumScratch::components);
         s.bottom_to_low.allocate(g.ni, g.ny);
         s.rows.allocate(g.ni, MomentumScratch::row_count);
     }

@@ -10,15 +10,18 @@ namespace torvex {
 // What one thread keeps while it assembles a momentum equation plane by plane. Rows and planes
 // carry an unused place before i = 1, so that a row pointer takes the index of the cell or face.
 struct MomentumScratch {
-    // The rows of the walk. What the faces across an axis give takes four from its name on; those
-    // of north and south swap places from row to row.
+    static constexpr int components = 3;  // u, v, w; an equation alone takes the first rows
+
+    // The rows of the walk. What the faces across an axis give takes six from its name on: the flux
+    // of each component, then see coupling_row; those of north and south swap places from row to
+    // row.
     enum RowName {
         east,
-        north = east + 4,
-        south = north + 4,
-        top = south + 4,
-        deferred = top + 4,  // deferred convection through the inner faces of a row
-        nothing,             // and through boundary faces: never written, all 0
+        north = east + components + 3,
+        south = north + components + 3,
+        top = south + components + 3,
+        deferred = top + components + 3,  // deferred convection through the inner faces of a row
+        nothing = deferred + components,  // and through boundary faces: never written, all 0
         row_count
     };
 
@@ -26,7 +29,7 @@ struct MomentumScratch {
     Field3 level;          // u, v, w at the edges along k through the cells above (nx+1, ny, 3)
     Field2 column;         // u, v, w between two columns of those cells, one row  (nx+1, 3)
     Field3 lower;          // corner rows j-1 and j of the plane below             (nx+1, 2, 3)
-    Field2 bottom;         // explicit flux through the bottom faces               (nx+1, ny)
+    Field3 bottom;         // explicit flux through the bottom faces               (nx+1, ny, 3)
     Field2 bottom_to_low;  // coefficient of the cell above towards the one below  (nx+1, ny)
     Field2 rows;           // (nx+1, row_count)
 };
