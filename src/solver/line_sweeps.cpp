@@ -28,6 +28,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "solver/fetch_ahead.hpp"
 #include "solver/row.hpp"
 #include "solver/row_recurrence.hpp"
 #include "solver/row_wavefront.hpp"
@@ -107,9 +108,19 @@ void substitute(int cells, const float* g, const float* q, const float* above, i
     });
 }
 
-// The lines of row j whose i + j is even (colour 0) or odd.
+// Level k of what the first half-sweep over row j brings into the near caches.
 template <std::size_t N>
-void half_sweep(const LinearSystem& eq, const LineUnknowns<N>& unknowns, int colour, int j,
+void fetch_level(const LinearSystem& eq, const LineUnknowns<N>& unknowns, int j, int k) {
+    fetch_row(j, k, eq.ae, eq.aw, eq.an, eq.as, eq.at, eq.ab, eq.ap);
+    for (const auto& [su, phi] : unknowns) {
+        fetch_row(j, k, su);
+        fetch_row(j + 1, k, phi);
+    }
+}
+
+// Half-sweep `stage` over row j: the lines whose i + j is even or, in every other stage, odd.
+template <std::size_t N>
+void half_sweep(const LinearSystem& eq, const LineUnknowns<N>& unknowns, int stage, int j,
                 const KeptLines<N>& kept) {
     const int cells = eq.ap.ni() - 2;
     const int nz = eq.ap.nk() - 1;
@@ -129,14 +140,18 @@ void half_sweep(const LinearSystem& eq, const LineUnknowns<N>& unknowns, int col
             e.q_below[n] = k == 2 ? &phi(2, j, 1) : kept.q(static_cast<int>(n), k - 1);
             e.q[n] = kept.q(static_cast<int>(n), k);
         }
+        if (stage == 0) {
+            fetch_level(eq, unknowns, j, k + 1);
+        }
         eliminate(cells, e);
     }
+    const int parity = (stage + j) % 2;  // of i - 2 in the lines of this colour
     for (int k = nz; k >= 2; --k) {
         for (std::size_t n = 0; n < N; ++n) {
             Field3& phi = unknowns[n].phi;
             const int unknown = static_cast<int>(n);
             const float* above = k == nz ? &phi(2, j, nz + 1) : kept.solution(unknown, k + 1);
-            substitute(cells, kept.g(k), kept.q(unknown, k), above, (colour + j) % 2,
+            substitute(cells, kept.g(k), kept.q(unknown, k), above, parity,
                        kept.solution(unknown, k), &phi(2, j, k));
         }
     }
@@ -161,7 +176,7 @@ void line_sweeps(const LinearSystem& eq, const LineUnknowns<N>& unknowns, int sw
         KeptLines<N>::fit(rows, cells, nk);
     }
     row_wavefront(2, ny, 2 * sweeps, [&](int thread, int stage, int j) {
-        half_sweep(eq, unknowns, stage % 2, j,
+        half_sweep(eq, unknowns, stage, j,
                    KeptLines<N>(work.threads[static_cast<std::size_t>(thread)]));
     });
 }
