@@ -69,7 +69,8 @@ std::string write_hill_case(const HillCase& hill, const std::filesystem::path& d
         << ", MAX_DXY = " << edit::F(4 * hill.min_dxy, 9, 3) << "\n/\n"
         << "&NML_MONITOR MONITOR_STEP = 10 /\n&NML_ER /\n&NML_BOUNDARY_TREATMENT\n"
         << borders << "/\n&NML_NAVIER_STOKES TURBULENCE_MODEL = " << hill.turbulence_model
-        << " /\n&NML_NUMERICAL_SOLVER MAXIT = " << hill.max_iterations << " /\n&NML_SITE /\n";
+        << " /\n&NML_NUMERICAL_SOLVER MAXIT = " << hill.max_iterations << ' ' << hill.solver_keys
+        << " /\n&NML_SITE /\n";
     return file.string();
 }
 

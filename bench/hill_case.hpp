@@ -11,6 +11,7 @@ struct HillCase {
     double min_dxy = 20;  // spacing within 500 m of the top; four times that far away [m]
     int turbulence_model = 1;
     int max_iterations = 1000;
+    std::string solver_keys = {};  // more keys of NML_NUMERICAL_SOLVER
 };
 
 inline constexpr double hill_height = 100;

@@ -26,6 +26,7 @@ inline std::string sites_stem(std::string_view prefix, std::string_view tag) {
 // Behind the restart stem of a direction.
 inline constexpr std::string_view restart_info = "restart.info";
 inline constexpr std::string_view fingerprint = "fingerprint.info";
+inline constexpr std::string_view iteration_memory = "iteration.info";
 inline constexpr std::string_view convergence_log = "torvex.conv.log";
 
 }  // namespace torvex::file_names

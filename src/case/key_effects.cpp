@@ -50,6 +50,9 @@ constexpr Switch hybrid{"TURBULENCE_MODEL = 4", [](const S& s) { return s.TURBUL
 constexpr Switch boost{"BOOSTCAL = T", [](const S& s) { return s.BOOSTCAL; }};
 constexpr Switch boost_epsilon{"BOOSTCAL = T and TURBULENCE_MODEL 1, 3 or 4",
                                [](const S& s) { return s.BOOSTCAL && s.TURBULENCE_MODEL != 2; }};
+constexpr Switch not_boosted{"BOOSTCAL = F", [](const S& s) { return !s.BOOSTCAL; }};
+constexpr Switch accelerated{"ACCEL = 1 and BOOSTCAL = F",
+                             [](const S& s) { return s.ACCEL == 1 && !s.BOOSTCAL; }};
 constexpr Switch canopy{"canopy_mode = 1", [](const S& s) { return s.canopy.canopy_mode == 1; }};
 constexpr Switch density_form{"canopy_mode = 1 and src_included_model = T", [](const S& s) {
                                   return s.canopy.canopy_mode == 1 && s.canopy.src_included_model;
@@ -128,9 +131,8 @@ constexpr std::array table{
     row("URFP_MAX", boost),
     row("OUT_CC_RATIO", never),
     row("DOUBLE_CORRECTION", not_flat),
-    row("ACCEL", never),
-    row("ACCEL_LEVELS", never),
-    row("STOP_SITES", never),
+    row("ACCEL", not_boosted),
+    row("ACCEL_LEVELS", accelerated),
     row("nest_site%label", nested),
     row("nest_site%lon", nested),
     row("nest_site%lat", nested),

@@ -48,6 +48,9 @@ void report_outcome(const Direction& direction, RunLog& log, ViewTable& directio
     const Outcome outcome = outcome_of(direction);
     log.timed(" WD " + edit::F(direction.angle, 5, 1) + outcome.log_text +
               edit::I(direction.outer_count, 5) + outcome.log_end);
+    if (direction.converged && direction.settling.fraction > 0.0F) {
+        log.line(std::string(30, ' ') + "by STOP_SITES: the speeds at the sites have settled.");
+    }
     set_status(direction, outcome.status, directions);
     console(outcome.console_text);
 

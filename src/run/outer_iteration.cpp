@@ -12,11 +12,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdint>
 #include <limits>
+#include <memory>
 #include <string>
-#include <string_view>
 
 #include "base/edit.hpp"
 #include "base/file_names.hpp"
@@ -31,9 +30,12 @@
 #include "run/result_writers.hpp"
 #include "run/runtime_settings.hpp"
 #include "run/sample_monitor.hpp"
+#include "run/settled_sites.hpp"
+#include "solver/accelerated/acceleration.hpp"
 #include "solver/clearing_pass.hpp"
 #include "solver/coarse_roughness.hpp"
 #include "solver/inflow_sums.hpp"
+#include "solver/outer_step.hpp"
 #include "solver/solve_controls.hpp"
 #include "solver/solve_record.hpp"
 #include "solver/solver_context.hpp"
@@ -63,93 +65,18 @@ void open_convergence_log(Run& run, const Direction& direction, TextLog& log) {
              run.append_convergence_logs ? Existing::append : Existing::discard);
 }
 
-// Calls an equation and tells of its solutions, the labels in their order.
-class ToldSolve {
- public:
-    ToldSolve(const SolverContext& context, const IterationReport& report, int iter)
-        : context_(context), report_(report), iter_(iter) {}
-
-    template <class... Labels>
-    void operator()(const Equations::Solve& equation, Labels... label) const {
-        const std::array<std::string_view, sizeof...(Labels)> labels{label...};
-        const SolveRecords records = equation(context_, iter_, context_.settings.MONITOR_STEP);
-        for (std::size_t n = 0; n < records.size(); ++n) {
-            report_.line(solve_line(labels.at(n), records[n]));
-        }
+void tell(const StepReport& told, const Direction& direction, RunLog& log,
+          const IterationReport& report) {
+    for (const auto& [label, record] : told.solves) {
+        report.line(solve_line(label, record));
     }
-
- private:
-    const SolverContext& context_;
-    const IterationReport& report_;
-    int iter_;
-};
-
-// The equations in their order; false as soon as a residual is not a number.
-bool solve_equations(const Equations& equations, const SolverContext& context,
-                     const IterationReport& report, int iter) {
-    const ToldSolve solve(context, report, iter);
-    const FlowState& flow = context.flow;
-    solve(equations.CALCU, "   u");
-    if (std::isnan(flow.resid_u)) {
-        return false;
-    }
-    solve(equations.CALCV, "   v");
-    if (std::isnan(flow.resid_v)) {
-        return false;
-    }
-    solve(equations.CALCW, "   w");
-    if (std::isnan(flow.resid_w)) {
-        return false;
-    }
-    solve(equations.CALCP, "   p", "  pp");
-    solve(equations.CALCKE, "   k");
-    if (std::isnan(flow.resid_k)) {
-        return false;
-    }
-    const int model = context.settings.TURBULENCE_MODEL;
-    if (model == 2) {
-        equations.CALCLM(context);
-    } else {
-        solve(equations.CALCED, "   e");
-        if (std::isnan(flow.resid_e)) {
-            return false;
-        }
-        if (model == 4) {
-            solve(equations.CALCKLM, "  klm");
-            if (std::isnan(flow.resid_klm)) {
-                return false;
-            }
-            equations.CALCLM_(context);
-        }
-    }
-    equations.CALCVIS(context);
-    return true;
-}
-
-// In place, also where a routine has not refreshed its residual in this iteration.
-void normalise(FlowState& flow, int turbulence_model) {
-    flow.resid_m /= flow.flow_in;
-    flow.resid_u /= flow.momentum_in;
-    flow.resid_v /= flow.momentum_in;
-    flow.resid_w /= flow.momentum_in;
-    flow.resid_k /= flow.momentum_in;
-    flow.resid_e /= flow.momentum_in;
-    if (turbulence_model == 4) {
-        flow.resid_klm /= flow.momentum_in;
+    for (const std::string& note : told.notes) {
+        log.timed(" WD " + edit::F(direction.angle, 5, 1) + ": " + note);
     }
 }
 
 std::array<float, 6> residuals_of(const FlowState& flow) {
     return {flow.resid_m, flow.resid_u, flow.resid_v, flow.resid_w, flow.resid_k, flow.resid_e};
-}
-
-// Each value is tested by itself: the largest of a list may hide a value that is not a number.
-bool has_diverged(const FlowState& flow) {
-    constexpr float limit = 1.0e14F;
-    const std::array<float, 6> residuals = residuals_of(flow);
-    const bool not_a_number = std::ranges::any_of(residuals, [](float r) { return std::isnan(r); });
-    const float largest = std::max({flow.resid_m, flow.resid_u, flow.resid_v, flow.resid_w});
-    return not_a_number || largest > limit;
 }
 
 bool meets_criteria(const CaseSettings& settings, const FlowState& flow) {
@@ -230,8 +157,8 @@ Verdict end_iteration(Run& run, Direction& direction, Loop& loop) {
     return Verdict::go_on;
 }
 
-Verdict iterate(Run& run, Direction& direction, const Equations& equations,
-                const SolverContext& context, const IterationReport& report, Loop& loop) {
+Verdict iterate(Run& run, Direction& direction, const OuterStep& step, const SolverContext& context,
+                const IterationReport& report, const SettledSites& sites, Loop& loop) {
     const CaseSettings& settings = run.settings;
     FlowState& flow = direction.flow;
     const auto iter = static_cast<int>(loop.iter);
@@ -241,21 +168,30 @@ Verdict iterate(Run& run, Direction& direction, const Equations& equations,
     if (iter >= settings.canopy.start_cal_src && settings.canopy_on()) {
         flow.canopy_source_factor = 1.0F;
     }
-    if (!solve_equations(equations, context, report, iter)) {
+    const StepReport told = step(context, iter, settings.MONITOR_STEP);
+    tell(told, direction, run.log, report);
+    if (!told.finite) {
         direction.diverged = true;
         return Verdict::leave;
     }
-    normalise(flow, settings.TURBULENCE_MODEL);
+    normalise_residuals(flow, settings.TURBULENCE_MODEL);
+    const int window = settling_window(settings, direction.acceleration, is_accelerated(settings));
+    sites.record(direction.grid, flow, window, direction.settling);
     direction.tested.m = flow.resid_m;
     if (has_diverged(flow)) {
         direction.diverged = true;
         return Verdict::leave;
     }
-    if (iter % settings.MONITOR_STEP == 0) {
+    if (told.tested) {
         direction.tested = {flow.resid_m, flow.resid_u, flow.resid_v,
                             flow.resid_w, flow.resid_k, flow.resid_e};
         report_monitor_step(run, direction, report, iter);
         if (meets_criteria(settings, flow)) {
+            direction.converged = true;
+            return Verdict::leave;
+        }
+        if (sites.settled(window, direction.settling)) {
+            direction.settling.fraction = settings.STOP_SITES;
             direction.converged = true;
             return Verdict::leave;
         }
@@ -300,11 +236,30 @@ Walls prepare(Run& run, Direction& direction) {
 
 }  // namespace
 
+bool is_accelerated(const CaseSettings& settings) {
+    return settings.ACCEL == 1 && !settings.BOOSTCAL;
+}
+
+OuterStep outer_step_of(const CaseSettings& settings, Direction& direction) {
+    if (!is_accelerated(settings)) {
+        return step_through(flow_equations());
+    }
+    const auto acceleration =
+        std::make_shared<Acceleration>(direction.acceleration, direction.outer_count == 0);
+    return [acceleration](const SolverContext& c, int iter, int interval) {
+        return (*acceleration)(c, iter, interval);
+    };
+}
+
 void OUTER_ITERATION(Run& run, Direction& direction) {
-    OUTER_ITERATION(run, direction, flow_equations());
+    OUTER_ITERATION(run, direction, outer_step_of(run.settings, direction));
 }
 
 void OUTER_ITERATION(Run& run, Direction& direction, const Equations& equations) {
+    OUTER_ITERATION(run, direction, step_through(equations));
+}
+
+void OUTER_ITERATION(Run& run, Direction& direction, const OuterStep& step) {
     const CaseSettings& settings = run.settings;
     TextLog convergence_log;
     open_convergence_log(run, direction, convergence_log);
@@ -339,9 +294,14 @@ void OUTER_ITERATION(Run& run, Direction& direction, const Equations& equations)
                                 .flow = direction.flow,
                                 .work = work,
                                 .skip_sides = settings.nested() ? 1 : 0};
+    const SettledSites sites(settings, direction);
+    if (settings.STOP_SITES > 0.0F && !sites.on()) {
+        run.log.timed(" WD " + edit::F(direction.angle, 5, 1) +
+                      ": STOP_SITES is off, since no site lies in the mesh.");
+    }
     Progress progress(settings, direction, static_cast<int>(loop.last_iter));
     while (loop.iter <= loop.last_iter &&
-           iterate(run, direction, equations, context, report, loop) == Verdict::go_on) {
+           iterate(run, direction, step, context, report, sites, loop) == Verdict::go_on) {
         const auto iter = static_cast<int>(loop.iter);
         progress.iteration(iter, iter % settings.MONITOR_STEP == 0);
         ++loop.iter;

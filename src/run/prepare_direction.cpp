@@ -21,6 +21,7 @@
 #include "run/check_fields.hpp"
 #include "run/direction_canopy.hpp"
 #include "run/fingerprint.hpp"
+#include "run/iteration_memory.hpp"
 #include "run/nested_run.hpp"
 #include "run/outcome.hpp"
 #include "run/read_mesh_etc.hpp"
@@ -76,6 +77,24 @@ bool already_done(const CaseSettings& settings, const Residuals& residuals) {
            settings.CC_OUT_V >= residuals.v && settings.CC_OUT_W >= residuals.w;
 }
 
+// What the iterations before the stop remembered; without it they begin like those of a start.
+void recall_iterations(Run& run, Direction& direction) {
+    if (run.settings.ACCEL == 0 && !(run.settings.STOP_SITES > 0.0F)) {
+        return;
+    }
+    if (!read_iteration_memory(direction)) {
+        direction.acceleration.begun = direction.outer_count;
+        run.log.timed(" WD " + edit::F(direction.angle, 5, 1) + ": Nothing is known of how the " +
+                      "iterations went before; they go on with the first working set.");
+    }
+}
+
+// By the rule of STOP_SITES, and one at least as strict as today's.
+bool has_settled(const CaseSettings& settings, const Direction& direction) {
+    const float fraction = direction.settling.fraction;
+    return fraction > 0.0F && fraction <= settings.STOP_SITES;
+}
+
 // Fields that are no finite numbers are not done, whatever their residuals: a direction may have
 // diverged in cells that no residual tells of.
 Prepared resume(Run& run, Direction& direction) {
@@ -86,7 +105,8 @@ Prepared resume(Run& run, Direction& direction) {
     }
     read_restart(run, direction);
     make_cell_geometry(direction);
-    if (already_done(run.settings, direction.tested) &&
+    recall_iterations(run, direction);
+    if ((already_done(run.settings, direction.tested) || has_settled(run.settings, direction)) &&
         !first_not_finite(result_fields(direction.flow))) {
         direction.converged = true;
         write_sites(run, direction);

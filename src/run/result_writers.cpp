@@ -4,6 +4,7 @@
 
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
+#include "run/iteration_memory.hpp"
 #include "run/write_sites.hpp"
 
 namespace torvex {
@@ -28,6 +29,7 @@ RestartInfo info_of(const Run& run, const Direction& direction, int iteration,
 
 void write_final_result(Run& run, Direction& direction) {
     write_result(run, direction, direction.outer_count, direction.max_resid_m);
+    write_iteration_memory(run, direction);
     write_restart_file(restart_info_path(direction),
                        info_of(run, direction, direction.outer_count, direction.tested));
     write_sites(run, direction);

@@ -16,6 +16,7 @@
 #include "roughness/roughness_pass.hpp"
 #include "run/closing_line.hpp"
 #include "run/monitor_logs.hpp"
+#include "solver/accelerated/acceleration.hpp"
 #include "solver/flow_state.hpp"
 
 namespace torvex {
@@ -50,6 +51,12 @@ struct Residuals {
     float e = 0;
 };
 
+// Speeds at the sites behind the last iterations, for the rule of STOP_SITES.
+struct Settling {
+    float fraction = 0;  // of the rule by which the direction has settled; 0: it has not
+    std::vector<std::vector<float>> speeds;  // [m/s], one list an iteration
+};
+
 // What belongs to one wind direction.
 struct Direction {
     int iwd = 0;
@@ -67,6 +74,8 @@ struct Direction {
     Residuals tested{unknown_residual, unknown_residual, unknown_residual,
                      unknown_residual, unknown_residual, unknown_residual};  // last monitor step
 
+    AccelerationMemory acceleration;  // what accelerated iterations remember
+    Settling settling;
     RestartInfoName restart_name;  // name that restart.info was written under last
     MonitorLogs logs;
     GridGeometry grid;

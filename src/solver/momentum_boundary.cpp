@@ -41,15 +41,16 @@ float tangential(const Vec3& n, const Vec3& D) {
     }
 }
 
-template <Component A>
+// Number is what the sources are kept in.
+template <Component A, class Number>
 class MomentumBoundary {
  public:
-    MomentumBoundary(const SolverContext& c, Sources target)
+    MomentumBoundary(const SolverContext& c, Array3<Number>& su)
         : g_(c.grid),
           walls_(c.walls),
           s_(c.flow),
           eq_(c.flow.eq),
-          su_(target.su),
+          su_(su),
           settings_(c.settings),
           phi_(momentum_equation(c, A).phi),
           cmu4_(std::sqrt(std::sqrt(c.settings.CMU))) {}
@@ -114,7 +115,7 @@ class MomentumBoundary {
         const float T = tangential<A>({cell.n_x, cell.n_y, cell.n_z}, D);
         const float shear = s_.den(i, j, k) * cmu4_ * std::sqrt(std::abs(s_.tke(i, j, k))) * KAPPA /
                             cell.L1 * cell.area * T;
-        su_(i, j, k) -= static_cast<double>(shear);
+        su_(i, j, k) -= static_cast<Number>(shear);
     }
 
     void side_walls() {
@@ -149,7 +150,7 @@ class MomentumBoundary {
     const Walls& walls_;
     FlowState& s_;
     LinearSystem& eq_;
-    Array3<double>& su_;
+    Array3<Number>& su_;
     const CaseSettings& settings_;
     Field3& phi_;
     float cmu4_;
@@ -176,9 +177,9 @@ float outflow_increment(const GridGeometry& g, const FlowState& s) {
     return (s.outflow_mass - carried) / per_unit;
 }
 
-template <Component A>
-void momentum_boundary(const SolverContext& c, Sources target) {
-    MomentumBoundary<A> boundary(c, target);
+template <Component A, class Number>
+void momentum_boundary(const SolverContext& c, Array3<Number>& su) {
+    MomentumBoundary<A, Number> boundary(c, su);
     boundary.top();
     boundary.ground();
     if (c.skip_sides != 0) {
@@ -195,15 +196,21 @@ void momentum_boundary(const SolverContext& c, Sources target) {
 }  // namespace
 
 void bc_u(const SolverContext& c, Sources target) {
-    momentum_boundary<Component::u>(c, target);
+    momentum_boundary<Component::u>(c, target.su);
 }
 
 void bc_v(const SolverContext& c, Sources target) {
-    momentum_boundary<Component::v>(c, target);
+    momentum_boundary<Component::v>(c, target.su);
 }
 
 void bc_w(const SolverContext& c, Sources target) {
-    momentum_boundary<Component::w>(c, target);
+    momentum_boundary<Component::w>(c, target.su);
+}
+
+void bc_flow(const SolverContext& c, Field3& su_u, Field3& su_v, Field3& su_w) {
+    momentum_boundary<Component::u>(c, su_u);
+    momentum_boundary<Component::v>(c, su_v);
+    momentum_boundary<Component::w>(c, su_w);
 }
 
 }  // namespace torvex

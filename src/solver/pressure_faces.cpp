@@ -43,12 +43,10 @@ template <>
 struct Faces<Axis::i> {
     static constexpr int di = 1, dj = 0, dk = 0;
     const Field3& f;
-    const Field3 &dU, &dV, &dW;
     Field3& flux;
     Field3& coef;
 
-    Faces(const GridGeometry& g, FlowState& s)
-        : f(g.fx), dU(s.dUxi), dV(s.dVxi), dW(s.dWxi), flux(s.flxU), coef(s.coefXi) {}
+    Faces(const GridGeometry& g, FlowState& s) : f(g.fx), flux(s.flxU), coef(s.coefXi) {}
 
     [[gnu::always_inline]] static Vec3 diagonals(const GridGeometry& g, int i, int j, int k) {
         return east_diagonals(g, i, j, k);
@@ -59,12 +57,10 @@ template <>
 struct Faces<Axis::j> {
     static constexpr int di = 0, dj = 1, dk = 0;
     const Field3& f;
-    const Field3 &dU, &dV, &dW;
     Field3& flux;
     Field3& coef;
 
-    Faces(const GridGeometry& g, FlowState& s)
-        : f(g.fy), dU(s.dUet), dV(s.dVet), dW(s.dWet), flux(s.flxV), coef(s.coefEt) {}
+    Faces(const GridGeometry& g, FlowState& s) : f(g.fy), flux(s.flxV), coef(s.coefEt) {}
 
     [[gnu::always_inline]] static Vec3 diagonals(const GridGeometry& g, int i, int j, int k) {
         return north_diagonals(g, i, j, k);
@@ -75,12 +71,10 @@ template <>
 struct Faces<Axis::k> {
     static constexpr int di = 0, dj = 0, dk = 1;
     const Field3& f;
-    const Field3 &dU, &dV, &dW;
     Field3& flux;
     Field3& coef;
 
-    Faces(const GridGeometry& g, FlowState& s)
-        : f(g.fz), dU(s.dUze), dV(s.dVze), dW(s.dWze), flux(s.flxW), coef(s.coefZe) {}
+    Faces(const GridGeometry& g, FlowState& s) : f(g.fz), flux(s.flxW), coef(s.coefZe) {}
 
     [[gnu::always_inline]] static Vec3 diagonals(const GridGeometry& g, int i, int j, int k) {
         return top_diagonals(g, i, j, k);
@@ -90,9 +84,10 @@ struct Faces<Axis::k> {
 // The face of cell P = (i,j,k) towards the next cell N. It stands outside the loop below because
 // vectors declared in a simd loop are kept in memory, lane by lane, and the loop is then not
 // vectorised.
-template <Axis A, bool with_flux>
+template <Axis A, bool with_flux, class Gains>
 [[gnu::always_inline]] inline void fill_face(const GridGeometry& g, const FlowState& s,
-                                             const Faces<A>& face, int i, int j, int k) {
+                                             const Faces<A>& face, const Gains& gains, int i, int j,
+                                             int k) {
     constexpr int di = Faces<A>::di;
     constexpr int dj = Faces<A>::dj;
     constexpr int dk = Faces<A>::dk;
@@ -101,8 +96,8 @@ template <Axis A, bool with_flux>
     const int kn = k + dk;
     const float f = face.f(i, j, k);
     const Vec3 area = Faces<A>::diagonals(g, i, j, k);
-    const Vec3 d_P{face.dU(i, j, k), face.dV(i, j, k), face.dW(i, j, k)};
-    const Vec3 d_N{face.dU(in, jn, kn), face.dV(in, jn, kn), face.dW(in, jn, kn)};
+    const Vec3 d_P = gains.template along<A>(i, j, k);
+    const Vec3 d_N = gains.template along<A>(in, jn, kn);
     const Vec3 d{between(d_P.x, d_N.x, f), between(d_P.y, d_N.y, f), between(d_P.z, d_N.z, f)};
     face.coef(i, j, k) = 0.5F * dot(area, d);
     if constexpr (with_flux) {
@@ -126,12 +121,12 @@ template <Axis A, bool with_flux>
 }
 
 // Faces i = 2..last of row (j, k), each between two cells.
-template <Axis A, bool with_flux>
-void face_row(const GridGeometry& g, FlowState& s, int last, int j, int k) {
+template <Axis A, bool with_flux, class Gains>
+void face_row(const GridGeometry& g, FlowState& s, const Gains& gains, int last, int j, int k) {
     const Faces<A> face(g, s);
 #pragma omp simd
     for (int i = 2; i <= last; ++i) {
-        fill_face<A, with_flux>(g, s, face, i, j, k);
+        fill_face<A, with_flux>(g, s, face, gains, i, j, k);
     }
 }
 
@@ -142,24 +137,24 @@ void clear_row(Field3& coef, const GridGeometry& g, int j, int k) {
 }
 
 // The faces of row (j,k) across i and j.
-template <bool with_flux>
-void side_faces(const GridGeometry& g, FlowState& s, int j, int k) {
+template <bool with_flux, class Gains>
+void side_faces(const GridGeometry& g, FlowState& s, const Gains& gains, int j, int k) {
     s.coefXi(1, j, k) = 0.0F;
-    face_row<Axis::i, with_flux>(g, s, g.nx - 1, j, k);
+    face_row<Axis::i, with_flux>(g, s, gains, g.nx - 1, j, k);
     s.coefXi(g.nx, j, k) = 0.0F;
     if (j == g.ny) {
         clear_row(s.coefEt, g, j, k);
     } else {
-        face_row<Axis::j, with_flux>(g, s, g.nx, j, k);
+        face_row<Axis::j, with_flux>(g, s, gains, g.nx, j, k);
     }
 }
 
 // What the next row needs first.
-template <bool with_flux>
-void fetch_next(const GridGeometry& g, const FlowState& s, int j, int k) {
-    fetch_row(j + 1, k, s.dUxi, s.dVxi, s.dWxi, s.coefXi, s.dUet, s.dVet, s.dWet, s.coefEt,
-              s.coefZe);
-    fetch_row(j + 1, k + 1, g.xn, g.yn, g.zn, s.dUze, s.dVze, s.dWze);
+template <bool with_flux, class Gains>
+void fetch_next(const GridGeometry& g, const FlowState& s, const Gains& gains, int j, int k) {
+    gains.fetch(j + 1, k, k + 1);
+    fetch_row(j + 1, k, s.coefXi, s.coefEt, s.coefZe);
+    fetch_row(j + 1, k + 1, g.xn, g.yn, g.zn);
     if constexpr (with_flux) {
         fetch_row(j + 1, k, s.flxU, s.flxV, s.flxW);
         fetch_row(j + 1, k + 1, s.u, s.v, s.w);
@@ -167,22 +162,22 @@ void fetch_next(const GridGeometry& g, const FlowState& s, int j, int k) {
     }
 }
 
-template <bool with_flux>
-void all_faces(const GridGeometry& g, FlowState& s) {
+template <bool with_flux, class Gains>
+void all_faces(const GridGeometry& g, FlowState& s, const Gains& gains) {
 #pragma omp parallel for schedule(static)
     for (int k = 1; k <= g.nz; ++k) {
         if (k > 1) {
             clear_row(s.coefEt, g, 1, k);
         }
         for (int j = 2; j <= g.ny; ++j) {
-            fetch_next<with_flux>(g, s, j, k);
+            fetch_next<with_flux>(g, s, gains, j, k);
             if (k > 1) {
-                side_faces<with_flux>(g, s, j, k);
+                side_faces<with_flux>(g, s, gains, j, k);
             }
             if (k == 1 || k == g.nz) {
                 clear_row(s.coefZe, g, j, k);
             } else {
-                face_row<Axis::k, with_flux>(g, s, g.nx, j, k);
+                face_row<Axis::k, with_flux>(g, s, gains, g.nx, j, k);
             }
         }
     }
@@ -191,11 +186,19 @@ void all_faces(const GridGeometry& g, FlowState& s) {
 }  // namespace
 
 void face_fluxes(const GridGeometry& g, FlowState& s) {
-    all_faces<true>(g, s);
+    all_faces<true>(g, s, StoredGains(s));
+}
+
+void face_fluxes(const GridGeometry& g, const SharedGains& gains, FlowState& s) {
+    all_faces<true>(g, s, gains);
 }
 
 void face_coefficients(const GridGeometry& g, FlowState& s) {
-    all_faces<false>(g, s);
+    all_faces<false>(g, s, StoredGains(s));
+}
+
+void face_coefficients(const GridGeometry& g, const SharedGains& gains, FlowState& s) {
+    all_faces<false>(g, s, gains);
 }
 
 }  // namespace torvex

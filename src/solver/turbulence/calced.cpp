@@ -23,7 +23,7 @@
 
 namespace torvex {
 
-SolveRecords CALCED(const SolverContext& ctx, int iter, int interval) {
+void ted_system(const SolverContext& ctx) {
     const CaseSettings& set = ctx.settings;
     const GridGeometry& g = ctx.grid;
     FlowState& s = ctx.flow;
@@ -37,6 +37,11 @@ SolveRecords CALCED(const SolverContext& ctx, int iter, int interval) {
         canopy_sources_ted(canopy_cells_of(ctx, target), set.canopy, s.canopy_source_factor);
     }
     bc_ted(ctx, target);
+}
+
+SolveRecords CALCED(const SolverContext& ctx, int iter, int interval) {
+    FlowState& s = ctx.flow;
+    ted_system(ctx);
     const TransportSolution how{
         .urf = ctx.controls.URFE, .sweeps_allowed = ctx.controls.NSWPE, .sweep_factor = 1.0F};
     return {solve_transport(ctx, iter, interval, how, s.ted, s.resid_e, s.scale_e)};

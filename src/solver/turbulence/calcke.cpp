@@ -42,7 +42,7 @@ void assemble(const SolverContext& ctx) {
 
 }  // namespace
 
-SolveRecords CALCKE(const SolverContext& ctx, int iter, int interval) {
+void tke_system(const SolverContext& ctx) {
     const CaseSettings& set = ctx.settings;
     FlowState& s = ctx.flow;
     const Sources target = sources_of(s.eq);
@@ -56,6 +56,11 @@ SolveRecords CALCKE(const SolverContext& ctx, int iter, int interval) {
     }
     clear_wall_planes(ctx, target);
     bc_tke(ctx, target);
+}
+
+SolveRecords CALCKE(const SolverContext& ctx, int iter, int interval) {
+    FlowState& s = ctx.flow;
+    tke_system(ctx);
     const TransportSolution how{
         .urf = ctx.controls.URFK, .sweeps_allowed = ctx.controls.NSWPK, .sweep_factor = 1.1F};
     const SolveRecord done = solve_transport(ctx, iter, interval, how, s.tke, s.resid_k, s.scale_k);

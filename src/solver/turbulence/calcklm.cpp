@@ -19,7 +19,7 @@
 
 namespace torvex {
 
-SolveRecords CALCKLM(const SolverContext& ctx, int iter, int interval) {
+void tkl_system(const SolverContext& ctx) {
     const CaseSettings& set = ctx.settings;
     const GridGeometry& g = ctx.grid;
     FlowState& s = ctx.flow;
@@ -32,6 +32,12 @@ SolveRecords CALCKLM(const SolverContext& ctx, int iter, int interval) {
     assemble_transport(g, s, s.tkl, set.KL_SIGMA_K, ctx.work.transport, source);
     clear_wall_planes(ctx, target);
     bc_tkl(ctx, target);
+}
+
+SolveRecords CALCKLM(const SolverContext& ctx, int iter, int interval) {
+    const GridGeometry& g = ctx.grid;
+    FlowState& s = ctx.flow;
+    tkl_system(ctx);
     const TransportSolution how{
         .urf = ctx.controls.URFK, .sweeps_allowed = ctx.controls.NSWPK, .sweep_factor = 1.1F};
     const SolveRecord done =

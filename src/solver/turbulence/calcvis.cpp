@@ -72,12 +72,31 @@ void blend(const CaseSettings& set, FlowState& s, int j, int k, int last) {
     }
 }
 
+// vis of the hybrid model, relaxed by urf towards what CALCVIS with the factor `U` converges to.
+void blend_at_rest(const CaseSettings& set, float urf, float U, FlowState& s, int j, int k,
+                   int last) {
+    const auto tke = row(s.tke, j, k);
+    const auto ted = row(s.ted, j, k);
+    const auto den = row(s.den, j, k);
+    const auto viskl = row(s.viskl, j, k);
+    const auto vis = row(s.vis, j, k);
+    const float c_mu = set.CMU;
+    const float viscos = set.VISCOS;
+    const float ratio = set.RATIO_KL;
+    const float part = (1.0F - ratio) * U;
+    const float over = 1.0F / (1.0F - (1.0F - ratio) * (1.0F - U));
+#pragma omp simd
+    for (int i = 2; i <= last; ++i) {
+        const float newe = viscosity(c_mu, den[i], tke[i], ted[i]) + viscos;
+        vis[i] = relaxed(urf, over * (part * newe + ratio * viskl[i]), vis[i]);
+    }
+}
+
 template <int model>
-void inner_cells(const SolverContext& ctx) {
+void inner_cells(const SolverContext& ctx, float urf) {
     const CaseSettings& set = ctx.settings;
     const GridGeometry& g = ctx.grid;
     FlowState& s = ctx.flow;
-    const float urf = ctx.controls.URFVIS;
 #pragma omp parallel for schedule(static)
     for (int k = 2; k <= g.nz; ++k) {
         for (int j = 2; j <= g.ny; ++j) {
@@ -94,18 +113,45 @@ void inner_cells(const SolverContext& ctx) {
     }
 }
 
+void hybrid_at_rest(const SolverContext& ctx, float urf, float U) {
+    const GridGeometry& g = ctx.grid;
+#pragma omp parallel for schedule(static)
+    for (int k = 2; k <= g.nz; ++k) {
+        for (int j = 2; j <= g.ny; ++j) {
+            from_length(ctx.settings, urf, ctx.flow, ctx.flow.tkl, ctx.settings.KL_CMU,
+                        ctx.flow.viskl, j, k, g.nx);
+            blend_at_rest(ctx.settings, urf, U, ctx.flow, j, k, g.nx);
+        }
+    }
+}
+
 }  // namespace
 
-void CALCVIS(const SolverContext& ctx) {
+void eddy_viscosity(const SolverContext& ctx, float urf, float hybrid_urf) {
     switch (ctx.settings.TURBULENCE_MODEL) {
         case 2:
-            inner_cells<2>(ctx);
+            inner_cells<2>(ctx, urf);
             break;
         case 4:
-            inner_cells<4>(ctx);
+            hybrid_at_rest(ctx, urf, hybrid_urf);
             break;
         default:
-            inner_cells<1>(ctx);
+            inner_cells<1>(ctx, urf);
+    }
+    bc_vis(ctx);
+}
+
+void CALCVIS(const SolverContext& ctx) {
+    const float urf = ctx.controls.URFVIS;
+    switch (ctx.settings.TURBULENCE_MODEL) {
+        case 2:
+            inner_cells<2>(ctx, urf);
+            break;
+        case 4:
+            inner_cells<4>(ctx, urf);
+            break;
+        default:
+            inner_cells<1>(ctx, urf);
     }
     bc_vis(ctx);
 }
