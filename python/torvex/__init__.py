@@ -14,6 +14,7 @@ that is not what it should be raises FormatError, which names it and says what w
 from torvex.arrays import PathLike
 from torvex.case import Case, CaseSite, find_case, read_case
 from torvex.direction import Direction, usable_directions
+from torvex.fields import FIELDS, Field
 from torvex.flow import Flow
 from torvex.geodesy import metres_per_degree
 from torvex.packages import MissingPackage
@@ -26,6 +27,7 @@ from torvex.text_map import TextMap, read_map
 from torvex.tuf import TufFile, read_tuf
 
 __all__ = [
+    "FIELDS",
     "LABEL_LIST",
     "MAX_SUBRECORD_BYTES",
     "STATES",
@@ -33,6 +35,7 @@ __all__ = [
     "CaseSite",
     "Direction",
     "DirectionState",
+    "Field",
     "Flow",
     "FormatError",
     "Label",

@@ -7,11 +7,23 @@ from dataclasses import dataclass
 from pathlib import Path
 
 from torvex.arrays import Array, PathLike
+from torvex.fields import FIELDS
 from torvex.records import FormatError, read_records
 
 
-START_FIELDS = ("u", "v", "w", "p", "tke", "ted")
-_RESULT = (*START_FIELDS, "flxU", "flxV", "flxW", "vis", "pp")
+def _fields_of(file_id: int) -> tuple[str, ...]:
+    return tuple(field.name for field in FIELDS if file_id in field.files)
+
+
+START_FIELDS = _fields_of(111)
+_RESULT = _fields_of(112)
+
+
+def _with_further(file_id: int) -> tuple[str, ...]:
+    """The records of a result: fields of the k-l part stand behind the two numbers."""
+    further = (name for name in _fields_of(file_id) if name not in _RESULT)
+    return (*_RESULT, "iteration", "residual", *further)
+
 
 # What follows the identifier and the extents. "iteration" and "residual" are single numbers.
 _RECORDS: dict[int, tuple[str, ...]] = {
@@ -20,9 +32,9 @@ _RECORDS: dict[int, tuple[str, ...]] = {
     103: ("xc", "yc", "zc"),
     104: ("gp_cf", "gp_density", "gp_length", "gp_z0"),
     111: START_FIELDS,
-    112: (*_RESULT, "iteration", "residual"),
-    122: (*_RESULT, "iteration", "residual", "lm"),
-    132: (*_RESULT, "iteration", "residual", "lm", "tkl", "viskl"),
+    112: _with_further(112),
+    122: _with_further(122),
+    132: _with_further(132),
 }
 _KINDS = {
     "xyz": (101,),

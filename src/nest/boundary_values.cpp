@@ -122,10 +122,12 @@ void finish_column(const CaseSettings& settings, int i, int j, FlowState& s) {
 }  // namespace
 
 void set_boundary_values(const NestPass& pass, const Parent& parent, FlowState& s) {
-    std::vector<CarriedField> fields{
-        {parent.u, s.u, NearGround::logarithmic},  {parent.v, s.v, NearGround::logarithmic},
-        {parent.w, s.w, NearGround::logarithmic},  {parent.p, s.p, NearGround::constant},
-        {parent.tke, s.tke, NearGround::constant}, {parent.ted, s.ted, NearGround::inverse}};
+    std::vector<CarriedField> fields{{parent.flow.u, s.u, NearGround::logarithmic},
+                                     {parent.flow.v, s.v, NearGround::logarithmic},
+                                     {parent.flow.w, s.w, NearGround::logarithmic},
+                                     {parent.flow.p, s.p, NearGround::constant},
+                                     {parent.flow.tke, s.tke, NearGround::constant},
+                                     {parent.flow.ted, s.ted, NearGround::inverse}};
     std::vector<Field3*> lengths;
     const auto carry_length = [&](const Field3& from, Field3& to, NearGround law) {
         if (from.size() > 0 && to.size() > 0) {
@@ -133,9 +135,9 @@ void set_boundary_values(const NestPass& pass, const Parent& parent, FlowState& 
             lengths.push_back(&to);
         }
     };
-    carry_length(parent.lm, s.lm, NearGround::proportional);
-    carry_length(parent.tkl, s.tkl, NearGround::constant);
-    carry_length(parent.viskl, s.viskl, NearGround::constant);
+    carry_length(parent.flow.lm, s.lm, NearGround::proportional);
+    carry_length(parent.flow.tkl, s.tkl, NearGround::constant);
+    carry_length(parent.flow.viskl, s.viskl, NearGround::constant);
 
     const GridGeometry& g = pass.grid;
     for (int j = 1; j <= g.nj; ++j) {

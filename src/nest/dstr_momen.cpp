@@ -134,13 +134,13 @@ void spread(int nest_bc_distr, const Covered& faces, const Parent& parent, int I
         return (1.0F - fx) * q(I, jp, kp) + fx * q(I + 1, jp, kp);
     };
     if (nest_bc_distr == 0) {
-        assign(faces, on_face(parent.u), s.u);
-        assign(faces, on_face(parent.v), s.v);
-        assign(faces, on_face(parent.w), s.w);
+        assign(faces, on_face(parent.flow.u), s.u);
+        assign(faces, on_face(parent.flow.v), s.v);
+        assign(faces, on_face(parent.flow.w), s.w);
     } else {
-        scale(faces, static_cast<double>(on_face(parent.u)), s.u);
-        shift(faces, static_cast<double>(on_face(parent.v)), s.v);
-        shift(faces, static_cast<double>(on_face(parent.w)), s.w);
+        scale(faces, static_cast<double>(on_face(parent.flow.u)), s.u);
+        shift(faces, static_cast<double>(on_face(parent.flow.v)), s.v);
+        shift(faces, static_cast<double>(on_face(parent.flow.w)), s.w);
     }
 }
 

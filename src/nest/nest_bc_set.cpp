@@ -15,8 +15,7 @@ void nest_bc_set(const NestPass& pass, const std::string& parent_stem,
         dstrMomen(pass, parent, s);
     }
     balance_boundaries(pass, s);
-    write_vpkeinp(child_stem,
-                  {.u = &s.u, .v = &s.v, .w = &s.w, .p = &s.p, .tke = &s.tke, .ted = &s.ted});
+    write_vpkeinp(child_stem, s);
 }
 
 }  // namespace torvex

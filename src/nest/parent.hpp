@@ -8,6 +8,7 @@
 #include "mesh/grid_geometry.hpp"
 #include "nest/nest_lines.hpp"
 #include "results/result_files.hpp"
+#include "solver/flow_state.hpp"
 
 namespace torvex {
 
@@ -33,11 +34,10 @@ struct Parent {
 
     GridGeometry grid;  // nodes, cell centres and the face weights fx
 
-    // ni*nj*nk each. ted is there for every id: the k-l model, which solves no equation for it,
-    // gives CMU^0.75 tke^1.5/lm.
-    Field3 u, v, w, p, tke, ted;
-    Field3 lm, tkl,
-        viskl;  // where the result and the child's model are of the same kind, else empty
+    // The start fields, ni*nj*nk each, and the length fields where the result and the child's model
+    // are of the same kind; the others have no room. ted is there for every id: the k-l model,
+    // which solves no equation for it, gives CMU^0.75 tke^1.5/lm.
+    FlowState flow;
 };
 
 // Reads restart.info, the newest result and the mesh of a parent, and tests that they belong

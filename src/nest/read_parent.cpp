@@ -139,66 +139,39 @@ void read_mesh(const NestPass& pass, const Extents& cells, Parent& parent) {
     }
 }
 
-void fill_ted_from_length(float CMU, const std::string& file, const Field3& lm, Parent& parent) {
+void fill_ted_from_length(float CMU, const std::string& file, FlowState& s) {
     const float cmu34 = std::pow(CMU, 0.75F);
-    for (int k = 2; k <= lm.nk(); ++k) {
-        for (int j = 1; j <= lm.nj(); ++j) {
-            for (int i = 1; i <= lm.ni(); ++i) {
-                if (!(lm(i, j, k) > 0.0F)) {
+    for (int k = 2; k <= s.lm.nk(); ++k) {
+        for (int j = 1; j <= s.lm.nj(); ++j) {
+            for (int i = 1; i <= s.lm.ni(); ++i) {
+                if (!(s.lm(i, j, k) > 0.0F)) {
                     stop(184, "the mixing length of " + cell_text(i, j, k) + " is not above 0",
                          file, rerun);
                 }
-                const float tke = std::max(parent.tke(i, j, k), 0.0F);
-                parent.ted(i, j, k) = cmu34 * std::sqrt(tke) * tke / lm(i, j, k);
+                const float tke = std::max(s.tke(i, j, k), 0.0F);
+                s.ted(i, j, k) = cmu34 * std::sqrt(tke) * tke / s.lm(i, j, k);
             }
         }
     }
 }
 
 void read_result(const NestPass& pass, const Extents& cells, Parent& parent) {
-    for (Field3* field : {&parent.u, &parent.v, &parent.w, &parent.p, &parent.tke, &parent.ted,
-                          &parent.lm, &parent.tkl, &parent.viskl}) {
-        field->allocate(cells.ni, cells.nj, cells.nk);
-    }
     // Fluxes, viscosity and pressure correction follow from the rest and are not kept.
-    Field3 passed_over(cells.ni, cells.nj, cells.nk);
-    parent.result = read_vpkeout(parent.file, whatever_is_stored,
-                                 {.u = &parent.u,
-                                  .v = &parent.v,
-                                  .w = &parent.w,
-                                  .p = &parent.p,
-                                  .tke = &parent.tke,
-                                  .ted = &parent.ted,
-                                  .flxU = &passed_over,
-                                  .flxV = &passed_over,
-                                  .flxW = &passed_over,
-                                  .vis = &passed_over,
-                                  .pp = &passed_over,
-                                  .lm = &parent.lm,
-                                  .tkl = &parent.tkl,
-                                  .viskl = &parent.viskl},
-                                 parent_codes);
-    if (const auto bad = first_not_finite({.u = &parent.u,
-                                           .v = &parent.v,
-                                           .w = &parent.w,
-                                           .p = &parent.p,
-                                           .tke = &parent.tke,
-                                           .ted = &parent.ted,
-                                           .lm = &parent.lm,
-                                           .tkl = &parent.tkl,
-                                           .viskl = &parent.viskl})) {
+    FlowState& flow = parent.flow;
+    allocate(flow, start_fields, cells.ni, cells.nj, cells.nk);
+    allocate(flow, length_fields, cells.ni, cells.nj, cells.nk);
+    parent.result = read_vpkeout(parent.file, whatever_is_stored, flow, parent_codes);
+    if (const auto bad = first_not_finite(flow)) {
         stop_not_finite(bad->field, bad->i, bad->j, bad->k, parent.file);
     }
     if (parent.result.id == 122) {
-        fill_ted_from_length(pass.settings.CMU, parent.file, parent.lm, parent);
+        fill_ted_from_length(pass.settings.CMU, parent.file, flow);
     }
+    // Of the length fields those of the child's own kind stay.
     const bool same_kind = parent.result.id == result_id(pass.settings.TURBULENCE_MODEL);
-    if (!same_kind || parent.result.id == 112) {
-        parent.lm.release();
-    }
-    if (!same_kind || parent.result.id != 132) {
-        parent.tkl.release();
-        parent.viskl.release();
+    const std::size_t kept = same_kind ? further_fields(parent.result.id).size() : 0;
+    for (const FlowField& field : length_fields.subspan(kept)) {
+        (flow.*field.member).release();
     }
 }
 

@@ -1,8 +1,8 @@
 #include "results/finite_fields.hpp"
 
-#include <array>
 #include <cmath>
-#include <utility>
+
+#include "solver/flow_fields.hpp"
 
 namespace torvex {
 
@@ -36,27 +36,9 @@ std::optional<NotFinite> first_in(std::string_view name, const Field3& field) {
 
 }  // namespace
 
-std::optional<NotFinite> first_not_finite(const ResultFields& fields) {
-    const std::array<std::pair<std::string_view, const Field3*>, 14> named{
-        {{"u", fields.u},
-         {"v", fields.v},
-         {"w", fields.w},
-         {"p", fields.p},
-         {"tke", fields.tke},
-         {"ted", fields.ted},
-         {"flxU", fields.flxU},
-         {"flxV", fields.flxV},
-         {"flxW", fields.flxW},
-         {"vis", fields.vis},
-         {"pp", fields.pp},
-         {"lm", fields.lm},
-         {"tkl", fields.tkl},
-         {"viskl", fields.viskl}}};
-    for (const auto& [name, field] : named) {
-        if (field == nullptr || field->size() == 0) {
-            continue;
-        }
-        if (const auto found = first_in(name, *field)) {
+std::optional<NotFinite> first_not_finite(const FlowState& flow) {
+    for (const FlowField& field : kept_fields) {
+        if (const auto found = first_in(field.name, flow.*field.member)) {
             return found;
         }
     }

@@ -68,16 +68,26 @@ struct ResultReader {
         }
     }
 
-    // One record each; all arrays must have the extents that the header was compared with.
-    template <class... Fields>
-    void read_arrays(Field3& first, Fields&... others) {
-        const auto one = [this, &first](Field3& field) {
-            require(extents_of(field) == extents_of(first),
-                    "arrays of different extents for one file");
-            read(field);
-        };
-        one(first);
-        (one(others), ...);
+    // A record of the extents that the header was compared with.
+    void read_array(Field3& field, const Extents& extents) {
+        require(extents_of(field) == extents, "arrays of different extents for one file");
+        read(field);
+    }
+
+    // A field without room is read all the same, so that a damaged record shows.
+    void read_fields(FlowState& flow, std::span<const FlowField> fields) {
+        const Extents extents = extents_of(flow.u);
+        Field3 passed_over;
+        for (const FlowField& field : fields) {
+            if ((flow.*field.member).size() > 0) {
+                read_array(flow.*field.member, extents);
+                continue;
+            }
+            if (passed_over.size() == 0) {
+                passed_over.allocate(extents.ni, extents.nj, extents.nk);
+            }
+            read(passed_over);
+        }
     }
 };
 
@@ -92,16 +102,16 @@ void open_xyz(ResultReader& file, const Extents& nodes) {
     file.expect(found, nodes);
 }
 
-// True if the header fits and all six arrays are there and whole.
+// True if the header fits and all arrays are there and whole.
 bool is_whole_vpkeinp(const std::string& path, const Field3& u) {
     RecordReader file;
     std::int32_t id = 0;
     Extents extents;
-    if (!file.open(path) || !file.read(id) || id != 111 ||
+    if (!file.open(path) || !file.read(id) || id != start_id ||
         !file.read(extents.ni, extents.nj, extents.nk) || extents != extents_of(u)) {
         return false;
     }
-    for (int n = 1; n <= 6; ++n) {
+    for (std::size_t n = 0; n < start_fields.size(); ++n) {
         const std::optional<std::int64_t> bytes = file.next_size();
         if (!bytes || *bytes != static_cast<std::int64_t>(u.size() * sizeof(float)) ||
             !file.skip()) {
@@ -161,7 +171,9 @@ void check_xyz(const std::string& path, const Extents& nodes, const ReadCodes& c
 void read_xyz(const std::string& path, Field3& xn, Field3& yn, Field3& zn, const ReadCodes& codes) {
     ResultReader file{.path = path, .codes = codes, .records = {}};
     open_xyz(file, extents_of(xn));
-    file.read_arrays(xn, yn, zn);
+    for (Field3* field : {&xn, &yn, &zn}) {
+        file.read_array(*field, extents_of(xn));
+    }
 }
 
 void read_z0(const std::string& path, Field2& z0, const ReadCodes& codes) {
@@ -174,8 +186,8 @@ void read_z0(const std::string& path, Field2& z0, const ReadCodes& codes) {
     file.read(z0);
 }
 
-bool read_vpkeinp(const std::string& path, const ResultTargets& f) {
-    if (!is_whole_vpkeinp(path, *f.u)) {
+bool read_vpkeinp(const std::string& path, FlowState& flow) {
+    if (!is_whole_vpkeinp(path, flow.u)) {
         return false;
     }
     constexpr ReadCodes codes{.open = 1, .id = 1, .extents = 1};
@@ -183,11 +195,11 @@ bool read_vpkeinp(const std::string& path, const ResultTargets& f) {
     file.open();
     file.records.skip();
     file.records.skip();
-    file.read_arrays(*f.u, *f.v, *f.w, *f.p, *f.tke, *f.ted);
+    file.read_fields(flow, start_fields);
     return true;
 }
 
-StoredResult read_vpkeout(const std::string& path, int turbulence_model, const ResultTargets& f,
+StoredResult read_vpkeout(const std::string& path, int turbulence_model, FlowState& flow,
                           const ReadCodes& codes) {
     ResultReader file{.path = path, .codes = codes, .records = {}};
     file.open();
@@ -200,9 +212,8 @@ StoredResult read_vpkeout(const std::string& path, int turbulence_model, const R
     }
     Extents found;
     file.read(found.ni, found.nj, found.nk);
-    file.expect(found, extents_of(*f.u));
-    file.read_arrays(*f.u, *f.v, *f.w, *f.p, *f.tke, *f.ted, *f.flxU, *f.flxV, *f.flxW, *f.vis,
-                     *f.pp);
+    file.expect(found, extents_of(flow.u));
+    file.read_fields(flow, result_fields);
     file.read(result.outer_count);
     if (result.outer_count < 0) {
         stop(codes.extents,
@@ -210,11 +221,8 @@ StoredResult read_vpkeout(const std::string& path, int turbulence_model, const R
              path, codes.fix);
     }
     file.read(result.max_resid_m);
-    const bool all = turbulence_model == whatever_is_stored;
-    if (result.id == 122 && (all || turbulence_model == 2)) {
-        file.read_arrays(*f.lm);
-    } else if (result.id == 132 && (all || turbulence_model == 4)) {
-        file.read_arrays(*f.lm, *f.tkl, *f.viskl);
+    if (turbulence_model == whatever_is_stored || result.id == result_id(turbulence_model)) {
+        file.read_fields(flow, further_fields(result.id));
     }
     return result;
 }

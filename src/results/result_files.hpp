@@ -1,10 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
 #include "base/field.hpp"
+#include "solver/flow_fields.hpp"
+#include "solver/flow_state.hpp"
 
 // The family of binary files that outlive a wind direction. Each is a file of records (see
 // record_framing.hpp): the id, the extents, then one record for each array.
@@ -12,13 +15,13 @@
 //   xyz.tuf            101            nx ny nz   xn yn zn, each nx*ny*nz
 //   z0.tuf             102            ni nj      z0, ni*nj
 //   xyzc.tuf           103            ni nj nk   xc yc zc, each ni*nj*nk
-//   vpkeinp.tuf        111            ni nj nk   u v w p tke ted, each ni*nj*nk
-//   vpkeout_NNNNN.tuf  112, 122, 132  ni nj nk   u v w p tke ted flxU flxV flxW vis pp,
-//                                                the iteration, one residual,
-//                                                then lm (122), or lm tkl viskl (132)
+//   vpkeinp.tuf        111            ni nj nk   the start fields, each ni*nj*nk
+//   vpkeout_NNNNN.tuf  112, 122, 132  ni nj nk   the fields of every result, the iteration, one
+//                                                residual, then the further fields of the id
 //
 // Writers glue the file name to a stem such as "restart-022_5-" and stop with code 1 where the file
-// cannot be written; readers take the whole path. The extents are those of the arrays handed over.
+// cannot be written; readers take the whole path. The extents are those of the arrays handed over,
+// of a flow those of u. Which fields stand in which file, and in what order, says flow_fields.hpp.
 namespace torvex {
 
 inline constexpr std::string_view xyz_name = "xyz.tuf";
@@ -30,28 +33,6 @@ struct Extents {
     std::int32_t ni = 0, nj = 0, nk = 0;
     friend bool operator==(const Extents&, const Extents&) = default;
 };
-
-// The arrays of a flow result, all of ni*nj*nk. `vpkeinp.tuf` takes the first six. The last three
-// stand in results of the k-l model (lm) and of the hybrid model (all three) only.
-template <class Field>
-struct FlowArrays {
-    Field* u = nullptr;  // velocity, mesh axes [m/s]
-    Field* v = nullptr;
-    Field* w = nullptr;
-    Field* p = nullptr;     // pressure [Pa]
-    Field* tke = nullptr;   // turbulence energy [m2/s2]
-    Field* ted = nullptr;   // its dissipation [m2/s3]
-    Field* flxU = nullptr;  // volume flux, +i face [m3/s]
-    Field* flxV = nullptr;
-    Field* flxW = nullptr;
-    Field* vis = nullptr;    // effective viscosity [kg/(m s)]
-    Field* pp = nullptr;     // pressure correction [Pa]
-    Field* lm = nullptr;     // mixing length [m]
-    Field* tkl = nullptr;    // turbulence energy of the k-l part [m2/s2]
-    Field* viskl = nullptr;  // viscosity of the k-l part [kg/(m s)]
-};
-using ResultFields = FlowArrays<const Field3>;  // what a writer takes
-using ResultTargets = FlowArrays<Field3>;       // what a reader fills
 
 // Stop codes of a reader, and the way out that its messages name. An array that cannot be read
 // counts as wrong extents.
@@ -66,9 +47,15 @@ inline constexpr ReadCodes xyz_codes{.open = 210, .id = 211, .extents = 212};
 inline constexpr ReadCodes z0_codes{.open = 221, .id = 221, .extents = 222};
 inline constexpr ReadCodes result_codes{.open = 231, .id = 231, .extents = 232};
 
+inline constexpr std::int32_t start_id = 111;
+
 // Id of a result file: 112 for the k-epsilon models 1 and 3, which continue each other's results,
 // 122 for the k-l model 2, 132 for the hybrid model 4. Any other model is a stop.
 std::int32_t result_id(int turbulence_model);
+
+// The fields of a result behind the iteration and the residual: those of the k-l part that the id
+// has.
+std::span<const FlowField> further_fields(std::int32_t id);
 
 // "vpkeout_00480.tuf"; a count that needs more than five digits becomes stars.
 std::string result_name(std::int32_t iteration);
@@ -80,11 +67,11 @@ std::string newest_result_path(const std::string& stem, std::int32_t iteration);
 void write_xyz(const std::string& stem, const Field3& xn, const Field3& yn, const Field3& zn);
 void write_z0(const std::string& stem, const Field2& z0);
 void write_xyzc(const std::string& stem, const Field3& xc, const Field3& yc, const Field3& zc);
-void write_vpkeinp(const std::string& stem, const ResultFields& fields);
+void write_vpkeinp(const std::string& stem, const FlowState& flow);
 
 // `residual` is max_resid_m in a final write and the resid_m at hand in an intermediate one.
 void write_vpkeout(const std::string& stem, std::int32_t iteration, float residual,
-                   int turbulence_model, const ResultFields& fields);
+                   int turbulence_model, const FlowState& flow);
 
 // The extents of a file of 3-D arrays whose mesh is not known beforehand. They are positive, fit an
 // array, and the file holds a first array of that size, so that arrays may be allocated from them.
@@ -100,7 +87,8 @@ void read_xyz(const std::string& path, Field3& xn, Field3& yn, Field3& zn,
 void read_z0(const std::string& path, Field2& z0, const ReadCodes& codes = z0_codes);
 
 // True if the file was there, whole and of these extents; otherwise the fields stay as they are.
-bool read_vpkeinp(const std::string& path, const ResultTargets& fields);
+// The start fields have their room.
+bool read_vpkeinp(const std::string& path, FlowState& flow);
 
 struct StoredResult {
     std::int32_t id = 0;
@@ -112,8 +100,9 @@ struct StoredResult {
 inline constexpr int whatever_is_stored = 0;
 
 // The further arrays are read only where both the id and the model are of the k-l or of the hybrid
-// kind; otherwise lm, tkl and viskl are left alone and a result of one family starts another.
-StoredResult read_vpkeout(const std::string& path, int turbulence_model,
-                          const ResultTargets& fields, const ReadCodes& codes = result_codes);
+// kind; otherwise lm, tkl and viskl are left alone and a result of one family starts another. u has
+// its room; a field without room is read over.
+StoredResult read_vpkeout(const std::string& path, int turbulence_model, FlowState& flow,
+                          const ReadCodes& codes = result_codes);
 
 }  // namespace torvex

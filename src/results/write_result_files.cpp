@@ -16,23 +16,26 @@ void write_header(RecordWriter& file, std::int32_t id, const Field3& first) {
     file.record(std::int32_t{first.ni()}, std::int32_t{first.nj()}, std::int32_t{first.nk()});
 }
 
-// One record each; all must have the extents of the header.
-template <class... Fields>
-void write_arrays(RecordWriter& file, const Field3& first, const Fields&... others) {
-    const auto write = [&file, &first](const Field3& field) {
-        require(field.ni() == first.ni() && field.nj() == first.nj() && field.nk() == first.nk(),
-                "arrays of different extents for one file");
-        file.record(field);
-    };
-    write(first);
-    (write(others), ...);
+// A record of the extents of the header.
+void write_array(RecordWriter& file, const Field3& field, const Field3& first) {
+    require(field.ni() == first.ni() && field.nj() == first.nj() && field.nk() == first.nk(),
+            "arrays of different extents for one file");
+    file.record(field);
+}
+
+void write_fields(RecordWriter& file, const FlowState& flow, std::span<const FlowField> fields) {
+    for (const FlowField& field : fields) {
+        write_array(file, flow.*field.member, flow.u);
+    }
 }
 
 void write_coordinates(const std::string& path, std::int32_t id, const Field3& x, const Field3& y,
                        const Field3& z) {
     RecordWriter file(path);
     write_header(file, id, x);
-    write_arrays(file, x, y, z);
+    for (const Field3* field : {&x, &y, &z}) {
+        write_array(file, *field, x);
+    }
     file.commit();
 }
 
@@ -51,6 +54,17 @@ std::int32_t result_id(int turbulence_model) {
             stop(1, "Turbulence Model Error",
                  "TURBULENCE_MODEL = " + std::to_string(turbulence_model),
                  "choose 1 (k-epsilon), 2 (k-l), 3 (Launder-Kato) or 4 (hybrid)");
+    }
+}
+
+std::span<const FlowField> further_fields(std::int32_t id) {
+    switch (id) {
+        case 122:
+            return fields_kept(Kept::kl_result, Kept::kl_result);
+        case 132:
+            return length_fields;
+        default:
+            return {};
     }
 }
 
@@ -80,27 +94,22 @@ void write_xyzc(const std::string& stem, const Field3& xc, const Field3& yc, con
     write_coordinates(stem + std::string(xyzc_name), 103, xc, yc, zc);
 }
 
-void write_vpkeinp(const std::string& stem, const ResultFields& f) {
+void write_vpkeinp(const std::string& stem, const FlowState& flow) {
     RecordWriter file(stem + std::string(vpkeinp_name));
-    write_header(file, 111, *f.u);
-    write_arrays(file, *f.u, *f.v, *f.w, *f.p, *f.tke, *f.ted);
+    write_header(file, start_id, flow.u);
+    write_fields(file, flow, start_fields);
     file.commit();
 }
 
 void write_vpkeout(const std::string& stem, std::int32_t iteration, float residual,
-                   int turbulence_model, const ResultFields& f) {
+                   int turbulence_model, const FlowState& flow) {
     const std::int32_t id = result_id(turbulence_model);
     RecordWriter file(stem + result_name(iteration));
-    write_header(file, id, *f.u);
-    write_arrays(file, *f.u, *f.v, *f.w, *f.p, *f.tke, *f.ted, *f.flxU, *f.flxV, *f.flxW, *f.vis,
-                 *f.pp);
+    write_header(file, id, flow.u);
+    write_fields(file, flow, result_fields);
     file.record(iteration);
     file.record(residual);
-    if (id == 122) {
-        write_arrays(file, *f.lm);
-    } else if (id == 132) {
-        write_arrays(file, *f.lm, *f.tkl, *f.viskl);
-    }
+    write_fields(file, flow, further_fields(id));
     file.commit();
 }
 

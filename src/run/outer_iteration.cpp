@@ -203,7 +203,7 @@ Verdict iterate(Run& run, Direction& direction, const OuterStep& step, const Sol
 // that an equation solves, and only where they are summed. The outcome is the one of a next
 // iteration that finds it.
 void scan_fields(Run& run, Direction& direction, Loop& loop) {
-    const auto found = first_not_finite(result_fields(direction.flow));
+    const auto found = first_not_finite(direction.flow);
     if (!found) {
         return;
     }

@@ -107,7 +107,7 @@ Prepared resume(Run& run, Direction& direction) {
     make_cell_geometry(direction);
     recall_iterations(run, direction);
     if ((already_done(run.settings, direction.tested) || has_settled(run.settings, direction)) &&
-        !first_not_finite(result_fields(direction.flow))) {
+        !first_not_finite(direction.flow)) {
         direction.converged = true;
         write_sites(run, direction);
         set_status(direction, DirectionStatus::converged, run.directions);

@@ -69,7 +69,7 @@ void read_roughness(const std::string& file, const GridGeometry& grid, Field2& z
 }
 
 // Fills the start fields and tells what from.
-std::string start_fields(Run& run, Direction& direction) {
+std::string fill_start(Run& run, Direction& direction) {
     const CaseSettings& settings = run.settings;
     switch (settings.user.inlet) {
         case 0:
@@ -159,7 +159,7 @@ void READ_MESH_ETC(Run& run, Direction& direction) {
     GRID(grid);
     check_given_mesh(grid, user.xyz_file);
     read_user_canopy(run, direction);
-    const std::string origin = start_fields(run, direction);
+    const std::string origin = fill_start(run, direction);
     forget_saved_states(run, direction);
     write_domain(user, direction);
     finish_start(run, direction, origin);

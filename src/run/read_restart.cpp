@@ -38,7 +38,7 @@ void read_restart(const Run& run, Direction& direction) {
     }
     // The count that the result file itself holds is the one that counts in the end.
     const StoredResult stored =
-        read_vpkeout(newest_result_path(stem, direction.outer_count), model, result_targets(flow));
+        read_vpkeout(newest_result_path(stem, direction.outer_count), model, flow);
     direction.outer_count = stored.outer_count;
     direction.max_resid_m = stored.max_resid_m;
 }

@@ -13,7 +13,7 @@ namespace {
 
 void write_result(const Run& run, const Direction& direction, int iteration, float residual) {
     write_vpkeout(direction.restart_stem, iteration, residual, run.settings.TURBULENCE_MODEL,
-                  result_fields(direction.flow));
+                  direction.flow);
 }
 
 RestartInfo info_of(const Run& run, const Direction& direction, int iteration,

@@ -88,8 +88,4 @@ void release_fields(Run& run, Direction& direction);
 // The plain restart.info of a direction.
 std::string restart_info_path(const Direction& direction);
 
-// The arrays of a flow as the result files take them and fill them.
-ResultFields result_fields(const FlowState& flow);
-ResultTargets result_targets(FlowState& flow);
-
 }  // namespace torvex

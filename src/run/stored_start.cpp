@@ -17,17 +17,9 @@ namespace {
 // Start fields from an earlier run that left no restart.info, where they fit.
 bool take_stored_start(Direction& direction) {
     const GridGeometry& grid = direction.grid;
-    StoredStart stored;
-    for (Field3* field : {&stored.u, &stored.v, &stored.w, &stored.p, &stored.tke, &stored.ted}) {
-        field->allocate(grid.ni, grid.nj, grid.nk);
-    }
-    const ResultTargets targets{.u = &stored.u,
-                                .v = &stored.v,
-                                .w = &stored.w,
-                                .p = &stored.p,
-                                .tke = &stored.tke,
-                                .ted = &stored.ted};
-    if (!read_vpkeinp(direction.restart_stem + std::string(vpkeinp_name), targets)) {
+    FlowState stored;
+    allocate(stored, start_fields, grid.ni, grid.nj, grid.nk);
+    if (!read_vpkeinp(direction.restart_stem + std::string(vpkeinp_name), stored)) {
         return false;
     }
     apply_stored_start(direction.flow, std::move(stored));
@@ -54,7 +46,7 @@ void finish_start(Run& run, Direction& direction, const std::string& origin) {
     tell_start(run, direction,
                stored ? direction.restart_stem + std::string(vpkeinp_name) + ", an earlier start"
                       : origin);
-    write_vpkeinp(direction.restart_stem, result_fields(direction.flow));
+    write_vpkeinp(direction.restart_stem, direction.flow);
     // Last, so that a run which is killed on the way leaves the fingerprint of the earlier start
     // beside whatever stands there, and a resume does not trust it.
     std::string gone;

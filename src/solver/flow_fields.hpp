@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <span>
 #include <string_view>
 
 #include "solver/flow_state.hpp"
 
-// The list of the flow's fields on the cells: what makes room for them and what clears them goes
-// through it, and it says where they are stored.
+// The list of the flow's fields on the cells. What makes room for them, clears them, stores them,
+// reads them back and looks at their values goes through it; python/torvex/fields.py is made of it.
 namespace torvex {
 
 // What outlives the solve.
@@ -79,5 +80,23 @@ inline constexpr std::array system_fields{&LinearSystem::ae, &LinearSystem::aw, 
 
 static_assert(std::ranges::is_sorted(flow_fields, {}, &FlowField::kept),
               "fields stand in the order of their records, scratch behind them");
+
+// The fields from one kind to another, both included, in the order of their records.
+constexpr std::span<const FlowField> fields_kept(Kept first, Kept last) {
+    return {std::ranges::lower_bound(flow_fields, first, {}, &FlowField::kept),
+            std::ranges::upper_bound(flow_fields, last, {}, &FlowField::kept)};
+}
+
+inline constexpr auto start_fields = fields_kept(Kept::start, Kept::start);
+inline constexpr auto result_fields = fields_kept(Kept::start, Kept::result);  // of every result
+inline constexpr auto length_fields = fields_kept(Kept::kl_result, Kept::hybrid_result);
+inline constexpr auto kept_fields = fields_kept(Kept::start, Kept::hybrid_result);
+
+// Room for some of the fields, ni*nj*nk each, all at 0; the others stay as they are.
+inline void allocate(FlowState& s, std::span<const FlowField> fields, int ni, int nj, int nk) {
+    for (const FlowField& field : fields) {
+        (s.*field.member).allocate(ni, nj, nk);
+    }
+}
 
 }  // namespace torvex

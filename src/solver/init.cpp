@@ -25,6 +25,7 @@
 #include "base/stop.hpp"
 #include "base/upwind_roughness_log.hpp"
 #include "solver/constants.hpp"
+#include "solver/flow_fields.hpp"
 #include "solver/inflow_profile.hpp"
 #include "solver/power_law.hpp"
 
@@ -201,24 +202,21 @@ void fill_viscosity(const CaseSettings& settings, FlowState& s) {
     }
 }
 
-void apply_stored_start(FlowState& s, StoredStart stored) {
-    const auto replace = [](Field3& field, Field3& from) {
+void apply_stored_start(FlowState& s, FlowState stored) {
+    for (const FlowField& start : start_fields) {
+        Field3& field = s.*start.member;
+        Field3& from = stored.*start.member;
         require(from.ni() == field.ni() && from.nj() == field.nj() && from.nk() == field.nk(),
                 "a stored start of another mesh");
-        for (int k = 1; k <= field.nk(); ++k) {
-            for (int j = 1; j <= field.nj(); ++j) {
-                from(1, j, k) = field(1, j, k);
+        if (start.member != &FlowState::p) {
+            for (int k = 1; k <= field.nk(); ++k) {
+                for (int j = 1; j <= field.nj(); ++j) {
+                    from(1, j, k) = field(1, j, k);
+                }
             }
         }
         field = std::move(from);
-    };
-    replace(s.u, stored.u);
-    replace(s.v, stored.v);
-    replace(s.w, stored.w);
-    replace(s.tke, stored.tke);
-    replace(s.ted, stored.ted);
-    require(stored.p.size() == s.p.size(), "a stored start of another mesh");
-    s.p = std::move(stored.p);
+    }
 }
 
 }  // namespace torvex

@@ -26,12 +26,8 @@ inline float height_above_ground(const GridGeometry& g, int i, int j, int k) {
 // k = 1 takes the values of k = 2.
 void copy_lowest_level(Field3& field);
 
-// The fields of a stored start, ni*nj*nk each.
-struct StoredStart {
-    Field3 u, v, w, p, tke, ted;
-};
-
-// Replaces the fields by stored ones, but the profile on the plane i = 1 (all but p) stays.
-void apply_stored_start(FlowState& s, StoredStart stored);
+// Replaces the start fields by those of a stored start, ni*nj*nk as well, but the profile on the
+// plane i = 1 (all but p) stays.
+void apply_stored_start(FlowState& s, FlowState stored);
 
 }  // namespace torvex

@@ -24,12 +24,12 @@ void fill(NestCase& c, double u, double v, double w, double p, double tke, doubl
     const auto constant = [&c](Field3& q, double value) {
         q = field_on(c.parent.grid, [value](double, double, double) { return value; });
     };
-    constant(c.parent.u, u);
-    constant(c.parent.v, v);
-    constant(c.parent.w, w);
-    constant(c.parent.p, p);
-    constant(c.parent.tke, tke);
-    constant(c.parent.ted, ted);
+    constant(c.parent.flow.u, u);
+    constant(c.parent.flow.v, v);
+    constant(c.parent.flow.w, w);
+    constant(c.parent.flow.p, p);
+    constant(c.parent.flow.tke, tke);
+    constant(c.parent.flow.ted, ted);
 }
 
 TEST(BoundaryValues, UniformFlowOverLevelGroundIsCarriedAsItIs) {
@@ -87,7 +87,7 @@ TEST(BoundaryValues, LinearFieldsAreReproduced) {
     const auto linear = [](double x, double y, double h) {
         return 5.0 + 0.004 * x - 0.006 * y + 0.003 * h;
     };
-    c.parent.u = field_on(c.parent.grid, linear);
+    c.parent.flow.u = field_on(c.parent.grid, linear);
     set_boundary_values(c.pass(), c.parent, c.flow);
     const GridGeometry& g = c.child;
     for_boundary_columns(g, [&](int i, int j) {
@@ -106,7 +106,7 @@ TEST(BoundaryValues, InflowPlaneHasTheMeanOfTheCellsBesideIt) {
     NestCase c;
     fill(c, 0, 0, 0, 0, 0.5, 0.02);
     // Uneven from column to column and level to level.
-    c.parent.u = field_on(c.parent.grid, [](double x, double, double h) {
+    c.parent.flow.u = field_on(c.parent.grid, [](double x, double, double h) {
         return 3.0 + std::sin(0.013 * x) + 0.7 * std::sin(0.11 * h);
     });
     set_boundary_values(c.pass(), c.parent, c.flow);
@@ -114,7 +114,7 @@ TEST(BoundaryValues, InflowPlaneHasTheMeanOfTheCellsBesideIt) {
     // x = -200 is plane 5 of the parent, between its cells 5 and 6.
     for (int k = 2; k <= g.nk; ++k) {
         for (int j = 1; j <= g.nj; ++j) {
-            const float mean = 0.5F * (c.parent.u(5, 6, k) + c.parent.u(6, 6, k));
+            const float mean = 0.5F * (c.parent.flow.u(5, 6, k) + c.parent.flow.u(6, 6, k));
             EXPECT_NEAR(c.flow.u(1, j, k), mean, 1.0e-5F) << j << ' ' << k;
         }
     }
@@ -146,7 +146,7 @@ TEST(BoundaryValues, LawsOfTheWallBelowTheParentsFirstCell) {
 TEST(BoundaryValues, HeightsCountFromTheColumnsOwnGround) {
     NestCase c;
     fill(c, 0, 0, 0, 0, 0.5, 0.02);
-    c.parent.u = field_on(c.parent.grid, [](double, double, double h) { return 0.01 * h; });
+    c.parent.flow.u = field_on(c.parent.grid, [](double, double, double h) { return 0.01 * h; });
     // The child stands on a plateau of 100 m, its top at 1000 m: columns of 900 m.
     c.child = test::grid_over(
         test::line_of({-200, -100, 0, 100, 200}), test::line_of({-200, -100, 0, 100, 200}),
@@ -182,9 +182,9 @@ TEST(BoundaryValues, LengthFieldsFollowWhereTheParentHasThem) {
     set_boundary_values(c.pass(), c.parent, c.flow);
     EXPECT_EQ(c.flow.lm(1, 3, 3), -3.0F);  // as the start left it
 
-    c.parent.lm = field_on(c.parent.grid, [](double, double, double h) { return 0.4 * h; });
-    c.parent.tkl = field_on(c.parent.grid, [](double, double, double) { return 0.75; });
-    c.parent.viskl = field_on(c.parent.grid, [](double, double, double) { return 2.5; });
+    c.parent.flow.lm = field_on(c.parent.grid, [](double, double, double h) { return 0.4 * h; });
+    c.parent.flow.tkl = field_on(c.parent.grid, [](double, double, double) { return 0.75; });
+    c.parent.flow.viskl = field_on(c.parent.grid, [](double, double, double) { return 2.5; });
     set_boundary_values(c.pass(), c.parent, c.flow);
     for_boundary_columns(c.child, [&](int i, int j) {
         for (int k = 2; k <= c.child.nk; ++k) {

@@ -18,17 +18,17 @@ using test::NestCase;
 
 // A parent whose flow bends within its cells, so that interpolation and face value differ.
 void fill_bent(NestCase& c) {
-    c.parent.u = field_on(c.parent.grid, [](double x, double y, double h) {
+    c.parent.flow.u = field_on(c.parent.grid, [](double x, double y, double h) {
         return 6.0 + 2.0 * std::log(1.0 + h) + std::sin(0.02 * x) + 0.8 * std::cos(0.03 * y);
     });
-    c.parent.v = field_on(c.parent.grid, [](double x, double y, double h) {
+    c.parent.flow.v = field_on(c.parent.grid, [](double x, double y, double h) {
         return std::sin(0.01 * x + 0.03 * y) - 0.001 * h;
     });
-    c.parent.w = field_on(c.parent.grid, [](double x, double y, double) {
+    c.parent.flow.w = field_on(c.parent.grid, [](double x, double y, double) {
         return 0.3 * std::cos(0.02 * x - 0.02 * y);
     });
-    c.parent.tke.fill(0.5F);
-    c.parent.ted.fill(0.02F);
+    c.parent.flow.tke.fill(0.5F);
+    c.parent.flow.ted.fill(0.02F);
 }
 
 // Sum of q A over the child faces of a parent face over the sum of their areas, by the plain areas
@@ -76,17 +76,18 @@ TEST(DstrMomen, MomentumOfEachParentFaceIsKept) {
     int changed = 0;
     for (int kp = 2; kp <= c.parent.grid.nz; ++kp) {
         for (int jp = 5; jp <= 8; ++jp) {
-            const FaceMeans u = means(c, c.flow.u, c.parent.u, jp, kp);
+            const FaceMeans u = means(c, c.flow.u, c.parent.flow.u, jp, kp);
             if (u.faces == 0) {
                 continue;
             }
             EXPECT_EQ(u.faces, 3);
             EXPECT_NEAR(u.child / u.parent, 1.0, 1.0e-5) << jp << ' ' << kp;
-            const FaceMeans v = means(c, c.flow.v, c.parent.v, jp, kp);
+            const FaceMeans v = means(c, c.flow.v, c.parent.flow.v, jp, kp);
             EXPECT_NEAR(v.child, v.parent, 1.0e-5) << jp << ' ' << kp;
-            const FaceMeans w = means(c, c.flow.w, c.parent.w, jp, kp);
+            const FaceMeans w = means(c, c.flow.w, c.parent.flow.w, jp, kp);
             EXPECT_NEAR(w.child, w.parent, 1.0e-5) << jp << ' ' << kp;
-            changed += std::fabs(means(c, before, c.parent.u, jp, kp).child - u.parent) > 1.0e-3;
+            changed +=
+                std::fabs(means(c, before, c.parent.flow.u, jp, kp).child - u.parent) > 1.0e-3;
         }
     }
     EXPECT_GT(changed, 10);  // the interpolated flow alone would not have kept it
@@ -119,10 +120,10 @@ TEST(DstrMomen, DistributionZeroPutsTheParentsValueOnEveryFace) {
     for (int k = 2; k <= c.child.nz; ++k) {
         for (int j = 2; j <= c.child.ny; ++j) {
             const int jp = 5 + (j - 2) / 3;  // the child begins with cell 5 of the parent
-            EXPECT_NEAR(c.flow.u(1, j, k), 0.5F * (c.parent.u(5, jp, k) + c.parent.u(6, jp, k)),
-                        1.0e-5F);
-            EXPECT_NEAR(c.flow.w(1, j, k), 0.5F * (c.parent.w(5, jp, k) + c.parent.w(6, jp, k)),
-                        1.0e-5F);
+            EXPECT_NEAR(c.flow.u(1, j, k),
+                        0.5F * (c.parent.flow.u(5, jp, k) + c.parent.flow.u(6, jp, k)), 1.0e-5F);
+            EXPECT_NEAR(c.flow.w(1, j, k),
+                        0.5F * (c.parent.flow.w(5, jp, k) + c.parent.flow.w(6, jp, k)), 1.0e-5F);
         }
     }
 }
@@ -136,7 +137,7 @@ TEST(DstrMomen, LevelsNeedNotTileTheLayers) {
     dstrMomen(c.pass(), c.parent, c.flow);
     int covered = 0;
     for (int kp = 2; kp <= c.parent.grid.nz; ++kp) {
-        const FaceMeans u = means(c, c.flow.u, c.parent.u, 5, kp);
+        const FaceMeans u = means(c, c.flow.u, c.parent.flow.u, 5, kp);
         if (u.faces > 0) {
             ++covered;
             EXPECT_NEAR(u.child / u.parent, 1.0, 1.0e-5) << kp;

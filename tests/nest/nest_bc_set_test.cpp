@@ -21,10 +21,10 @@ void set_quietly(NestCase& c, const ParentFiles& files) {
 
 TEST(NestBcSet, UniformParentGivesAUniformBalancedChild) {
     NestCase c;
-    c.parent.u.fill(7.0F);
-    c.parent.v.fill(-1.0F);
-    c.parent.tke.fill(0.5F);
-    c.parent.ted.fill(0.05F);
+    c.parent.flow.u.fill(7.0F);
+    c.parent.flow.v.fill(-1.0F);
+    c.parent.flow.tke.fill(0.5F);
+    c.parent.flow.ted.fill(0.05F);
     const ParentFiles files(c);
     set_quietly(c, files);
     const GridGeometry& g = c.child;
@@ -41,24 +41,20 @@ TEST(NestBcSet, UniformParentGivesAUniformBalancedChild) {
 
 TEST(NestBcSet, StoresTheStartOfTheChild) {
     NestCase c;
-    c.parent.u.fill(7.0F);
-    c.parent.tke.fill(0.5F);
-    c.parent.ted.fill(0.05F);
+    c.parent.flow.u.fill(7.0F);
+    c.parent.flow.tke.fill(0.5F);
+    c.parent.flow.ted.fill(0.05F);
     c.flow.u.fill(2.5F);
     const ParentFiles files(c);
     set_quietly(c, files);
     const GridGeometry& g = c.child;
-    std::array<Field3, 6> stored;
-    for (Field3& q : stored) {
-        q.allocate(g.ni, g.nj, g.nk);
-    }
-    auto& [u, v, w, p, tke, ted] = stored;
-    ASSERT_TRUE(read_vpkeinp("nest-restart-270_0-vpkeinp.tuf",
-                             {.u = &u, .v = &v, .w = &w, .p = &p, .tke = &tke, .ted = &ted}));
-    EXPECT_EQ(u(3, 3, 3), 2.5F);
-    EXPECT_EQ(u(1, 3, 3), c.flow.u(1, 3, 3));
-    EXPECT_EQ(u(g.ni, 4, 5), c.flow.u(g.ni, 4, 5));
-    EXPECT_EQ(ted(2, 1, 3), c.flow.ted(2, 1, 3));
+    FlowState stored;
+    allocate(stored, start_fields, g.ni, g.nj, g.nk);
+    ASSERT_TRUE(read_vpkeinp("nest-restart-270_0-vpkeinp.tuf", stored));
+    EXPECT_EQ(stored.u(3, 3, 3), 2.5F);
+    EXPECT_EQ(stored.u(1, 3, 3), c.flow.u(1, 3, 3));
+    EXPECT_EQ(stored.u(g.ni, 4, 5), c.flow.u(g.ni, 4, 5));
+    EXPECT_EQ(stored.ted(2, 1, 3), c.flow.ted(2, 1, 3));
 }
 
 }  // namespace

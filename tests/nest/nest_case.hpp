@@ -11,6 +11,7 @@
 #include "nest/parent_column.hpp"
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
+#include "solver/flow_fields.hpp"
 #include "solver/flow_state.hpp"
 
 namespace torvex::test {
@@ -100,9 +101,7 @@ struct NestCase {
         child = grid_over(x, y, line_of(child_levels), ground);
         parent.grid = grid_over(lines.x_line, lines.y_line, line_of(parent_levels()), ground);
         GRID(parent.grid);
-        for (Field3* q : {&parent.u, &parent.v, &parent.w, &parent.p, &parent.tke, &parent.ted}) {
-            q->allocate(parent.grid.ni, parent.grid.nj, parent.grid.nk);
-        }
+        allocate(parent.flow, start_fields, parent.grid.ni, parent.grid.nj, parent.grid.nk);
         allocate_fields(flow, child, settings.TURBULENCE_MODEL);
         flow.z0.allocate(child.ni, child.nj, 0.1F);
     }

@@ -22,21 +22,13 @@ struct ParentFiles {
     }
     void mesh(const GridGeometry& g) const { write_xyz(stem, g.xn, g.yn, g.zn); }
     void result(const NestCase& c, int iteration, int model) const {
-        write_vpkeout(stem, iteration, 0.0F, model,
-                      {.u = &c.parent.u,
-                       .v = &c.parent.v,
-                       .w = &c.parent.w,
-                       .p = &c.parent.p,
-                       .tke = &c.parent.tke,
-                       .ted = &c.parent.ted,
-                       .flxU = &zero,
-                       .flxV = &zero,
-                       .flxW = &zero,
-                       .vis = &zero,
-                       .pp = &zero,
-                       .lm = &length,
-                       .tkl = &length,
-                       .viskl = &length});
+        FlowState flow = c.parent.flow;
+        for (const FlowField& field : kept_fields) {
+            if (field.kept != Kept::start) {
+                flow.*field.member = field.models == Models::with_length ? length : zero;
+            }
+        }
+        write_vpkeout(stem, iteration, 0.0F, model, flow);
     }
 
     std::string stem = "restart-270_0-";

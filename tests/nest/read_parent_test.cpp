@@ -26,9 +26,9 @@ double hill(double x, double y) {
 class ReadParent : public ::testing::Test {
  protected:
     ReadParent() {
-        c.parent.u.fill(4.0F);
-        c.parent.tke.fill(0.5F);
-        c.parent.ted.fill(0.25F);
+        c.parent.flow.u.fill(4.0F);
+        c.parent.flow.tke.fill(0.5F);
+        c.parent.flow.ted.fill(0.25F);
         files.result(c, 7, 1);
     }
 
@@ -61,33 +61,33 @@ class ReadParent : public ::testing::Test {
 TEST_F(ReadParent, FindsWhatTheParentLeft) {
     const Parent parent = read();
     EXPECT_EQ(parent.result.id, 112);
-    EXPECT_EQ(parent.u(3, 3, 3), 4.0F);
-    EXPECT_EQ(parent.ted(3, 3, 3), 0.25F);
+    EXPECT_EQ(parent.flow.u(3, 3, 3), 4.0F);
+    EXPECT_EQ(parent.flow.ted(3, 3, 3), 0.25F);
     EXPECT_EQ(parent.grid.zn(7, 6, 1), 80.0F);
     EXPECT_EQ(parent.grid.zc(7, 6, 4), c.parent.grid.zc(7, 6, 4));
     EXPECT_NEAR(parent.grid.fx(5, 5, 5), 0.5F, 1.0e-3F);
-    EXPECT_EQ(parent.lm.size(), 0U);
+    EXPECT_EQ(parent.flow.lm.size(), 0U);
     EXPECT_EQ(shown, "   - Open vpkeout restart-270_0-vpkeout_00007.tuf\n");
     EXPECT_EQ(c.log.kept(), "");
 }
 
 TEST_F(ReadParent, CorrectedResultComesFirst) {
-    c.parent.u.fill(9.0F);
+    c.parent.flow.u.fill(9.0F);
     files.result(c, 8, 1);
     std::filesystem::rename("restart-270_0-vpkeout_00008.tuf", "restart-270_0-vpkeout_00007_r.tuf");
-    EXPECT_EQ(read().u(2, 2, 2), 9.0F);
+    EXPECT_EQ(read().flow.u(2, 2, 2), 9.0F);
 }
 
 TEST_F(ReadParent, LengthFieldsOfTheSameKindAreKept) {
     files.result(c, 7, 4);
-    EXPECT_EQ(read().lm.size(), 0U);
+    EXPECT_EQ(read().flow.lm.size(), 0U);
     c.settings.TURBULENCE_MODEL = 4;
     const Parent hybrid = read();
-    EXPECT_EQ(hybrid.lm(2, 2, 2), 2.0F);
-    EXPECT_EQ(hybrid.viskl(2, 2, 2), 2.0F);
-    EXPECT_EQ(hybrid.ted(2, 2, 2), 0.25F);
+    EXPECT_EQ(hybrid.flow.lm(2, 2, 2), 2.0F);
+    EXPECT_EQ(hybrid.flow.viskl(2, 2, 2), 2.0F);
+    EXPECT_EQ(hybrid.flow.ted(2, 2, 2), 0.25F);
     c.settings.TURBULENCE_MODEL = 2;
-    EXPECT_EQ(read().lm.size(), 0U);
+    EXPECT_EQ(read().flow.lm.size(), 0U);
 }
 
 // ted = CMU^0.75 tke^1.5/lm, whatever stands in the file and whatever the model of the child.
@@ -96,9 +96,10 @@ TEST_F(ReadParent, DissipationOfTheLengthModelComesFromItsLength) {
     for (const int model : {1, 2, 3, 4}) {
         c.settings.TURBULENCE_MODEL = model;
         const Parent parent = read();
-        EXPECT_NEAR(parent.ted(3, 3, 3), std::pow(0.09, 0.75) * std::pow(0.5, 1.5) / 2.0, 1.0e-6);
-        EXPECT_EQ(parent.lm.size() > 0, model == 2);
-        EXPECT_EQ(parent.tkl.size(), 0U);
+        EXPECT_NEAR(parent.flow.ted(3, 3, 3), std::pow(0.09, 0.75) * std::pow(0.5, 1.5) / 2.0,
+                    1.0e-6);
+        EXPECT_EQ(parent.flow.lm.size() > 0, model == 2);
+        EXPECT_EQ(parent.flow.tkl.size(), 0U);
     }
     files.length.fill(0.0F);
     files.result(c, 7, 2);
@@ -128,7 +129,7 @@ TEST_F(ReadParent, MissingOrDamagedResult) {
     files.result(c, 7, 1);
     std::filesystem::resize_file(result_file, std::filesystem::file_size(result_file) - 4);
     EXPECT_THAT(failure(184), HasSubstr(result_file));
-    write_xyz("other-", c.parent.u, c.parent.v, c.parent.w);
+    write_xyz("other-", c.parent.flow.u, c.parent.flow.v, c.parent.flow.w);
     std::filesystem::copy_file("other-xyz.tuf", result_file,
                                std::filesystem::copy_options::overwrite_existing);
     EXPECT_THAT(failure(184), HasSubstr("id 101"));
@@ -136,7 +137,7 @@ TEST_F(ReadParent, MissingOrDamagedResult) {
 
 TEST_F(ReadParent, ValuesThatAreNoNumbers) {
     for (const float bad : {std::nanf(""), std::numeric_limits<float>::infinity()}) {
-        c.parent.w(4, 5, 6) = bad;
+        c.parent.flow.w(4, 5, 6) = bad;
         files.result(c, 7, 1);
         EXPECT_THAT(failure(184), HasSubstr("w of (4, 5, 6) is no finite number"));
     }
@@ -206,7 +207,7 @@ TEST_F(ReadParent, CanopyOfTheParentIsLookedAt) {
     EXPECT_THAT(c.log.kept(), HasSubstr("restart-270_0-ccd.tuf: no canopy of the parent"));
 
     CanopyRecords records;
-    records.gp_cf = records.gp_density = records.gp_length = c.parent.u;
+    records.gp_cf = records.gp_density = records.gp_length = c.parent.flow.u;
     write_canopy_file("restart-270_0-ccd.tuf", records);
     c.log.discard();
     read();

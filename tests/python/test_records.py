@@ -186,6 +186,12 @@ class Files(InDirectory):
                 self.assertNumbered(file, RESULT + further)
                 self.assertEqual((file.id, file.iteration, file.residual), (file_id, 480, 0.25))
 
+    def test_each_field_is_an_attribute_of_a_direction(self):
+        names = [field.name for field in torvex.FIELDS if 112 in field.files]
+        self.assertEqual(names, RESULT)
+        self.assertLessEqual(set(names), torvex.Direction.__annotations__.keys())
+        self.assertTrue(all(field.unit and field.long_name for field in torvex.FIELDS))
+
     def test_a_result_that_a_fortran_runtime_wrote(self):
         file = torvex.read_tuf(DATA / "vpkeout_00480.tuf", "vpkeout")
         self.assertEqual((file.id, file.extents, file.iteration), (132, (3, 2, 2), 480))

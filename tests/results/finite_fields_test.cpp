@@ -6,7 +6,8 @@
 
 #include <array>
 #include <limits>
-#include <utility>
+
+#include "solver/flow_fields.hpp"
 
 namespace torvex {
 namespace {
@@ -14,48 +15,31 @@ namespace {
 constexpr float inf = std::numeric_limits<float>::infinity();
 constexpr float nan = std::numeric_limits<float>::quiet_NaN();
 
-using Member = const Field3* ResultFields::*;
-constexpr std::array<std::pair<const char*, Member>, 14> members{{{"u", &ResultFields::u},
-                                                                  {"v", &ResultFields::v},
-                                                                  {"w", &ResultFields::w},
-                                                                  {"p", &ResultFields::p},
-                                                                  {"tke", &ResultFields::tke},
-                                                                  {"ted", &ResultFields::ted},
-                                                                  {"flxU", &ResultFields::flxU},
-                                                                  {"flxV", &ResultFields::flxV},
-                                                                  {"flxW", &ResultFields::flxW},
-                                                                  {"vis", &ResultFields::vis},
-                                                                  {"pp", &ResultFields::pp},
-                                                                  {"lm", &ResultFields::lm},
-                                                                  {"tkl", &ResultFields::tkl},
-                                                                  {"viskl", &ResultFields::viskl}}};
-
-// Fourteen arrays of 3 by 4 by 5.
+// The kept fields, of 3 by 4 by 5.
 class FiniteFields : public ::testing::Test {
  protected:
     FiniteFields() {
-        for (std::size_t n = 0; n < arrays.size(); ++n) {
-            arrays[n].allocate(3, 4, 5, 1.0F);
-            fields.*members[n].second = &arrays[n];
+        for (const FlowField& field : kept_fields) {
+            (flow.*field.member).allocate(3, 4, 5, 1.0F);
         }
     }
-    std::array<Field3, members.size()> arrays;
-    ResultFields fields{};
+    FlowState flow;
 };
 
 TEST_F(FiniteFields, FindsEachKindInTheCornersOfEachField) {
-    for (std::size_t n = 0; n < arrays.size(); ++n) {
+    for (const FlowField& field : kept_fields) {
+        Field3& array = flow.*field.member;
         for (const float value : {nan, inf, -inf}) {
             for (const auto& [i, j, k] :
                  {std::array{1, 1, 1}, std::array{3, 4, 5}, std::array{2, 3, 4}}) {
-                arrays[n](i, j, k) = value;
-                const auto found = first_not_finite(fields);
-                ASSERT_TRUE(found) << members[n].first;
-                EXPECT_EQ(found->field, members[n].first);
+                array(i, j, k) = value;
+                const auto found = first_not_finite(flow);
+                ASSERT_TRUE(found) << field.name;
+                EXPECT_EQ(found->field, field.name);
                 EXPECT_EQ(found->i, i);
                 EXPECT_EQ(found->j, j);
                 EXPECT_EQ(found->k, k);
-                arrays[n](i, j, k) = 1.0F;
+                array(i, j, k) = 1.0F;
             }
         }
     }
@@ -63,20 +47,20 @@ TEST_F(FiniteFields, FindsEachKindInTheCornersOfEachField) {
 
 TEST_F(FiniteFields, PassesEveryFiniteNumber) {
     using Limits = std::numeric_limits<float>;
-    arrays[0](1, 1, 1) = Limits::max();
-    arrays[0](2, 1, 1) = Limits::max();  // whose sum is none
-    arrays[0](3, 1, 1) = Limits::lowest();
-    arrays[1](1, 2, 3) = Limits::denorm_min();
-    arrays[2].fill(0.0F);
-    EXPECT_FALSE(first_not_finite(fields));
+    flow.u(1, 1, 1) = Limits::max();
+    flow.u(2, 1, 1) = Limits::max();  // whose sum is none
+    flow.u(3, 1, 1) = Limits::lowest();
+    flow.v(1, 2, 3) = Limits::denorm_min();
+    flow.w.fill(0.0F);
+    EXPECT_FALSE(first_not_finite(flow));
 }
 
 TEST_F(FiniteFields, TellsTheFirstFieldAndInItTheFirstCell) {
-    arrays[4](1, 1, 1) = nan;
-    arrays[3](1, 2, 3) = inf;
-    arrays[3](3, 1, 3) = inf;
-    arrays[3](1, 1, 4) = inf;
-    const auto found = first_not_finite(fields);
+    flow.tke(1, 1, 1) = nan;
+    flow.p(1, 2, 3) = inf;
+    flow.p(3, 1, 3) = inf;
+    flow.p(1, 1, 4) = inf;
+    const auto found = first_not_finite(flow);
     ASSERT_TRUE(found);
     EXPECT_EQ(found->field, "p");
     EXPECT_EQ(found->i, 3);
@@ -84,15 +68,16 @@ TEST_F(FiniteFields, TellsTheFirstFieldAndInItTheFirstCell) {
     EXPECT_EQ(found->k, 3);
 }
 
-TEST_F(FiniteFields, PassesOverArraysThatAreNotThere) {
-    arrays[13](3, 4, 5) = nan;
-    fields.lm = nullptr;
-    arrays[12].release();
-    const auto found = first_not_finite(fields);
+TEST_F(FiniteFields, PassesOverFieldsWithoutRoomAndScratch) {
+    flow.viskl(3, 4, 5) = nan;
+    flow.lm.release();
+    flow.tkl.release();
+    const auto found = first_not_finite(flow);
     ASSERT_TRUE(found);
     EXPECT_EQ(found->field, "viskl");
-    fields.viskl = nullptr;
-    EXPECT_FALSE(first_not_finite(fields));
+    flow.viskl.release();
+    flow.gen.allocate(3, 4, 5, nan);
+    EXPECT_FALSE(first_not_finite(flow));
     EXPECT_FALSE(first_not_finite({}));
 }
 

@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <array>
 #include <cstring>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "base/record_file.hpp"
-#include "results/result_files.hpp"
+#include "solver/flow_fields.hpp"
+#include "solver/flow_state.hpp"
 
 namespace torvex::test {
 
@@ -30,52 +30,33 @@ inline bool same(const Field3& a, const Field3& b) {
     return a.size() == b.size() && std::memcmp(a.data(), b.data(), 4 * a.size()) == 0;
 }
 
-// The fourteen arrays of a result in the order of the file.
-struct Flow {
-    std::array<Field3, 14> arrays;
+// Kept field n of the table, from 1, is sample(n).
+inline FlowState filled_flow(int ni = 3, int nj = 2, int nk = 2) {
+    FlowState flow;
+    int n = 0;
+    for (const FlowField& field : kept_fields) {
+        flow.*field.member = sample(++n, ni, nj, nk);
+    }
+    return flow;
+}
 
-    static Flow filled(int ni = 3, int nj = 2, int nk = 2) {
-        Flow flow;
-        for (int n = 1; n <= 14; ++n) {
-            flow.arrays.at(static_cast<std::size_t>(n - 1)) = sample(n, ni, nj, nk);
-        }
-        return flow;
+inline FlowState blank_flow(int ni = 3, int nj = 2, int nk = 2) {
+    FlowState flow;
+    for (const FlowField& field : kept_fields) {
+        (flow.*field.member).allocate(ni, nj, nk, -7.0F);
     }
-    static Flow blank(int ni = 3, int nj = 2, int nk = 2) {
-        Flow flow;
-        flow.arrays.fill(Field3(ni, nj, nk, -7.0F));
-        return flow;
-    }
+    return flow;
+}
 
-    template <class Field>
-    FlowArrays<Field> fields() {
-        auto& a = arrays;
-        return {.u = &a[0],
-                .v = &a[1],
-                .w = &a[2],
-                .p = &a[3],
-                .tke = &a[4],
-                .ted = &a[5],
-                .flxU = &a[6],
-                .flxV = &a[7],
-                .flxW = &a[8],
-                .vis = &a[9],
-                .pp = &a[10],
-                .lm = &a[11],
-                .tkl = &a[12],
-                .viskl = &a[13]};
+// The first fields are those of filled_flow(), the others as blank_flow() made them.
+inline void expect_filled_up_to(std::size_t last, const FlowState& flow) {
+    const FlowState filled = filled_flow();
+    const FlowState blank = blank_flow();
+    for (std::size_t n = 0; n < kept_fields.size(); ++n) {
+        const auto member = kept_fields[n].member;
+        EXPECT_TRUE(same(flow.*member, (n < last ? filled : blank).*member)) << kept_fields[n].name;
     }
-    ResultFields source() { return fields<const Field3>(); }
-    ResultTargets target() { return fields<Field3>(); }
-
-    // Arrays 1..n are those of filled(), the others as blank() made them.
-    void expect_filled_up_to(int n) const {
-        for (int m = 1; m <= 14; ++m) {
-            const Field3& found = arrays.at(static_cast<std::size_t>(m - 1));
-            EXPECT_TRUE(same(found, m <= n ? sample(m) : Field3(3, 2, 2, -7.0F))) << m;
-        }
-    }
-};
+}
 
 // Data bytes of each record.
 inline std::vector<std::int64_t> record_sizes(const std::string& path) {

@@ -18,7 +18,8 @@
 namespace torvex {
 namespace {
 
-using test::Flow;
+using test::blank_flow;
+using test::filled_flow;
 using test::record_sizes;
 using test::same;
 using test::sample;
@@ -56,7 +57,7 @@ TEST(ResultId, AnyOtherModelStops) {
     const TemporaryDirectory dir;
     for (const int model : {0, 5, -1}) {
         const std::optional<Stop> s =
-            stop_of([&] { write_vpkeout(dir.file(""), 1, 0.0F, model, Flow::filled().source()); });
+            stop_of([&] { write_vpkeout(dir.file(""), 1, 0.0F, model, filled_flow()); });
         ASSERT_TRUE(s);
         EXPECT_EQ(s->code(), 1);
         EXPECT_EQ(s->reason(), "Turbulence Model Error");
@@ -100,7 +101,7 @@ TEST(WriteXyzc, HasIdExtentsAndThreeArrays) {
 
 TEST(WriteVpkeout, WritesTheBytesOfFortran) {
     const TemporaryDirectory dir;
-    write_vpkeout(dir.file(""), 480, 0.125F, 4, Flow::filled().source());
+    write_vpkeout(dir.file(""), 480, 0.125F, 4, filled_flow());
     EXPECT_EQ(read_text_file(dir.file("vpkeout_00480.tuf")),
               read_text_file(std::string(TORVEX_TEST_DATA) + "/vpkeout_00480.tuf"));
 }
@@ -111,7 +112,7 @@ TEST(WriteVpkeout, HasTheRecordsOfItsFamily) {
     expected.insert(expected.end(), 11, 48);
     expected.insert(expected.end(), 2, 4);
     const auto sizes_of = [&](int model) {
-        write_vpkeout(dir.file(""), model, 0.0F, model, Flow::filled().source());
+        write_vpkeout(dir.file(""), model, 0.0F, model, filled_flow());
         return record_sizes(dir.file(result_name(model)));
     };
     EXPECT_EQ(sizes_of(1), expected);
@@ -124,26 +125,26 @@ TEST(WriteVpkeout, HasTheRecordsOfItsFamily) {
 
 TEST(WriteVpkeout, NeedsNoArraysOfOtherFamilies) {
     const TemporaryDirectory dir;
-    Flow flow = Flow::filled();
-    ResultFields fields = flow.source();
-    fields.lm = fields.tkl = fields.viskl = nullptr;
-    write_vpkeout(dir.file(""), 1, 0.0F, 3, fields);
+    FlowState flow = filled_flow();
+    for (const FlowField& field : length_fields) {
+        (flow.*field.member).release();
+    }
+    write_vpkeout(dir.file(""), 1, 0.0F, 3, flow);
     EXPECT_TRUE(dir.has("vpkeout_00001.tuf"));
 }
 
 TEST(Writers, FullDiskStopsEachOfThemAndKeepsTheEarlierFile) {
     const TemporaryDirectory dir;
     const Field3 large(40, 40, 40, 1.0F);
-    Flow flow = Flow::blank(40, 40, 40);
-    const ResultFields fields = flow.source();
+    const FlowState flow = blank_flow(40, 40, 40);
     const std::string stem = dir.file("restart-");
     const Field2 ground(400, 400);
     const std::vector<std::pair<std::string, std::function<void()>>> writers{
         {"restart-xyz.tuf", [&] { write_xyz(stem, large, large, large); }},
         {"restart-z0.tuf", [&] { write_z0(stem, ground); }},
         {"restart-xyzc.tuf", [&] { write_xyzc(stem, large, large, large); }},
-        {"restart-vpkeinp.tuf", [&] { write_vpkeinp(stem, fields); }},
-        {"restart-vpkeout_00007.tuf", [&] { write_vpkeout(stem, 7, 0.0F, 1, fields); }},
+        {"restart-vpkeinp.tuf", [&] { write_vpkeinp(stem, flow); }},
+        {"restart-vpkeout_00007.tuf", [&] { write_vpkeout(stem, 7, 0.0F, 1, flow); }},
     };
     for (const auto& [name, write] : writers) {
         dir.write(name, "earlier");
@@ -161,7 +162,7 @@ TEST(Writers, MissingDirectoryStops) {
     const TemporaryDirectory dir;
     const std::string stem = dir.file("none/restart-");
     EXPECT_EQ(stop_code_of([&] { write_z0(stem, Field2(3, 2)); }), 1);
-    EXPECT_EQ(stop_code_of([&] { write_vpkeinp(stem, Flow::filled().source()); }), 1);
+    EXPECT_EQ(stop_code_of([&] { write_vpkeinp(stem, filled_flow()); }), 1);
 }
 
 }  // namespace

@@ -98,14 +98,9 @@ class Canopy : public test::RunTest {
     }
     FlowState result() const {
         const LevelMesh m = mesh();
-        GridGeometry extents;
-        extents.ni = m.nx + 1;
-        extents.nj = m.ny + 1;
-        extents.nk = m.nz + 1;
         FlowState flow;
-        allocate_fields(flow, extents, 1);
-        read_vpkeout(newest_result_path(directory.file(stem), info().outer_count), 1,
-                     result_targets(flow));
+        allocate(flow, result_fields, m.nx + 1, m.ny + 1, m.nz + 1);
+        read_vpkeout(newest_result_path(directory.file(stem), info().outer_count), 1, flow);
         return flow;
     }
     Field2 roughness(const std::string& of = stem) const {

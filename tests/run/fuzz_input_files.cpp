@@ -101,14 +101,15 @@ struct Mesh {
     Extents nodes = read_extents(stem + "xyz.tuf", any_code);
     Extents cells = read_extents(stem + "xyzc.tuf", any_code);
     std::vector<Field3> node_arrays{3, Field3(nodes.ni, nodes.nj, nodes.nk)};
-    std::vector<Field3> fields{14, Field3(cells.ni, cells.nj, cells.nk)};
+    FlowState flow;
     Field2 z0{cells.ni, cells.nj, 0.03F};
     CanopyRecords canopy;
 
-    ResultTargets targets() {
-        auto& f = fields;
-        return {&f[0], &f[1], &f[2], &f[3],  &f[4],  &f[5],  &f[6],
-                &f[7], &f[8], &f[9], &f[10], &f[11], &f[12], &f[13]};
+    Mesh() {
+        allocate(flow, kept_fields, cells.ni, cells.nj, cells.nk);
+        for (Field3* factor : {&flow.gp_d, &flow.gp_k, &flow.gp_e}) {
+            factor->allocate(cells.ni, cells.nj, cells.nk);
+        }
     }
 };
 
@@ -151,7 +152,7 @@ std::vector<Kind> kinds_of_results(Mesh& mesh) {
     std::vector<Field3>& nodes = mesh.node_arrays;
     const auto result = [&mesh](const std::string& name, int model) {
         return Kind{name, Kind::Form::records,
-                    [&mesh, name, model] { read_vpkeout(name, model, mesh.targets()); }};
+                    [&mesh, name, model] { read_vpkeout(name, model, mesh.flow); }};
     };
     return {
         {stem + "xyz.tuf", Kind::Form::records,
@@ -159,19 +160,19 @@ std::vector<Kind> kinds_of_results(Mesh& mesh) {
         {stem + "xyzc.tuf", Kind::Form::records, [] { read_extents(stem + "xyzc.tuf", any_code); }},
         {stem + "z0.tuf", Kind::Form::records, [&mesh] { read_z0(stem + "z0.tuf", mesh.z0); }},
         {stem + "vpkeinp.tuf", Kind::Form::records,
-         [&mesh] { read_vpkeinp(stem + "vpkeinp.tuf", mesh.targets()); }},
+         [&mesh] { read_vpkeinp(stem + "vpkeinp.tuf", mesh.flow); }},
         result(stem + "vpkeout_00001.tuf", 1),
         result(stem + "vpkeout_00004.tuf", 4),
         {stem + "ccd.tuf", Kind::Form::records,
          [&mesh] {
-             auto& f = mesh.fields;
+             FlowState& f = mesh.flow;
              read_canopy_file(stem + "ccd.tuf", {}, mesh.canopy,
                               {.ni = mesh.cells.ni,
                                .nj = mesh.cells.nj,
                                .nk = mesh.cells.nk,
-                               .gp_d = f[0],
-                               .gp_k = f[1],
-                               .gp_e = f[2],
+                               .gp_d = f.gp_d,
+                               .gp_k = f.gp_k,
+                               .gp_e = f.gp_e,
                                .z0_out = &mesh.z0});
          }},
         {stem + "restart.info", Kind::Form::text,

@@ -302,22 +302,21 @@ TEST_F(NestedRun, BoundaryStaysAsTheParentGaveIt) {
     EXPECT_EQ(run_child({{"NML_NUMERICAL_SOLVER", "MAXIT = 8"}}).status, 0);
     const Solution end = stored("000_0", "nest-");
     const GridGeometry& g = end.grid;
-    Field3 u(g.ni, g.nj, g.nk);
-    Field3 v = u;
-    Field3 w = u;
-    Field3 p = u;
-    Field3 tke = u;
-    Field3 ted = u;
-    ASSERT_TRUE(read_vpkeinp("nest-restart-000_0-vpkeinp.tuf",
-                             {.u = &u, .v = &v, .w = &w, .p = &p, .tke = &tke, .ted = &ted}));
-    for (int k = 2; k <= g.nz; ++k) {
-        for (int j = 1; j <= g.nj; ++j) {
-            for (int i = 1; i <= g.ni; i += j == 1 || j == g.nj ? 1 : g.ni - 1) {
-                EXPECT_EQ(end.flow.u(i, j, k), u(i, j, k)) << i << ' ' << j << ' ' << k;
-                EXPECT_EQ(end.flow.v(i, j, k), v(i, j, k));
-                EXPECT_EQ(end.flow.w(i, j, k), w(i, j, k));
-                EXPECT_EQ(end.flow.tke(i, j, k), tke(i, j, k));
-                EXPECT_EQ(end.flow.ted(i, j, k), ted(i, j, k));
+    FlowState start;
+    allocate(start, start_fields, g.ni, g.nj, g.nk);
+    ASSERT_TRUE(read_vpkeinp("nest-restart-000_0-vpkeinp.tuf", start));
+    for (const FlowField& field : start_fields) {
+        if (field.name == "p") {
+            continue;  // whose level is free
+        }
+        const Field3& last = end.flow.*field.member;
+        const Field3& first = start.*field.member;
+        for (int k = 2; k <= g.nz; ++k) {
+            for (int j = 1; j <= g.nj; ++j) {
+                for (int i = 1; i <= g.ni; i += j == 1 || j == g.nj ? 1 : g.ni - 1) {
+                    EXPECT_EQ(last(i, j, k), first(i, j, k))
+                        << field.name << ' ' << i << ' ' << j << ' ' << k;
+                }
             }
         }
     }

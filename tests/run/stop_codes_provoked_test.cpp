@@ -361,25 +361,16 @@ Cases cases_of_saved_files() {
          }},
         {{231, "result file"},
          [](const Spoiled& s) {
-             return ending_of([&] { read_vpkeout(s.directory.file("none.tuf"), 1, {}); });
+             FlowState flow;
+             return ending_of([&] { read_vpkeout(s.directory.file("none.tuf"), 1, flow); });
          }},
         {{232, "result file"},
          [](const Spoiled& s) {
              // The id alone: a record of four bytes between its two lengths.
              s.directory.write("cut.tuf", std::string("\4\0\0\0\x70\0\0\0\4\0\0\0", 12));
-             Field3 field(2, 2, 2);
-             const ResultTargets targets{.u = &field,
-                                         .v = &field,
-                                         .w = &field,
-                                         .p = &field,
-                                         .tke = &field,
-                                         .ted = &field,
-                                         .flxU = &field,
-                                         .flxV = &field,
-                                         .flxW = &field,
-                                         .vis = &field,
-                                         .pp = &field};
-             return ending_of([&] { read_vpkeout(s.directory.file("cut.tuf"), 1, targets); });
+             FlowState flow;
+             flow.u.allocate(2, 2, 2);
+             return ending_of([&] { read_vpkeout(s.directory.file("cut.tuf"), 1, flow); });
          }},
     };
 }

@@ -116,10 +116,10 @@ Solution WholeCase::stored(const std::string& tag, const std::string& prefix) co
     GridGeometry& g = s.grid;
     FlowState& f = s.flow;
     allocate_nodes(g, n.ni - 1, n.nj - 1, n.nk - 1);
-    for (Field3* field : {&g.xc, &g.yc, &g.zc, &f.u, &f.v, &f.w, &f.p, &f.tke, &f.ted, &f.flxU,
-                          &f.flxV, &f.flxW, &f.vis, &f.pp}) {
-        field->allocate(n.ni, n.nj, n.nk);
+    for (Field3* centre : {&g.xc, &g.yc, &g.zc}) {
+        centre->allocate(n.ni, n.nj, n.nk);
     }
+    allocate(f, result_fields, n.ni, n.nj, n.nk);
     f.z0.allocate(n.ni, n.nj);
     read_xyz(stem + "xyz.tuf", g.xn, g.yn, g.zn);
     read_z0(stem + "z0.tuf", f.z0);
@@ -129,7 +129,7 @@ Solution WholeCase::stored(const std::string& tag, const std::string& prefix) co
         << centres.fault();
     s.outer_count = read_restart_info(stem + "restart.info").value().outer_count;
     // The fields that all models store; what a k-l model adds is left in the file.
-    read_vpkeout(newest_result_path(stem, s.outer_count), 1, result_targets(f));
+    read_vpkeout(newest_result_path(stem, s.outer_count), 1, f);
     return s;
 }
 
