@@ -38,7 +38,7 @@ float sampled_value(const TerrainMap& map, const MapCell& cell) {
 void fill_flat(const RoughnessPass& pass, Field2& z0) {
     const float value = pass.settings.FLAT_ROUGHNESS;
     if (!(value > 0.0F && std::isfinite(value))) {
-        stop(1, "FLAT_ROUGHNESS is" + edit::E(value, 11, 4) + " m", "key FLAT_ROUGHNESS",
+        stop(1, "FLAT_ROUGHNESS is" + edit::E(value, 12, 4) + " m", "key FLAT_ROUGHNESS",
              "TERRAIN_MODE \"flat\" needs a roughness length above 0");
     }
     for (int j = 2; j <= pass.lines.ny; ++j) {

@@ -223,5 +223,19 @@ TEST(KeyEffects, SwitchesAreOffInACaseThatSetsNone) {
     EXPECT_TRUE(effect_of("KE_CMU")->acts(settings));
 }
 
+TEST(KeyEffects, KeysOfTheDensityFormNeedCanopyAndThatForm) {
+    CaseSettings settings;
+    set_defaults(settings);
+    const KeyEffect* const effect = effect_of("alphak1");
+    ASSERT_NE(effect, nullptr);
+    for (const bool canopy : {false, true}) {
+        for (const bool form : {false, true}) {
+            settings.canopy.canopy_mode = canopy ? 1 : 0;
+            settings.canopy.src_included_model = form;
+            EXPECT_EQ(effect->acts(settings), canopy && form) << canopy << form;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace torvex

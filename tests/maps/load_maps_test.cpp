@@ -350,6 +350,24 @@ TEST_F(LoadMaps, AMapBeyondTheMemoryOfTheMachineIsRefused) {
     EXPECT_EQ(s.where(), directory.file("h.map"));
 }
 
+// Far fewer bytes than values: a repeat count and a slash stand for many.
+TEST_F(LoadMaps, ASmallMapMayBeWrittenInShort) {
+    const std::string counts = "n_lon = 999, n_lat = 4";
+    for (const auto& [row, last] : {std::pair("999*5\n", 5.0F), std::pair("5 /\n", 0.0F)}) {
+        std::string data;
+        for (int j = 1; j <= 4; ++j) {
+            data += row;
+        }
+        directory.write("h.map", map_text(data, "", counts));
+        ASSERT_EQ(code_of_load(), 0) << row;
+        const DirectionMaps maps = load();
+        EXPECT_EQ((*maps.basic_h.values)(1, 4), 5.0F);
+        EXPECT_EQ((*maps.basic_h.values)(999, 4), last);
+    }
+    directory.write("h.map", map_text("111*5\n", "", counts));
+    EXPECT_THAT(stop_of([this] { load(); }).reason(), HasSubstr("too short"));
+}
+
 // The notation would allow it, at the price of gigabytes for a few bytes.
 TEST_F(LoadMaps, ALargeMapMayNotBeWrittenInShort) {
     const std::string counts = "n_lon = 50000001, n_lat = 2";

@@ -116,6 +116,9 @@ TEST(MeshLineFile, BadValuesAreRefused) {
     expect_place(refusal(1, "12.5"), 1);
     expect_place(refusal(1, "-3"), 1);
     expect_place(refusal(1, "0"), 1);
+    expect_place(refusal(1, "3"), 1);
+    // Four are enough; what is wrong then are the planes that follow.
+    EXPECT_FALSE(refusal(1, "4").where().ends_with("lines.txt, line 1"));
     expect_place(refusal(2, "2147483647"), 2);
     expect_place(refusal(2, "99999999999"), 2);
     expect_place(refusal(12, "nan"), 12);

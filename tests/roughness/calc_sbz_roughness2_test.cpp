@@ -83,6 +83,28 @@ TEST_F(CalcSbzRoughness2, GhostsOfTheFileAreNotUsed) {
     EXPECT_EQ(z0(12, 10), z0(11, 9));
 }
 
+TEST_F(CalcSbzRoughness2, NoGhostOfTheFileShowsAnywhere) {
+    const Field2 given = z0;
+    calc();
+    const Field2 expected = z0;
+    const std::string table = directory.read("calc_sbz_roughness2-270_0.tdt");
+    z0 = given;
+    for (int j = 1; j <= lines.nj; ++j) {
+        for (int i = 1; i <= lines.ni; ++i) {
+            if (i == 1 || i == lines.ni || j == 1 || j == lines.nj) {
+                z0(i, j) = 7.0F;
+            }
+        }
+    }
+    calc();
+    for (int j = 1; j <= lines.nj; ++j) {
+        for (int i = 1; i <= lines.ni; ++i) {
+            EXPECT_EQ(z0(i, j), expected(i, j)) << i << ", " << j;
+        }
+    }
+    EXPECT_EQ(directory.read("calc_sbz_roughness2-270_0.tdt"), table);
+}
+
 TEST_F(CalcSbzRoughness2, InflowPlaneCarriesTheUpwindRoughness) {
     calc();
     for (int j = 1; j <= lines.nj; ++j) {

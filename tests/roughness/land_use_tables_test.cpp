@@ -133,6 +133,18 @@ TEST_F(LandUseTables, RoughnessOfFifteenClasses) {
               (FixedArray<float, 15>{0.5F, 0.1F, 0.1F, 0.1F, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 2.0F}));
 }
 
+TEST_F(LandUseTables, ClassesThatTheFileDoesNotGiveKeepTheirRoughness) {
+    ConvTable conv;
+    conv.file_name = directory.file("conv_table.tin");
+    conv.Z00(1) = 0.7F;
+    conv.Z00(15) = 0.9F;
+    directory.write("conv_table.tin", "&CONV_TABLE\n Z00(2) = 0.5\n/\n");
+    read_conv_table(conv);
+    EXPECT_EQ(conv.Z00(1), 0.7F);
+    EXPECT_EQ(conv.Z00(2), 0.5F);
+    EXPECT_EQ(conv.Z00(15), 0.9F);
+}
+
 TEST_F(LandUseTables, MoreThanFifteenClassesAreRefused) {
     const std::optional<Stop> s =
         test::stop_of([&] { read_roughness("&CONV_TABLE\n Z00 = 16*0.1\n/\n"); });

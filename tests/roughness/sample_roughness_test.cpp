@@ -209,6 +209,8 @@ TEST_F(SampleRoughness, FlatRoughnessMustBeAboveZero) {
         EXPECT_EQ(stopped->code(), 1);
         EXPECT_THAT(stopped->where(), HasSubstr("FLAT_ROUGHNESS"));
     }
+    settings.FLAT_ROUGHNESS = -0.1F;
+    EXPECT_EQ(test::stop_of([this] { sample(); })->reason(), "FLAT_ROUGHNESS is -0.1000E+00 m");
 }
 
 TEST_F(SampleRoughness, SameBitsForAnyNumberOfThreads) {

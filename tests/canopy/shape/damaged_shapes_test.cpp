@@ -143,6 +143,25 @@ TEST_F(DamagedShapes, RecordsOfAnotherTypeThanTheFile) {
     EXPECT_THAT(refusal(), HasSubstr("the record is of type 3, the file of type 5"));
 }
 
+TEST_F(DamagedShapes, APolygonLargerThanItsRecord) {
+    // Type, box, the two counts and the part fill 48 bytes of the record, each point 16 more.
+    put("a.shp", first + point_count, word(6));
+    EXPECT_THAT(refusal(), HasSubstr("too short for 1 parts and 6 points"));
+    // A record that ends inside its own head.
+    put("a.shp", header + 4, big(20));
+    put("a.shx", header + 4, big(20));
+    EXPECT_THAT(refusal(), HasSubstr("ends inside the head of a polygon"));
+}
+
+TEST_F(DamagedShapes, ARecordThatReachesBeyondTheFile) {
+    const std::size_t size = directory.read("a.shp").size();
+    const std::size_t length = size - header - 8;  // up to the last byte
+    put("a.shx", header + 4, big(static_cast<std::uint32_t>(length / 2)));
+    EXPECT_THAT(refusal(), HasSubstr("the length of the record is not that of the index"));
+    put("a.shx", header + 4, big(static_cast<std::uint32_t>(length / 2 + 1)));
+    EXPECT_THAT(refusal(), HasSubstr("entity 0 lies outside the .shp"));
+}
+
 TEST_F(DamagedShapes, IndexThatPointsElsewhere) {
     put("a.shx", header, big(0x7FFFFFF0));
     EXPECT_THAT(refusal(), HasSubstr("entity 0 lies outside the .shp"));

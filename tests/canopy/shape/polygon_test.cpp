@@ -63,6 +63,7 @@ TEST(PolygonOfRing, LeavesOutTheRepeatedPoint) {
 TEST(RingTurn, IsTwiceTheArea) {
     EXPECT_EQ(ring_turn(ring({{0, 0}, {0, 2}, {3, 2}, {3, 0}})), 12.0);
     EXPECT_EQ(ring_turn(ring({{0, 0}, {3, 0}, {3, 2}, {0, 2}})), -12.0);
+    EXPECT_EQ(ring_turn(ring({{1, 1}, {2, 3}, {4, 1}})), 6.0);
     EXPECT_EQ(ring_turn(ring({})), 0.0);
 }
 
@@ -144,6 +145,13 @@ TEST_F(GridLineCrossing, SolvedCrossing) {
     EXPECT_EQ(cross.code, 4);
     EXPECT_EQ(cross.i, 2);
     EXPECT_EQ(cross.j, 2);
+}
+
+TEST_F(GridLineCrossing, SkewLinesMeetWhereBothEquationsHold) {
+    // y = x - 2 from (3, 1), and y = 13 - 2 x from (4, 5): both at (5, 3).
+    const GridLineCross cross = grid_line_cross(lines, {3, 1}, {9, 7}, {4, 5}, {6, 1});
+    EXPECT_DOUBLE_EQ(cross.point.x, 5.0);
+    EXPECT_DOUBLE_EQ(cross.point.y, 3.0);
 }
 
 TEST_F(GridLineCrossing, ParallelsFallBackToTheSearch) {

@@ -105,7 +105,10 @@ TEST_F(ShapeFile, AttributesInTheirUnits) {
     EXPECT_EQ(house.luid.value, 7.0);
     EXPECT_TRUE(house.z0org.null);
     EXPECT_EQ(house.x[2], 40.0);
+    EXPECT_EQ(house.box.min_x, 0.0);
+    EXPECT_EQ(house.box.max_x, 40.0);
     EXPECT_EQ(house.box.max_y, 40.0);
+    EXPECT_EQ(layer.entities[2].box.max_x, 80.0);
     EXPECT_TRUE(layer.entities[1].pd.null);
     EXPECT_TRUE(layer.entities[3].luid.null);
 }
@@ -182,6 +185,17 @@ TEST_F(ShapeFile, ColumnsCompareInTwelveCharacters) {
     ASSERT_EQ(written.open(directory.file("t.dbf")), 0);
     EXPECT_EQ(written.column("ABCDEFGHIJ"), 0);
     EXPECT_EQ(written.column("ABCDEFGHIJK"), no_column);
+}
+
+TEST_F(ShapeFile, ATableMayBeginWithAFieldOfAnyKind) {
+    test::TemporaryDirectory directory;
+    for (const auto& add : {+[](TableWriter& t) { return t.add_double("F", 12, 3); },
+                            +[](TableWriter& t) { return t.add_integer("F", 5); },
+                            +[](TableWriter& t) { return t.add_text("F", 8); }}) {
+        TableWriter table;
+        ASSERT_EQ(table.create(directory.file("t.dbf")), 0);
+        EXPECT_EQ(add(table), 0);
+    }
 }
 
 TEST_F(ShapeFile, PolygonsWithZAndMAreRead) {
