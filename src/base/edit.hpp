@@ -46,6 +46,7 @@ class ListLine {
     bool after_text_ = false;
 };
 
+// The record of these items.
 template <class... Items>
 std::string list(const Items&... items) {
     ListLine line;

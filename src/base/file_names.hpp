@@ -16,6 +16,7 @@ inline constexpr std::string_view label_list = "_latlon_label_list.txt";
 // Before the tag of a direction.
 inline constexpr std::string_view upwind_roughness_log = "log-upwind_roughness-";
 
+// Heads of the names of a direction's binary files and of its site files.
 inline std::string restart_stem(std::string_view prefix, std::string_view tag) {
     return std::string(prefix) + "restart-" + std::string(tag) + "-";
 }

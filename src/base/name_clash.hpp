@@ -12,6 +12,7 @@ struct NamedInput {
     std::string path;  // blank: none
 };
 
+// An input, and the output that would overwrite it.
 struct NameClash {
     NamedInput input;
     std::string output;

@@ -19,6 +19,7 @@ namespace torvex {
 template <class T>
 concept RecordNumber = std::same_as<T, std::int32_t> || std::same_as<T, float>;
 
+// The numbers of an item in the order in which they stand in memory and in the file.
 template <RecordNumber T>
 std::span<T> numbers_of(T& value) {
     return {&value, 1};

@@ -36,6 +36,7 @@ class Stop : public std::exception {
 [[noreturn]] void stop(int code, std::string_view what, std::string_view where = {},
                        std::string_view fix = {});
 
+// A row of the table of codes.
 struct StopCode {
     int code;                  // exit status; 1 for failures known by their text alone
     std::string_view subject;  // part of the program, or the text itself where the code is 1

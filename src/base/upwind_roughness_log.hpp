@@ -9,6 +9,8 @@ namespace torvex {
 // which later runs take over. The name is without the prefix of a run.
 std::string upwind_roughness_name(const std::string& tag);
 
+// Writes z_up [m] so that reading gives its very bits back. Stops with 1 where the file cannot be
+// written.
 void write_upwind_roughness(const std::string& path, float z_up);
 
 // Nothing where the file cannot be opened. Stops with 1 where it does not begin with a finite

@@ -21,6 +21,7 @@ struct ScanRules {
     bool slash_in_words = false;  // "/" is an ordinary character of an unquoted word
 };
 
+// One value of a list as it stands in the text.
 struct ValueToken {
     enum class Kind {
         null,      // nothing between two commas, or a bare repeat count: the item keeps its value

@@ -54,11 +54,11 @@ struct ColumnLists {
           lists(static_cast<std::size_t>(nx_) * static_cast<std::size_t>(ny_)),
           sums(nx_, ny_) {}
 
-    Ring<CanopyPiece>& at(int i, int j) { return lists[place(i, j)]; }
-    const Ring<CanopyPiece>& at(int i, int j) const { return lists[place(i, j)]; }
+    Ring<CanopyPiece>& at(int i, int j) { return lists[index(i, j)]; }
+    const Ring<CanopyPiece>& at(int i, int j) const { return lists[index(i, j)]; }
 
  private:
-    std::size_t place(int i, int j) const {
+    std::size_t index(int i, int j) const {
         return static_cast<std::size_t>(i - 1) +
                static_cast<std::size_t>(nx) * static_cast<std::size_t>(j - 1);
     }

@@ -18,6 +18,7 @@ struct Layer {
     double dz() const { return high - low; }
 };
 
+// Layer k = 1.. of column (i,j), heights above its ground [m].
 inline Layer layer_of(const LayerLevels& levels, int i, int j, int k) {
     return {levels.level(i, j, k), levels.level(i, j, k + 1)};
 }

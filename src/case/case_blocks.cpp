@@ -60,7 +60,7 @@ void read_nest_points(const CaseText& file, CaseSettings& settings, RunLog& log)
     }
     const CaseGroup& block = keyed_block("nest_points");
     read_table_key(file, block.name, key_of(block, "nest_mode"), settings);
-    if (settings.nest.nest_mode == 0) {
+    if (!settings.nested()) {
         return;
     }
     for (const CaseKey& key : block.keys) {

@@ -106,7 +106,7 @@ void check_limits(const CaseText& file, const CaseSettings& settings, const KeyL
                   "at least 1 (it has no default)");
     check_sweeps(check, settings);
     check_choices(check, settings);
-    if (settings.WIND_TUNNEL_MODE > 0) {
+    if (settings.wall_on_top()) {
         check.above_zero("WIND_TUNNEL_Z0", settings.WIND_TUNNEL_Z0);
     }
     if (settings.BOUNDARY_HEIGHT_MODE == 1) {
@@ -116,7 +116,7 @@ void check_limits(const CaseText& file, const CaseSettings& settings, const KeyL
         check_parent_kind(check, settings);
     }
     if (settings.TORVEX_MODE != 0) {
-        if (settings.nest.nest_mode != 0) {
+        if (settings.nested()) {
             check.integer("TORVEX_MODE", settings.TORVEX_MODE, false,
                           "0 in a nested run: a child takes its mesh from its parent");
         }

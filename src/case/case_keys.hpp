@@ -40,6 +40,7 @@ struct SiteField {
     std::size_t length = 0;
 };
 
+// A namelist group or a keyed block.
 struct CaseGroup {
     std::string_view name;
     std::string_view message;  // told in the log once the group is read; blank: none
@@ -51,8 +52,10 @@ std::span<const CaseGroup> namelist_groups();
 
 // The keyed blocks nest_points, canopy_parameters, shp_parameters and user_domain, each optional.
 std::span<const CaseGroup> keyed_blocks();
+// The block of that name, which there must be.
 const CaseGroup& keyed_block(std::string_view name);
 
+// The fields that a site may have, as in SITE(n)%LABEL.
 std::span<const SiteField> site_fields();
 
 // "I", "R", "L", "C 20", "R[361]": type and extent of a key.

@@ -39,8 +39,7 @@ constexpr Switch given_top{"USE_DEFAULT_MAX_Z = F",
                            [](const S& s) { return !s.USE_DEFAULT_MAX_Z; }};
 constexpr Switch profile{"SPECIFY_INFLOW_PROFILE = T",
                          [](const S& s) { return s.SPECIFY_INFLOW_PROFILE; }};
-constexpr Switch tunnel{"WIND_TUNNEL_MODE above 0",
-                        [](const S& s) { return s.WIND_TUNNEL_MODE > 0; }};
+constexpr Switch tunnel{"WIND_TUNNEL_MODE above 0", [](const S& s) { return s.wall_on_top(); }};
 constexpr Switch epsilon{"TURBULENCE_MODEL 1, 3 or 4",
                          [](const S& s) { return s.TURBULENCE_MODEL != 2; }};
 constexpr Switch mixing_length{"TURBULENCE_MODEL 2 or 4", [](const S& s) {
@@ -53,12 +52,12 @@ constexpr Switch boost_epsilon{"BOOSTCAL = T and TURBULENCE_MODEL 1, 3 or 4",
 constexpr Switch not_boosted{"BOOSTCAL = F", [](const S& s) { return !s.BOOSTCAL; }};
 constexpr Switch accelerated{"ACCEL = 1 and BOOSTCAL = F",
                              [](const S& s) { return s.ACCEL == 1 && !s.BOOSTCAL; }};
-constexpr Switch canopy{"canopy_mode = 1", [](const S& s) { return s.canopy.canopy_mode == 1; }};
+constexpr Switch canopy{"canopy_mode = 1", [](const S& s) { return s.canopy_on(); }};
 constexpr Switch density_form{"canopy_mode = 1 and src_included_model = T", [](const S& s) {
-                                  return s.canopy.canopy_mode == 1 && s.canopy.src_included_model;
+                                  return s.canopy_on() && s.canopy.src_included_model;
                               }};
 constexpr Switch circle{"modify_terrain = T", [](const S& s) { return s.canopy.modify_terrain; }};
-constexpr Switch nested{"nest_mode not 0", [](const S& s) { return s.nest.nest_mode != 0; }};
+constexpr Switch nested{"nest_mode not 0", [](const S& s) { return s.nested(); }};
 constexpr Switch user_domain{"TORVEX_MODE not 0", [](const S& s) { return s.TORVEX_MODE != 0; }};
 constexpr Switch user_profile{"TORVEX_MODE not 0 and inlet = 1",
                               [](const S& s) { return s.TORVEX_MODE != 0 && s.user.inlet == 1; }};

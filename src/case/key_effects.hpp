@@ -17,6 +17,7 @@ struct KeyEffect {
     bool never() const { return acts == nullptr; }
 };
 
+// The whole table, in the order of the case file.
 std::span<const KeyEffect> key_effects();
 
 // Nothing for a key that always acts.

@@ -56,6 +56,7 @@ struct UnknownKey {
     std::string name;
     long line = 0;
 };
+// In the order of their lines; nothing where the file has no such block.
 std::vector<UnknownKey> unknown_keys(const CaseText& file, const CaseGroup& block);
 
 }  // namespace torvex

@@ -24,6 +24,7 @@ struct ShapeSetKey {
     std::string_view meaning;
     std::size_t length = 0;  // characters kept of a text
 };
+// The keys that each of the three sets may have.
 std::span<const ShapeSetKey> shape_set_keys();
 
 // True for a key of a set: one of the table, or %mod_1 and so on, behind one of the three names.

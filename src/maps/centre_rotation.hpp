@@ -12,6 +12,7 @@ struct CentreRotation {
     float c = 0;
 };
 
+// For the direction that the wind comes from [deg].
 inline CentreRotation centre_rotation(float wind_direction) {
     constexpr float pi = 3.1415927F;
     const float theta = wind_direction - 270.0F;

@@ -29,6 +29,7 @@ struct CoordinateFrame {
 // stops 1 for a number that is none of them; `where` tells where it was given
 CoordinateFrame coordinate_frame(int id, const std::string& where);
 
+// A geographic point [minutes of arc].
 struct MinutesOfArc {
     double lon = 0;
     double lat = 0;
@@ -43,6 +44,7 @@ struct FramePoint {
     double X = 0;
     double Y = 0;
 };
+// Not for metres from the centre.
 FramePoint frame_point(const CoordinateFrame& frame, const MinutesOfArc& at);
 
 }  // namespace torvex

@@ -147,7 +147,7 @@ TerrainMap placed_map(const MapHeader& header, const CaseSettings& settings, int
 std::optional<DirectionMaps> placed_by_headers(const CaseSettings& settings, int& datum) {
     DirectionMaps maps;
     bool good = true;
-    const auto place = [&](bool named, const std::string& path, TerrainMap& map) {
+    const auto locate = [&](bool named, const std::string& path, TerrainMap& map) {
         if (!named || !good) {
             return;
         }
@@ -158,10 +158,10 @@ std::optional<DirectionMaps> placed_by_headers(const CaseSettings& settings, int
             datum = header.datum;
         }
     };
-    place(!without_terrain(settings), settings.BASIC_H_FILE, maps.basic_h);
-    place(settings.detailed_h_given, settings.DETAILED_H_FILE, maps.detailed_h);
-    place(!without_roughness(settings), settings.BASIC_Z0_FILE, maps.basic_z0);
-    place(settings.detailed_z0_given, settings.DETAILED_Z0_FILE, maps.detailed_z0);
+    locate(!without_terrain(settings), settings.BASIC_H_FILE, maps.basic_h);
+    locate(settings.detailed_h_given, settings.DETAILED_H_FILE, maps.detailed_h);
+    locate(!without_roughness(settings), settings.BASIC_Z0_FILE, maps.basic_z0);
+    locate(settings.detailed_z0_given, settings.DETAILED_Z0_FILE, maps.detailed_z0);
     return good ? std::optional(maps) : std::nullopt;
 }
 

@@ -7,6 +7,7 @@ namespace torvex {
 // Minutes of arc of a triple, d*60 + m + s/60, the members as they stand.
 double minutes_of(const Triple& angle);
 
+// What a minute of arc measures on the ground.
 struct MetresPerMinute {
     float lon = 0;  // metres per minute of longitude
     float lat = 0;  // metres per minute of latitude
@@ -16,6 +17,7 @@ struct MetresPerMinute {
 // ellipsoid (e2 = 0.00669447 as such), 1 Tokyo, 2 JGD2000, 3 WGS84.
 MetresPerMinute metres_per_minute(double lat_minutes, int datum);
 
+// A point in the axes of the mesh, from its centre.
 struct MeshPosition {
     float x = 0;  // downwind [m]
     float y = 0;  // to the left of the wind [m]

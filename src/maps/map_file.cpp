@@ -138,7 +138,7 @@ std::shared_ptr<const Field2> read_values(MapBytes& bytes, const MapHeader& head
     for (int j = 1; j <= header.rows; ++j) {
         const std::span<float> row(values->data() + columns * static_cast<std::size_t>(j - 1),
                                    columns);
-        const RowPlace at{.row = j, .line = input.line(), .text = input.rest()};
+        const RowInFile at{.row = j, .line = input.line(), .text = input.rest()};
         if (!input.read_row(row.data(), columns)) {
             const ListFault& fault = input.fault();
             const std::string problem =

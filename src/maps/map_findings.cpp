@@ -49,7 +49,7 @@ bool is_odd(float value, bool roughness) {
 }
 
 // The line that holds a column of a row: the row is read again as far as there.
-long line_of(const RowPlace& at, std::size_t column) {
+long line_of(const RowInFile& at, std::size_t column) {
     std::vector<float> values(column);
     ListInput again(at.text, at.line);
     again.read_row(values.data(), column);
@@ -121,8 +121,8 @@ bool odd_spacing(float d) {
 
 }  // namespace
 
-void add_row(std::span<const float> row, const RowPlace& at, const ListInput& input, bool roughness,
-             MapFindings& findings) {
+void add_row(std::span<const float> row, const RowInFile& at, const ListInput& input,
+             bool roughness, MapFindings& findings) {
     const Range range = range_of(row);
     findings.smallest = std::min(findings.smallest, range.low);
     findings.largest = std::max(findings.largest, range.high);

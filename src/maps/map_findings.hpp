@@ -40,15 +40,15 @@ inline constexpr float widest_spacing = 5000.0F;     // [m]
 inline constexpr float closest_spacing = 0.1F;       // [m]
 
 // Where a row of a map stands in its file.
-struct RowPlace {
+struct RowInFile {
     int row = 0;
     long line = 0;          // in which it begins
     std::string_view text;  // of the file, from there on
 };
 
 // Adds a row that `input` has just read.
-void add_row(std::span<const float> row, const RowPlace& at, const ListInput& input, bool roughness,
-             MapFindings& findings);
+void add_row(std::span<const float> row, const RowInFile& at, const ListInput& input,
+             bool roughness, MapFindings& findings);
 
 // A map as its lines name it: what it is, its file, and the metres between its points.
 struct MapLabel {

@@ -30,6 +30,7 @@ struct DegreeExtent {
     double south = 0, north = 0;
 };
 
+// Of a header whose error is 0.
 DegreeExtent degree_extent(const MapHeader& header);
 
 // Reads the header and leaves `input` at the first data row. An x-y map is recognised and refused

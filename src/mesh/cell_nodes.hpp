@@ -22,6 +22,7 @@ struct NodePair {
     int lo, hi;
 };
 
+// The pair of cell 1..planes + 1 along an axis of so many node planes.
 inline NodePair node_pair(int cell, int planes) {
     return {std::max(cell - 1, 1), std::min(cell, planes)};
 }

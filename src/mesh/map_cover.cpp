@@ -65,8 +65,7 @@ std::vector<float> middles(const std::vector<float>& planes) {
 
 // A mesh that was made elsewhere needs no cell size either.
 bool lines_from_study_area(const CaseSettings& settings) {
-    return settings.MIN_DXY > 0.0F && trimmed(settings.XYCONF).empty() &&
-           settings.nest.nest_mode == 0;
+    return settings.MIN_DXY > 0.0F && trimmed(settings.XYCONF).empty() && !settings.nested();
 }
 
 bool covered_in_all_directions(const CaseSettings& settings, const MeshLines& lines,
@@ -167,7 +166,7 @@ MapCover map_cover(const CaseSettings& settings, const MeshLines& lines, const D
         // The detailed terrain counts only where the basic one is too.
         cover.terrain = holds_plan(maps.basic_h, nodes, mesh_rotation(angle));
     }
-    if (settings.TERRAIN_MODE != "flat" && settings.canopy.canopy_mode != 1) {
+    if (settings.TERRAIN_MODE != "flat" && !settings.canopy_on()) {
         const Plan centres{middles(nodes.x), middles(nodes.y)};
         cover.roughness =
             either_holds_plan(maps.detailed_z0, maps.basic_z0, centres, roughness_rotation(angle));

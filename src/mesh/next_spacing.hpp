@@ -29,6 +29,7 @@ struct SpacingWalk {
 
 inline constexpr int most_cells_outward = 20000;  // longest node line on one side of the centre
 
+// The law of the mesh keys, whose values have been checked. MESH_HRATIO = 1 stretches without end.
 SpacingLaw spacing_law(const CaseSettings& settings);
 
 // One cell further. A walk beyond most_cells_outward ends the run with status 1.

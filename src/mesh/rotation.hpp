@@ -2,6 +2,7 @@
 
 namespace torvex {
 
+// A point on the map, from the case centre.
 struct MapPoint {
     float X = 0;  // metres east of the case centre
     float Y = 0;  // and north
@@ -18,11 +19,13 @@ struct MeshRotation {
 
 // The rotation for a wind from `wind_direction` [deg]. The cosine is made exactly 0 for winds from
 // 0 and 180 degrees; the small residues at the other quarter turns stand, so that meshes keep their
-// bits from one version to the next.
+// bits from one version to the next. centre_rotation (maps/centre_rotation.hpp), in which a study
+// area and its sites are laid out, turns by the wind less 270 degrees and is exact at 360 instead:
+// in single precision the two differ in their last bits, and each file keeps those it always had.
 MeshRotation mesh_rotation(float wind_direction);
 
 // The rotation with which cell centres are laid on the roughness maps: the small residue of every
-// cosine stands.
+// cosine stands, as in the fields of earlier runs.
 MeshRotation roughness_rotation(float wind_direction);
 
 }  // namespace torvex

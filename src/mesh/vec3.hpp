@@ -13,6 +13,7 @@ inline Vec3 operator-(const Vec3& p, const Vec3& q) {
     return {p.x - q.x, p.y - q.y, p.z - q.z};
 }
 
+// Sums run from x to z: other orders would change last bits.
 inline float dot(const Vec3& p, const Vec3& q) {
     return p.x * q.x + p.y * q.y + p.z * q.z;
 }

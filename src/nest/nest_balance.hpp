@@ -13,6 +13,7 @@ struct NestBalance {
 
     double surplus() const { return inflow - outflow; }
 };
+// By the area vectors of the boundary faces and the velocities on them, in double precision.
 NestBalance nest_balance(const GridGeometry& g, const FlowState& s);
 
 // With nest_bc_ofix adds one speed to u on the outflow plane, so that as much flows out as in.

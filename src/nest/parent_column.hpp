@@ -19,6 +19,7 @@ struct HeightMap {
 
     float operator()(float h) const { return h <= Hc ? h : Hc + (h - Hc) * stretch; }
 };
+// For the heights of two columns, above 0 [m].
 HeightMap height_map(float CONSTANT_DZ_HEIGHT, float Hp, float Hchild);
 
 // Height of a column from its ground to its top [m].
@@ -40,6 +41,7 @@ struct ColumnLevel {
 // Above the top the top holds.
 ColumnLevel level_at(const GridGeometry& g, int i, int j, float h);
 
+// A field of the parent at a level of column (i,j).
 inline float value_at(const Field3& q, int i, int j, const ColumnLevel& at) {
     return (1.0F - at.w) * q(i, j, at.k) + at.w * q(i, j, at.k + 1);
 }

@@ -246,7 +246,7 @@ Parent read_parent(const NestPass& pass, const std::string& stem) {
     }
     read_mesh(pass, cells, parent);
     read_result(pass, cells, parent);
-    if (pass.settings.canopy.canopy_mode == 1) {
+    if (pass.settings.canopy_on()) {
         look_at_canopy(pass, cells, stem);
     }
     warn_of_other_tops(pass, parent.grid);

@@ -36,14 +36,14 @@ class Placing {
           settings_(settings),
           per_minute_(metres_per_minute(settings.cent_lat_min, settings.GS)) {}
 
-    void place(ShapeEntity& entity) const {
+    void to_metres(ShapeEntity& entity) const {
         for (std::size_t n = 0; n < entity.x.size(); ++n) {
-            place(entity.number, entity.x[n], entity.y[n]);
+            to_metres(entity.number, entity.x[n], entity.y[n]);
         }
     }
 
  private:
-    void place(int entity, double& x, double& y) const {
+    void to_metres(int entity, double& x, double& y) const {
         if (frame_.metres_from_centre()) {
             return;
         }
@@ -180,7 +180,7 @@ CanopySource read_canopy_source(const ShapeSet& set, const CaseSettings& setting
     const auto radius = static_cast<double>(settings.shape.shp_or_radius);
 
     const ShapeLayer layer = read_shape_file(set, [&](ShapeEntity& shape) {
-        placing.place(shape);
+        placing.to_metres(shape);
         const double distance = distance_of_box(shape);
         if (radius > 0 && !(distance < radius)) {
             ++source.beyond_radius;

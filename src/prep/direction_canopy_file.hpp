@@ -22,6 +22,7 @@ struct SetOnMesh {
     double cover_area = 0;  // cover times area of the columns [m2]
 };
 
+// The canopy of a direction before it is written, and what its report tells of.
 struct DirectionCanopy {
     std::vector<SetOnMesh> sets;  // those that are on
     CanopyRecords records;

@@ -73,7 +73,7 @@ std::vector<CanopySource> read_sources(PrepCase& prep) {
 
 // Warns of what a run would make of the files.
 void warn_of_mode(PrepCase& prep) {
-    if (prep.settings.canopy.canopy_mode == 0) {
+    if (!prep.settings.canopy_on()) {
         prep.log.warn("canopy_mode is 0: the canopy files are written, but no run reads them.");
     }
 }

@@ -16,6 +16,7 @@ struct LinePlace {
 
     bool inside() const { return i > 0; }
 };
+// The place of x on a list that rises strictly.
 LinePlace place_on(float x, const Line1& line);
 
 // wy (wx c + (1-wx) d) + (1-wy) (wx b + (1-wx) a), with the four values at (i,j), (i+1,j),

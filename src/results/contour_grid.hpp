@@ -19,6 +19,7 @@ struct ContourGrid {
 inline constexpr std::string_view terrain_range = "0.0 4000.0";
 inline constexpr std::string_view roughness_range = "0.0 10.0";
 
+// Writes the file as a whole; stops with 1 where it cannot be written.
 void write_contour_grid(const std::string& path, const ContourGrid& grid);
 
 }  // namespace torvex

@@ -15,6 +15,7 @@ struct ColumnPlace {
 
     bool inside() const { return x.inside() && y.inside(); }
 };
+// Outside where x or y lies beyond the outermost cell centres.
 ColumnPlace column_place(MeshPosition at, const GridGeometry& grid);
 
 // A field level by level: bilinear in the four columns round a place, or as column (i,j) has it.

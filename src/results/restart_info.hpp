@@ -16,6 +16,7 @@ namespace torvex {
 // A residual that nobody knows; it never passes a convergence test.
 inline constexpr float unknown_residual = 1.0e25F;
 
+// What the file holds; extents in a nested run only.
 struct RestartInfo {
     std::int32_t outer_count = 0;
     float resid_m = unknown_residual;

@@ -29,6 +29,7 @@ inline constexpr std::string_view z0_name = "z0.tuf";
 inline constexpr std::string_view xyzc_name = "xyzc.tuf";
 inline constexpr std::string_view vpkeinp_name = "vpkeinp.tuf";
 
+// Counts of the elements of an array along i, j and k.
 struct Extents {
     std::int32_t ni = 0, nj = 0, nk = 0;
     friend bool operator==(const Extents&, const Extents&) = default;
@@ -64,6 +65,7 @@ std::string result_name(std::int32_t iteration);
 // result corrected by another tool, else stem + "vpkeout_00480.tuf".
 std::string newest_result_path(const std::string& stem, std::int32_t iteration);
 
+// The mesh nodes, the ground's roughness, the cell centres, and the start fields.
 void write_xyz(const std::string& stem, const Field3& xn, const Field3& yn, const Field3& zn);
 void write_z0(const std::string& stem, const Field2& z0);
 void write_xyzc(const std::string& stem, const Field3& xc, const Field3& yc, const Field3& zc);
@@ -90,6 +92,7 @@ void read_z0(const std::string& path, Field2& z0, const ReadCodes& codes = z0_co
 // The start fields have their room.
 bool read_vpkeinp(const std::string& path, FlowState& flow);
 
+// What a result tells beside its fields.
 struct StoredResult {
     std::int32_t id = 0;
     std::int32_t outer_count = 0;

@@ -17,6 +17,7 @@ struct CanopyClass {
     int id = 0;              // as the file counts its rows
 };
 
+// The rows of a table of classes, in the order of its file.
 struct CanopyConvTable {
     std::vector<CanopyClass> rows;  // none until the first read, then 15
 };

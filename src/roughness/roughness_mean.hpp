@@ -21,6 +21,7 @@ inline double R(float z0) {
     return 1.0 / (L * L);
 }
 
+// The roughness length [m] of a mean R; 0 for R = 0.
 inline float Z(double R) {
     return static_cast<float>(10.0 / std::exp(1.0 / std::sqrt(R)));
 }

@@ -17,6 +17,7 @@ enum class DirectionEnd : std::uint8_t {
     diverged
 };
 
+// A direction of the run for its last line.
 struct DirectionRecord {
     float angle = 0;  // where the wind comes from [deg]
     DirectionEnd end = DirectionEnd::not_begun;

@@ -122,7 +122,7 @@ class Gathering {
             note("ELEVATION_CORRECTION_FACTOR",
                  text_of(s.ELEVATION_CORRECTION_FACTOR(direction_.iwd)));
         }
-        if (s.canopy.canopy_mode == 1) {
+        if (s.canopy_on()) {
             const std::string path = direction_.restart_stem + std::string(canopy_file_name);
             file(path, path);
         }

@@ -119,7 +119,7 @@ Prepared resume(Run& run, Direction& direction) {
     }
     if (user_domain) {
         read_user_canopy(run, direction);
-    } else if (run.settings.canopy.canopy_mode == 1) {
+    } else if (run.settings.canopy_on()) {
         return prepare_canopy(run, direction);
     }
     return Prepared::to_solve;
@@ -132,7 +132,7 @@ Prepared prepare_from_maps(Run& run, Direction& direction) {
     forget_saved_states(run, direction);
     write_xyz(direction.restart_stem, grid.xn, grid.yn, grid.zn);
     make_cell_geometry(direction);
-    if (run.settings.canopy.canopy_mode != 1) {
+    if (!run.settings.canopy_on()) {
         prepare_roughness(run, direction, maps);
     } else if (prepare_canopy(run, direction) == Prepared::unusable) {
         return Prepared::unusable;

@@ -140,7 +140,7 @@ void read_user_canopy(Run& run, Direction& direction) {
     read_direction_canopy(file, run, direction);
     FlowState& flow = direction.flow;
     check_roughness(flow.z0, file);
-    if (run.settings.canopy.canopy_mode == 0) {
+    if (!run.settings.canopy_on()) {
         // Only the roughness of the file counts then.
         for (Field3* field : {&flow.gp_d, &flow.gp_k, &flow.gp_e}) {
             field->release();

@@ -19,7 +19,7 @@ void write_result(const Run& run, const Direction& direction, int iteration, flo
 RestartInfo info_of(const Run& run, const Direction& direction, int iteration,
                     const Residuals& residuals) {
     RestartInfo info{iteration, residuals.m, residuals.u, residuals.v, residuals.w};
-    if (run.settings.nest.nest_mode != 0) {
+    if (run.settings.nested()) {
         info.nest_extents = Extents{direction.grid.ni, direction.grid.nj, direction.grid.nk};
     }
     return info;

@@ -42,6 +42,7 @@ struct Run {
     bool append_convergence_logs = false;    // a direction of this run has been resumed
 };
 
+// Normalised residuals of the equations, see the section on convergence in docs/theory.md.
 struct Residuals {
     float m = 0;
     float u = 0;

@@ -88,7 +88,7 @@ void read_settings(const CaseText& file, CaseSettings& settings, Run& run) {
     check_limits(file, settings, lines);
     warn_of_case(file, settings, lines, run.log);
 
-    if (settings.nest.nest_mode != 0) {
+    if (settings.nested()) {
         settings.nest.lon = settings.CENT_LON;
         settings.nest.lat = settings.CENT_LAT;
         settings.run_prefix = "nest-";

@@ -22,6 +22,7 @@ enum class Kept {
 
 enum class Models { all, with_length };  // models 2 and 4 have a mixing length
 
+// A field: name, unit and meaning as files and readers tell them, and where it stands.
 struct FlowField {
     std::string_view name;
     std::string_view unit;
@@ -69,6 +70,7 @@ inline constexpr std::array flow_fields{
     FlowField{"coefZe", "m3/(s Pa)", "flux per pressure drop at the top face", &FlowState::coefZe},
 };
 
+// Whether a run of that model has the field.
 constexpr bool has_field(int turbulence_model, const FlowField& f) {
     return f.models == Models::all || turbulence_model == 2 || turbulence_model == 4;
 }

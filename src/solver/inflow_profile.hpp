@@ -15,6 +15,7 @@ struct InflowProfile {
     std::vector<float> tke;     // turbulence energy [m2/s2]
 };
 
+// For a height h above the ground [m].
 inline ProfilePlace place_in(const InflowProfile& profile, float h) {
     return place_in(profile.height, h);
 }

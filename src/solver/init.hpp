@@ -19,6 +19,7 @@ void INIT(const CaseSettings& settings, const GridGeometry& g, float wd_angle,
 void fill_dissipation(const CaseSettings& settings, const GridGeometry& g, FlowState& s);
 void fill_viscosity(const CaseSettings& settings, FlowState& s);
 
+// Of the centre of cell (i,j,k) above the ground of its column [m].
 inline float height_above_ground(const GridGeometry& g, int i, int j, int k) {
     return g.zc(i, j, k) - g.zc(i, j, 1);
 }

@@ -22,6 +22,7 @@ struct Sources {
     Array3<double>& su;
     Array3<double>& sp;
 };
+// The system's own.
 inline Sources sources_of(LinearSystem& eq) {
     return {.su = eq.su, .sp = eq.sp};
 }

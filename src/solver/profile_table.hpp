@@ -30,6 +30,7 @@ std::optional<TableFault> read_profile_table(std::string_view text, std::size_t 
 std::optional<TableFault> read_profile_line(std::string_view line, long number,
                                             std::span<float> values);
 
+// True for no values at all.
 bool all_finite(std::span<const float> values);
 
 // A place between two levels of a profile.

@@ -19,6 +19,7 @@ float residual_sum(const CellRange& cells, const LinearSystem& eq, const Field3&
 std::optional<float> residual_sum_below(const CellRange& cells, const LinearSystem& eq,
                                         const Field3& phi, float ratio, float r0);
 
+// What a monitor step asks of an equation.
 struct EquationSums {
     float residual;  // sum of |r|, pinned cells left out
     float scale;     // sum of |ap phi| or, for a velocity component, of |ap| times the speed
@@ -27,6 +28,7 @@ struct EquationSums {
 // Both sums over the cells of a range in one pass: scale is that of |ap phi|.
 EquationSums equation_sums(const CellRange& cells, const LinearSystem& eq, const Field3& phi);
 
+// The three components, ni*nj*nk each [m/s].
 struct Velocity {
     const Field3& u;
     const Field3& v;

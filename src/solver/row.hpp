@@ -29,6 +29,7 @@ class Row {
     int offset_;
 };
 
+// Row (j,k), or row j of a field in plan, from i = 1 on.
 template <class T>
 Row<const T> row(const Array3<T>& x, int j, int k) {
     return {&x(1, j, k), x.ni()};

@@ -49,6 +49,7 @@ void store(T* p, V v) {
     std::memcpy(p, &v, sizeof v);
 }
 
+// To double precision and back, cell by cell.
 template <class V>
 Wide<V> widen(V x) {
     if constexpr (std::is_same_v<V, float>) {

@@ -17,6 +17,7 @@ struct FieldRows {
     const float* bottom;
 };
 
+// From an interior cell on, so that all neighbours are there.
 inline FieldRows field_rows(const Field3& phi, int i, int j, int k) {
     return {&phi(i, j, k), &phi(i, j + 1, k), &phi(i, j - 1, k), &phi(i, j, k + 1),
             &phi(i, j, k - 1)};

@@ -11,6 +11,7 @@ struct GridLines {
     std::vector<double> x;  // ascending [m]
     std::vector<double> y;
 };
+// Takes copies of the lines; both lists rise.
 void set_grid_lines(GridLines& lines, const std::vector<double>& x, const std::vector<double>& y);
 
 // Where the straight line through two points of a grid line meets that through a segment.

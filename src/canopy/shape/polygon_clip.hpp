@@ -4,6 +4,7 @@
 
 namespace torvex {
 
+// A point in plan [m].
 struct PlanPoint {
     double x = 0;
     double y = 0;

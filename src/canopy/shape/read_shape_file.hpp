@@ -8,6 +8,7 @@
 
 namespace torvex {
 
+// What a shapefile and its table gave.
 struct ShapeLayer {
     std::vector<ShapeEntity> entities;  // those that were kept
     int count = 0;                      // entities of the file, all

@@ -170,25 +170,25 @@ void ShapeBytes::read_index(const std::string& shx) {
     if (!index.read(header_bytes, bytes)) {
         damaged(shx, "the index cannot be read");
     }
-    places_.resize(static_cast<std::size_t>(told));
-    for (std::size_t n = 0; n < places_.size(); ++n) {
+    spans_.resize(static_cast<std::size_t>(told));
+    for (std::size_t n = 0; n < spans_.size(); ++n) {
         const unsigned char* entry = bytes.data() + n * index_entry_bytes;
-        places_[n] = {std::int64_t{2} * big(entry), std::int64_t{2} * big(entry + 4)};
-        const Place& place = places_[n];
-        if (place.at < header_bytes || place.bytes < 4 ||
-            place.at + record_head_bytes + place.bytes > shp_.size()) {
+        spans_[n] = {std::int64_t{2} * big(entry), std::int64_t{2} * big(entry + 4)};
+        const Span& span = spans_[n];
+        if (span.at < header_bytes || span.bytes < 4 ||
+            span.at + record_head_bytes + span.bytes > shp_.size()) {
             damaged(shx, "entity " + std::to_string(n) + " lies outside the .shp");
         }
     }
 }
 
 void ShapeBytes::check(int i) {
-    const Place& place = places_[static_cast<std::size_t>(i)];
-    record_.resize(static_cast<std::size_t>(record_head_bytes + place.bytes));
-    if (!shp_.read(place.at, record_)) {
+    const Span& span = spans_[static_cast<std::size_t>(i)];
+    record_.resize(static_cast<std::size_t>(record_head_bytes + span.bytes));
+    if (!shp_.read(span.at, record_)) {
         fail("the record cannot be read", i);
     }
-    if (std::int64_t{2} * big(record_.data() + 4) != place.bytes) {
+    if (std::int64_t{2} * big(record_.data() + 4) != span.bytes) {
         fail("the length of the record is not that of the index", i);
     }
     const int type = little(record_.data() + record_head_bytes);

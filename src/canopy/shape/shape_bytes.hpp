@@ -15,6 +15,7 @@ namespace torvex {
 struct ShapeFileNames {
     std::string shp, shx, dbf;  // blank where there is none
 };
+// For the name of any of the three, or their stem without an extension.
 ShapeFileNames shape_file_names(const std::string& name);
 
 // Reads pieces of a file.
@@ -40,7 +41,7 @@ class ShapeBytes {
     // The headers, and the index against the size of the file.
     void open(const ShapeFileNames& names);
 
-    int count() const { return static_cast<int>(places_.size()); }
+    int count() const { return static_cast<int>(spans_.size()); }
     int type() const { return type_; }
 
     // The record of entity i, from 0: its frame, counts, parts, and that all coordinates are
@@ -48,7 +49,7 @@ class ShapeBytes {
     void check(int i);
 
  private:
-    struct Place {
+    struct Span {
         std::int64_t at = 0;
         std::int64_t bytes = 0;
     };
@@ -60,7 +61,7 @@ class ShapeBytes {
 
     FileBytes shp_;
     std::string name_;
-    std::vector<Place> places_;  // of the records, by entity
+    std::vector<Span> spans_;  // of the records, by entity
     std::vector<unsigned char> record_;
     int type_ = 0;
 };

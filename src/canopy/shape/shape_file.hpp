@@ -12,6 +12,7 @@ struct ShapeBox {
     double min_x = 0, min_y = 0, max_x = 0, max_y = 0;
 };
 
+// What the header tells.
 struct ShapeFileInfo {
     int type = 0;   // by the number of the format: 5 polygon, 15 with Z, 25 with M
     int count = 0;  // entities
@@ -27,6 +28,7 @@ struct ShapeObject {
 
 // "5 POLYGON": number and word of a shape type.
 std::string shape_type_name(int type);
+// True for polygons, also with Z or M.
 bool is_polygon_type(int type);
 
 // A shapefile that is open for reading. What it returns is 0, or 1 after a line on the console that

@@ -16,6 +16,7 @@ struct SampleLines {
     Line1 x;  // east [m]
     Line1 y;  // north [m]
 };
+// ni + 1 and nj + 1 lines; the centre in minutes of arc.
 SampleLines sample_lines(const DegreeRaster& raster, double centre_lon, double centre_lat,
                          MetresPerMinute metres);
 

@@ -21,6 +21,7 @@ struct TileSet {
 std::optional<int> datum_of_tiles(const TileSet& set, const ConversionSettings& settings,
                                   RunLog& log);
 
+// What became of the tiles of an area.
 struct TileRaster {
     DegreeRaster raster;
     int tiles = 0;
