@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
+#include <limits>
 
 #include "mesh/integer_power.hpp"
 #include "mesh_cases.hpp"
@@ -47,6 +49,19 @@ TEST(SpacingLaw, CountsFineAndStretchedCells) {
     const SpacingLaw law = spacing_law(flat_case());
     EXPECT_EQ(law.n_fine, 10);     // 500 / 50
     EXPECT_EQ(law.n_stretch, 13);  // ln 4 / ln 1.1 - 1 = 13.54
+}
+
+// The walk compares with the sum of both counts.
+TEST(SpacingLaw, CountsBeyondAllMeshesStillAddUp) {
+    CaseSettings settings = flat_case();
+    settings.MIN_DXY = 1.0e-30F;
+    settings.MAX_DXY = 1.0e30F;
+    settings.MIN_DXY_RAD = 1.0e30F;
+    settings.MESH_HRATIO = std::nextafter(1.0F, 2.0F);
+    const SpacingLaw law = spacing_law(settings);
+    EXPECT_GT(law.n_fine, most_cells_outward);
+    EXPECT_GT(law.n_stretch, most_cells_outward);
+    EXPECT_LE(std::int64_t{law.n_fine} + law.n_stretch, std::numeric_limits<int>::max());
 }
 
 TEST(SpacingLaw, WidthsFollowTheThreeParts) {

@@ -155,12 +155,17 @@ TEST(DstrMomen, ScaleIsHeldAndStillAirIsLeftAlone) {
         c.flow.u(1, j, 4) = 900.0F;
         c.flow.u(1, j, 5) = 0.0F;
         c.flow.u(1, j, 6) = -5.0F;
+        c.flow.u(1, j, 7) = 0.9e-6F;
+        c.flow.u(1, j, 8) = 1.2e-6F;
     }
     dstrMomen(c.pass(), c.parent, c.flow);
     EXPECT_FLOAT_EQ(c.flow.u(1, 3, 3), 0.02F);
     EXPECT_FLOAT_EQ(c.flow.u(1, 3, 4), 450.0F);
     EXPECT_EQ(c.flow.u(1, 3, 5), 0.0F);
     EXPECT_FLOAT_EQ(c.flow.u(1, 3, 6), -2.5F);
+    // A micrometre a second is where still air begins.
+    EXPECT_EQ(c.flow.u(1, 3, 7), 0.9e-6F);
+    EXPECT_FLOAT_EQ(c.flow.u(1, 3, 8), 2.4e-6F);
 }
 
 TEST(DstrMomen, OtherPlanesAndTheGroundAreLeftAlone) {

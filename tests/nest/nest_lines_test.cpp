@@ -4,6 +4,7 @@
 
 #include <gmock/gmock.h>
 
+#include "maps/local_metric.hpp"
 #include "nest/nest_case.hpp"
 
 namespace torvex {
@@ -196,6 +197,23 @@ TEST_F(NestLines, CentreOutsideTheParent) {
     EXPECT_EQ(check_code(), 181);
     settings.nest.lat = Triple{35.0F, 5.0F, 1.0F};
     EXPECT_EQ(check_code(), -1);
+}
+
+// On the parent's very edge the centre is inside, and the child reaches beyond.
+TEST_F(NestLines, CentreOnTheEdgeOfTheParent) {
+    settings.nest.lat = Triple{35.0F, 5.0F, 1.0F};
+    settings.N_WIND_DIRECTION = 1;
+    settings.WIND_DIRECTION_ANGLE(1) = 270.0F;
+    settings.nest.c2xmax = settings.nest.c2ymax = 1;
+    const float north =
+        position_from_centre(minutes_of(settings.nest.lon), minutes_of(settings.nest.lat),
+                             minutes_of(settings.CENT_LON), minutes_of(settings.CENT_LAT),
+                             settings.GS, 270.0F)
+            .y;
+    sized.y_line = line_of({-north, 0, north});
+    EXPECT_EQ(check_code(), 182);
+    sized.y_line = line_of({-north, 0, 0.999F * north});
+    EXPECT_EQ(check_code(), 181);
 }
 
 // 31 m north of the centre: across the wind from 90 and 270 degrees, where 12 m of half-width are

@@ -98,6 +98,7 @@ TEST_F(ReadParent, DissipationOfTheLengthModelComesFromItsLength) {
         const Parent parent = read();
         EXPECT_NEAR(parent.flow.ted(3, 3, 3), std::pow(0.09, 0.75) * std::pow(0.5, 1.5) / 2.0,
                     1.0e-6);
+        EXPECT_NEAR(parent.flow.ted(3, 3, 2), parent.flow.ted(3, 3, 3), 1.0e-9);
         EXPECT_EQ(parent.flow.lm.size() > 0, model == 2);
         EXPECT_EQ(parent.flow.tkl.size(), 0U);
     }
@@ -133,6 +134,21 @@ TEST_F(ReadParent, MissingOrDamagedResult) {
     std::filesystem::copy_file("other-xyz.tuf", result_file,
                                std::filesystem::copy_options::overwrite_existing);
     EXPECT_THAT(failure(184), HasSubstr("id 101"));
+}
+
+// Two cells along an axis are its boundaries alone; with three there is a mesh to compare.
+TEST_F(ReadParent, ResultWithoutCellsInside) {
+    const auto write = [this](int ni, int nj, int nk) {
+        FlowState flow;
+        allocate(flow, result_fields, ni, nj, nk);
+        write_vpkeout(files.stem, 7, 0.0F, 1, flow);
+    };
+    write(2, 3, 3);
+    EXPECT_THAT(failure(184), HasSubstr("no cells inside its boundaries"));
+    write(3, 3, 2);
+    EXPECT_THAT(failure(184), HasSubstr("no cells inside its boundaries"));
+    write(3, 3, 3);
+    EXPECT_THAT(failure(184), HasSubstr(mesh_file));
 }
 
 TEST_F(ReadParent, ValuesThatAreNoNumbers) {
@@ -198,6 +214,14 @@ TEST_F(ReadParent, OtherTopIsWarnedOf) {
                               test::line_of({0, 50, 400, 1100}), hill);
     read();
     EXPECT_THAT(c.log.kept(), HasSubstr("Warning: WD 270.0: the columns of the parent are 9"));
+}
+
+// Tops within a hundredth of the column's height are those of other levels over the same ground.
+TEST_F(ReadParent, TopsThatDifferByAFewMetresAreNot) {
+    c.child = test::grid_over(test::line_of({-200, 0, 200}), test::line_of({-200, 0, 200}),
+                              test::line_of({0, 50, 400, 1004}), hill);
+    read();
+    EXPECT_THAT(c.log.kept(), Not(HasSubstr("Warning")));
 }
 
 TEST_F(ReadParent, CanopyOfTheParentIsLookedAt) {

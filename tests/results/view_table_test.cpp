@@ -275,6 +275,15 @@ TEST_F(ViewTableTest, CopyOfWhatIsNoRegularFileIsRefused) {
     EXPECT_FALSE(directory.has("copy.dat"));
 }
 
+// One byte more than four million rows of 120 bytes.
+TEST_F(ViewTableTest, CopyOfWhatNoRunWritesIsRefused) {
+    write(slots({"       2", "row"}));
+    std::filesystem::resize_file(path, 480'000'001);
+    const auto stopped = stop_of([&] { copy_view_log(path, directory.file("copy.dat")); });
+    ASSERT_TRUE(stopped);
+    EXPECT_THAT(stopped->reason(), HasSubstr("480000001 bytes, expected 480000000 at most"));
+}
+
 TEST_F(ViewTableTest, CopyThatFindsNoRoomIsNamed) {
     write(slots({"       2", "row"}));
     const test::FileSizeLimit limit(200);
