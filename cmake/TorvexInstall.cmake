@@ -2,7 +2,10 @@
 
 include(GNUInstallDirs)
 
-install(TARGETS torvex torvex-prep RUNTIME)
+install(TARGETS ${torvex_programs} RUNTIME)
+if(torvex_variant_programs)
+    install(TARGETS ${torvex_variant_programs} RUNTIME DESTINATION lib/torvex)
+endif()
 install(DIRECTORY python/torvex DESTINATION lib/python3/dist-packages
     FILES_MATCHING PATTERN "*.py" PATTERN "py.typed")
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

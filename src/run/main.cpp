@@ -6,7 +6,7 @@
 #include "run/runtime_settings.hpp"
 
 int main(int argc, char** argv) {
-    torvex::settle_runtime(argv);
+    torvex::settle_runtime(argv, torvex::Variants::TORVEX_VARIANTS);  // as the build says
     // A closed console or a file size limit is an error to report, not a reason to die.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);

@@ -1,4 +1,4 @@
-// Settings of the OpenMP runtime.
+// Settings of the OpenMP runtime, and the program that fits the processor.
 //
 // Waits: an outer iteration holds some hundred short loops. A thread that spins for milliseconds at
 // the end of each takes the core from the very thread that it waits for as soon as another job runs
@@ -25,9 +25,11 @@
 #include <limits>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "base/text_file.hpp"
 #include "base/value_scanner.hpp"
+#include "run/processor_variant.hpp"
 
 namespace torvex {
 
@@ -73,18 +75,32 @@ bool drop_useless_stacks() {
     return changed;
 }
 
+std::vector<std::string_view> levels_for_this_run() {
+    const char* const variant = std::getenv("TORVEX_VARIANT");
+    return wanted_levels(variant == nullptr ? "" : variant, processor_levels());
+}
+
 }  // namespace
 
-void settle_runtime(char** argv) {
+void settle_runtime(char** argv, Variants variants) {
     const bool waits = prefer_short_waits();
     const bool stacks = drop_useless_stacks();
-    if (!waits && !stacks) {
+    if (!waits && !stacks && variants == Variants::none) {
         return;
     }
     std::error_code error;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (!error) {
-        execv(program.c_str(), argv);  // comes back only if it fails
+    if (error) {
+        return;
+    }
+    // An execv comes back only if it fails.
+    if (variants == Variants::beside_the_program) {
+        if (const auto variant = find_variant(program, levels_for_this_run())) {
+            execv(variant->c_str(), argv);
+        }
+    }
+    if (waits || stacks) {
+        execv(program.c_str(), argv);
     }
 }
 
