@@ -1,16 +1,14 @@
-# The programs once more for newer levels of the x86-64 instruction set, beside those that run on any
-# machine: `torvex` and `torvex-prep` start the best one that the processor knows
-# (run/processor_variant). Everything is compiled again for each level, so only a build that is to be
+# The programs once more for x86-64-v3, the third level of the instruction set, beside those that run
+# on any machine: `torvex` and `torvex-prep` start them where the processor has that level
+# (run/processor_variant). Everything is compiled a second time, so only a build that is to be
 # carried to other machines asks for it.
 
 set(torvex_programs torvex torvex-prep)
 set(torvex_variant_programs)
-if(TORVEX_VARIANTS AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
-    set(torvex_levels x86-64-v3 x86-64-v4)
-endif()
+set(level x86-64-v3)
 
-# torvex_copy_library(LIBRARY LEVEL): LIBRARY-LEVEL, made of the same sources.
-function(torvex_copy_library library level)
+# torvex_copy_library(LIBRARY): LIBRARY-x86-64-v3, made of the same sources.
+function(torvex_copy_library library)
     get_target_property(sources ${library} SOURCES)
     get_target_property(folder ${library} SOURCE_DIR)
     foreach(source ${sources})
@@ -21,9 +19,9 @@ function(torvex_copy_library library level)
     target_compile_options(${library}-${level} PUBLIC -march=${level})
 endfunction()
 
-foreach(level ${torvex_levels})
+if(TORVEX_VARIANTS AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
     foreach(library torvex_core torvex_shape torvex_conversion torvex_prep)
-        torvex_copy_library(${library} ${level})
+        torvex_copy_library(${library})
     endforeach()
     target_include_directories(torvex_core-${level} PUBLIC ${PROJECT_SOURCE_DIR}/src)
     target_link_libraries(torvex_core-${level} PUBLIC torvex_options)
@@ -33,16 +31,16 @@ foreach(level ${torvex_levels})
     target_link_libraries(torvex_conversion-${level} PUBLIC torvex_shape-${level})
     target_link_libraries(torvex_prep-${level} PUBLIC torvex_conversion-${level})
 
+    set(torvex_variant_programs torvex-${level} torvex-prep-${level})
     add_executable(torvex-${level} src/run/main.cpp)
     target_link_libraries(torvex-${level} PRIVATE torvex_core-${level})
     add_executable(torvex-prep-${level} src/prep/main.cpp)
     target_link_libraries(torvex-prep-${level} PRIVATE torvex_prep-${level})
-    list(APPEND torvex_variant_programs torvex-${level} torvex-prep-${level})
-endforeach()
+endif()
 
 # What the programs are told of it.
 foreach(program ${torvex_programs} ${torvex_variant_programs})
-    if(torvex_levels AND program IN_LIST torvex_programs)
+    if(torvex_variant_programs AND program IN_LIST torvex_programs)
         target_compile_definitions(${program} PRIVATE TORVEX_VARIANTS=beside_the_program)
     else()
         target_compile_definitions(${program} PRIVATE TORVEX_VARIANTS=none)

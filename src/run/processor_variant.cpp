@@ -1,9 +1,8 @@
-// Which of the programs built for levels of the x86-64 instruction set fits this processor.
+// The program that was built for this processor, beside the one for any.
 
 #include "run/processor_variant.hpp"
 
-#include <algorithm>
-#include <array>
+#include <string>
 #include <system_error>
 
 #include "base/run_log.hpp"
@@ -11,53 +10,34 @@
 
 namespace torvex {
 
-namespace {
-
-constexpr std::array<std::string_view, 2> all_levels{"x86-64-v4", "x86-64-v3"};
-
-}  // namespace
-
-std::vector<std::string_view> processor_levels() {
-    std::vector<std::string_view> levels;
+bool processor_has_variant_level() {
 // clang knows the names of the levels since its version 17 only.
 #if defined(__x86_64__) && !defined(__clang__)
-    if (__builtin_cpu_supports("x86-64-v4") != 0) {
-        levels.push_back(all_levels[0]);
-    }
-    if (__builtin_cpu_supports("x86-64-v3") != 0) {
-        levels.push_back(all_levels[1]);
-    }
+    return __builtin_cpu_supports("x86-64-v3") != 0;
+#else
+    return false;
 #endif
-    return levels;
 }
 
-std::vector<std::string_view> wanted_levels(std::string_view variant,
-                                            std::vector<std::string_view> levels) {
-    variant = trimmed(variant);
-    if (variant.empty()) {
-        return levels;
+bool variant_wanted(std::string_view TORVEX_VARIANT) {
+    const std::string_view choice = trimmed(TORVEX_VARIANT);
+    if (choice == "baseline") {
+        return false;
     }
-    if (variant == "baseline") {
-        return {};
+    if (!choice.empty() && choice != variant_level) {
+        console_error("TORVEX_VARIANT is neither baseline nor " + std::string(variant_level) +
+                      "; it is ignored");
     }
-    if (std::ranges::find(all_levels, variant) == all_levels.end()) {
-        console_error("TORVEX_VARIANT is none of baseline, x86-64-v3, x86-64-v4; it is ignored");
-        return levels;
-    }
-    std::erase_if(levels, [variant](std::string_view level) { return level != variant; });
-    return levels;
+    return true;
 }
 
-std::optional<std::filesystem::path> find_variant(const std::filesystem::path& program,
-                                                  const std::vector<std::string_view>& levels) {
+std::optional<std::filesystem::path> find_variant(const std::filesystem::path& program) {
     const std::filesystem::path folder = program.parent_path();
-    for (const std::string_view level : levels) {
-        const std::string name = program.filename().string() + "-" + std::string(level);
-        for (const auto& path : {folder / name, folder.parent_path() / "lib" / "torvex" / name}) {
-            std::error_code error;
-            if (std::filesystem::is_regular_file(path, error)) {
-                return path;
-            }
+    const std::string name = program.filename().string() + "-" + std::string(variant_level);
+    for (const auto& path : {folder / name, folder.parent_path() / "lib" / "torvex" / name}) {
+        std::error_code error;
+        if (std::filesystem::is_regular_file(path, error)) {
+            return path;
         }
     }
     return std::nullopt;

@@ -2,26 +2,23 @@
 
 #include <filesystem>
 #include <optional>
-#include <string>
 #include <string_view>
-#include <vector>
 
 namespace torvex {
 
-// A build for any machine of the x86-64 architecture has its programs once more for newer levels of
-// the instruction set, which compute the same bits in less time: `torvex-x86-64-v3` beside `torvex`
-// or in ../lib/torvex.
+// A build for any machine of the x86-64 architecture has its programs once more for processors of
+// its third level (AVX2, which all had from about 2015 on). They compute the same bits in two
+// thirds of the time. What the fourth level (AVX-512) adds is one or two per cent.
+inline constexpr std::string_view variant_level = "x86-64-v3";
 
-// The levels that this processor has all instructions of, the best one first.
-std::vector<std::string_view> processor_levels();
+// True if this processor has all instructions of that level.
+bool processor_has_variant_level();
 
-// What TORVEX_VARIANT leaves of them: all where it is blank, none for "baseline", the one level
-// that it names if the processor has it. Another word is told on standard error and leaves all.
-std::vector<std::string_view> wanted_levels(std::string_view variant,
-                                            std::vector<std::string_view> levels);
+// Whether TORVEX_VARIANT, which may be blank, leaves the choice to the processor: not where it is
+// "baseline". A word that is neither that nor the level is told on standard error.
+bool variant_wanted(std::string_view TORVEX_VARIANT);
 
-// The variant of `program` for the first of the levels that there is one for.
-std::optional<std::filesystem::path> find_variant(const std::filesystem::path& program,
-                                                  const std::vector<std::string_view>& levels);
+// "torvex-x86-64-v3" for the program "torvex", beside it or in ../lib/torvex.
+std::optional<std::filesystem::path> find_variant(const std::filesystem::path& program);
 
 }  // namespace torvex

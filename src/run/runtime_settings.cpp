@@ -23,9 +23,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
+#include <optional>
 #include <string_view>
 #include <system_error>
-#include <vector>
 
 #include "base/text_file.hpp"
 #include "base/value_scanner.hpp"
@@ -75,9 +75,12 @@ bool drop_useless_stacks() {
     return changed;
 }
 
-std::vector<std::string_view> levels_for_this_run() {
-    const char* const variant = std::getenv("TORVEX_VARIANT");
-    return wanted_levels(variant == nullptr ? "" : variant, processor_levels());
+std::optional<std::filesystem::path> variant_for_processor(const std::filesystem::path& program) {
+    const char* const choice = std::getenv("TORVEX_VARIANT");
+    if (!variant_wanted(choice == nullptr ? "" : choice) || !processor_has_variant_level()) {
+        return std::nullopt;
+    }
+    return find_variant(program);
 }
 
 }  // namespace
@@ -95,7 +98,7 @@ void settle_runtime(char** argv, Variants variants) {
     }
     // An execv comes back only if it fails.
     if (variants == Variants::beside_the_program) {
-        if (const auto variant = find_variant(program, levels_for_this_run())) {
+        if (const auto variant = variant_for_processor(program)) {
             execv(variant->c_str(), argv);
         }
     }
