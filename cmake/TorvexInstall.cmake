@@ -7,7 +7,7 @@ if(torvex_variant_programs)
     install(TARGETS ${torvex_variant_programs} RUNTIME DESTINATION lib/torvex)
 endif()
 install(DIRECTORY python/torvex DESTINATION lib/python3/dist-packages
-    FILES_MATCHING PATTERN "*.py" PATTERN "py.typed")
+    FILES_MATCHING PATTERN "*.py" PATTERN "py.typed" PATTERN "*.csv" PATTERN "*.j2")
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 install(DIRECTORY python/examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples/python
     FILES_MATCHING PATTERN "*.py")

@@ -6,7 +6,16 @@ import importlib
 from typing import Any
 
 # Module, and the Debian package that holds it.
-_DEBIAN = {"matplotlib": "python3-matplotlib"}
+_DEBIAN = {
+    "click": "python3-click",
+    "jinja2": "python3-jinja2",
+    "matplotlib": "python3-matplotlib",
+    "osgeo": "python3-gdal",
+    "pandas": "python3-pandas",
+    "pyproj": "python3-pyproj",
+    "rich": "python3-rich",
+    "scipy": "python3-scipy",
+}
 
 
 class MissingPackage(ImportError):
