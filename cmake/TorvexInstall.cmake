@@ -6,6 +6,7 @@ install(TARGETS ${torvex_programs} RUNTIME)
 if(torvex_variant_programs)
     install(TARGETS ${torvex_variant_programs} RUNTIME DESTINATION lib/torvex)
 endif()
+install(PROGRAMS ${PROJECT_BINARY_DIR}/installed/torvex-study DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY python/torvex DESTINATION lib/python3/dist-packages
     FILES_MATCHING PATTERN "*.py" PATTERN "py.typed" PATTERN "*.csv" PATTERN "*.j2")
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)

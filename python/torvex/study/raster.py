@@ -119,7 +119,7 @@ class Raster:
         i = self.pixel_of
         column = i[0] + i[1] * x + i[2] * y - 0.5
         row = i[3] + i[4] * x + i[5] * y - 0.5
-        # A raster's own points are met to the bit, though those of a map are rounded to millimetres.
+        # A raster's own points are met to the bit, though a map has them rounded to millimetres.
         near = 5e-4 if self.crs.is_geographic else 1e-6
         return _snapped(column, near), _snapped(row, near)
 
@@ -357,6 +357,34 @@ def _mosaic(tiles: list[Raster]) -> Raster:
     return Raster(
         names, dataset, first.crs, inverse, g, first.unit, first.unit_from, tuple(sources)
     )
+
+
+def covered_reach(rasters: Sequence[Raster], centre: Centre, most: float) -> float:
+    """How far a square round the centre may reach to each side [m], for its edges to lie within the
+    rasters; up to `most`."""
+    along = np.linspace(-1, 1, 41)
+    edge = np.ones(along.size)
+    east = np.concatenate([along, along, edge, -edge])
+    north = np.concatenate([edge, -edge, along, along])
+    per_longitude, per_latitude = centre.metres()
+
+    def inside(reach: float) -> bool:
+        lon = centre.longitude + reach * east / per_longitude
+        lat = centre.latitude + reach * north / per_latitude
+        held = np.zeros(lon.shape, bool)
+        for raster in rasters:
+            column, row = raster.pixels(lon, lat, centre)
+            in_x = (column >= 0) & (column <= raster.size[0] - 1)
+            held |= in_x & (row >= 0) & (row <= raster.size[1] - 1)
+        return bool(held.all())
+
+    if inside(most):
+        return most
+    low, high = 0.0, most
+    while high - low > 1.0:
+        middle = (low + high) / 2
+        low, high = (middle, high) if inside(middle) else (low, middle)
+    return low
 
 
 # Values at places.
