@@ -72,8 +72,12 @@ def _blanked(match: re.Match[str]) -> str:
     return (" " if match[0].startswith("!") else "x") * len(match[0])
 
 
-class _Group:
-    """The values of a namelist group, by key in capitals and number in the array."""
+class Group:
+    """The values of a namelist group, by key in capitals and number in the array.
+
+    end    where the mark stands that ends the group
+    spans  where each assignment stands: name of the key in capitals, begin, end
+    """
 
     def __init__(self, path: Path, text: str, name: str) -> None:
         self.path = path
@@ -87,9 +91,12 @@ class _Group:
         end = re.compile(r"/|[&$]end\b", re.IGNORECASE).search(plain, begin.end())
         if end is None:
             raise FormatError(path, f"the group &{name} does not end")
+        self.end = end.start()
+        self.spans: list[tuple[str, int, int]] = []
         keys = list(_KEY.finditer(plain, begin.end(), end.start()))
         behind = [key.start() for key in keys[1:]] + [end.start()]
         for key, until in zip(keys, behind):
+            self.spans.append((key[1].upper(), key.start(), until))
             member = (key[3] or "").upper()
             array = f"{key[1].upper()}({key[2]}){member}" if member else key[1].upper()
             first = int((key[4] if member else key[2]) or 1)
@@ -111,6 +118,16 @@ class _Group:
                 self.path, f"&{self.name}: {key}: {word}, expected a number"
             ) from None
 
+    def text(self, key: str) -> str:
+        return self.words.get((key, 1), "").strip()
+
+    def whole(self, key: str, otherwise: int) -> int:
+        return int(self.real(key)) if (key, 1) in self.words else otherwise
+
+    def is_true(self, key: str) -> bool:
+        """Logicals are told by their first letter, as T, .true. or true."""
+        return self.text(key).lstrip(".").upper().startswith("T")
+
     def degrees(self, key: str) -> float:
         """Degrees, minutes and seconds are added as they stand, signs and all."""
         return self.real(key) + self.real(key, 2) / 60 + self.real(key, 3) / 3600
@@ -120,7 +137,7 @@ def read_case(path: PathLike) -> Case:
     """Centre, sites and directions of a case file; all else in it is passed over."""
     path = Path(path)
     text = "\n".join(lines_of(path))
-    case, site = _Group(path, text, "NML_CASEFILE"), _Group(path, text, "NML_SITE")
+    case, site = Group(path, text, "NML_CASEFILE"), Group(path, text, "NML_SITE")
     geodetic_system = case.real("GS")
     if geodetic_system not in (0, 1, 2, 3):
         raise FormatError(path, f"GS is {geodetic_system:g}, expected 0 to 3")

@@ -12,6 +12,8 @@ import click
 from torvex.packages import MissingPackage
 from torvex.records import FormatError
 from torvex.study.errors import StudyError
+from torvex.study.keep import CHOICES
+from torvex.study.layout import existing_study
 
 _FILE = click.Path(path_type=Path)
 
@@ -98,6 +100,56 @@ def new(
     asked = NewStudy(directions=angles, sectors=sectors is not None, command=command, **options)
     made = make_study(study, asked, click.echo, force)
     click.echo(f"{made.root}: ready; look at {made.case}, then: torvex-study check {study}")
+
+
+@main.command()
+@click.argument("study", type=_FILE)
+def check(study: Path) -> None:
+    """What a study needs and what speaks against it, and a picture: STUDY/out/check.png."""
+    from torvex.study.check import check_study
+
+    check_study(existing_study(study), click.echo)
+
+
+@main.command()
+@click.argument("study", type=_FILE)
+@click.option("-j", "--jobs", type=click.IntRange(1), help="Directions side by side.")
+@click.option("--threads", type=click.IntRange(1), help="Threads of each direction.")
+@click.option(
+    "--keep",
+    type=click.Choice(CHOICES),
+    default="fields",
+    show_default=True,
+    help="What remains of a converged direction.",
+)
+@click.option("--retry", is_flag=True, help="Other settings, step by step, where one has not.")
+@click.option("--save-every", type=click.IntRange(0), default=0, help="Iterations between saves.")
+def run(
+    study: Path, jobs: int | None, threads: int | None, keep: str, retry: bool, save_every: int
+) -> int:
+    """Run all directions that are not done; 0 all converged, 3 some did not, 1 one was stopped."""
+    from torvex.study.run import RunOptions, run_study
+
+    live = sys.stdout.isatty()
+    options = RunOptions(jobs, threads, keep, retry, save_every, live)
+    return run_study(existing_study(study), options, click.echo)
+
+
+@main.command()
+@click.argument("study", type=_FILE)
+def status(study: Path) -> None:
+    """What is done, running or failed; reads only files."""
+    from torvex.study.case_text import read_study_case
+    from torvex.study.progress import line_of, progress_of
+    from torvex.study.summary import number_of
+
+    there = existing_study(study)
+    all_of_it = progress_of(there, read_study_case(there.case))
+    for each in all_of_it:
+        click.echo(line_of(each))
+    states = [each.record.state for each in all_of_it]
+    told = ", ".join(f"{states.count(state)} {state}" for state in dict.fromkeys(states))
+    click.echo(f"{number_of(len(states), 'direction')}: {told}")
 
 
 def run_command() -> int:

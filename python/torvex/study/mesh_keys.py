@@ -117,7 +117,7 @@ def finest_spacing(keys: MeshKeys, cells: int, raster_step: float) -> MeshKeys:
     """The smallest MIN_DXY whose mesh has no more than `cells` cells; not below the step of the
     raster, which knows nothing of smaller hills."""
     least = max(_FINEST, _neat(raster_step) if raster_step < keys.diameter / 20 else _FINEST)
-    coarse = keys.diameter / 12
+    coarse = keys.diameter / 10
     finest = least
     while extent_of(with_spacing(keys, finest)).cells > cells:
         finest = _neat(finest * 1.02 + 1e-6)

@@ -90,3 +90,7 @@ def _value(value: Any) -> str:
         return "[" + ", ".join(_value(each) for each in value) + "]"
     # Strings of JSON are basic strings of TOML but for one character.
     return json.dumps(str(value)).replace("\x7f", "\\u007f")
+
+
+def checksum_of_text(text: str) -> str:
+    return hashlib.sha256(text.encode()).hexdigest()

@@ -54,11 +54,11 @@ def turbines(folder):
 
 
 def small_study(folder, name="hill", *more):
-    """A study of some twenty thousand cells, which takes a second to run."""
+    """A study of some seventeen thousand cells, which takes a second to run."""
     hill(folder)
     turbines(folder)
     words = ["new", name, "--dem", "dem.tif", "--roughness", "0.03", "--sites", "turbines.csv"]
-    words += ["--height", "50", "--size", "1000,1000", "--cells", "24000"]
+    words += ["--height", "100", "--size", "1000,1000", "--cells", "18000"]
     if not {"--sectors", "--directions"} & set(more):
         words += ["--sectors", "4"]
     done = torvex_study(*words, *more, folder=folder)

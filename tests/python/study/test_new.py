@@ -115,8 +115,8 @@ class New(unittest.TestCase):
     def test_where_it_came_from(self):
         study = small_study(self.folder)
         told = tomllib.loads((study / "study.toml").read_text())
-        self.assertEqual(told["study"]["height"], 50.0)
-        self.assertEqual(told["options"]["cells"], 24000)
+        self.assertEqual(told["study"]["height"], 100.0)
+        self.assertEqual(told["options"]["cells"], 18000)
         sums = {table["role"]: table["sha256"] for table in told["input"]}
         for role, name in (("elevation", "dem.tif"), ("sites", "turbines.csv")):
             expected = hashlib.sha256((self.folder / name).read_bytes()).hexdigest()
