@@ -25,16 +25,19 @@ void row_wavefront(int first, int last, int stages, const Step& step) {
     // What is missing beside two neighbours of a band must not meet; a few rows more than that, for
     // it is done late.
     const int least_rows = 2 * stages + 2;
-    const int wanted = std::clamp(rows / least_rows, 1, omp_get_max_threads());
-#pragma omp parallel num_threads(wanted)
+    const int most_threads = std::max(rows / least_rows, 1);
+    // The whole team starts, although some may have no band: the runtime would end the others and
+    // make them anew for the next loop.
+#pragma omp parallel if (most_threads > 1)
     {
-        const int threads = omp_get_num_threads();
+        const int threads = std::min(omp_get_num_threads(), most_threads);
         const int thread = omp_get_thread_num();
+        const bool takes_part = thread < threads;
         const int begin = first + rows * thread / threads;
         const int end = first + rows * (thread + 1) / threads - 1;
         const int south_loss = thread > 0 ? 1 : 0;
         const int north_loss = thread + 1 < threads ? 1 : 0;
-        for (int front = begin; front < end + stages; ++front) {
+        for (int front = begin; takes_part && front < end + stages; ++front) {
             for (int stage = 0; stage < stages; ++stage) {
                 const int j = front - stage;
                 if (j >= begin + south_loss * stage && j <= end - north_loss * stage) {
@@ -43,7 +46,8 @@ void row_wavefront(int first, int last, int stages, const Step& step) {
             }
         }
 #pragma omp barrier
-        for (int stage = 1; stage < stages && thread > 0; ++stage) {
+        const bool has_seam = takes_part && thread > 0;
+        for (int stage = 1; has_seam && stage < stages; ++stage) {
             for (int j = begin - stage; j < begin + stage; ++j) {
                 step(thread, stage, j);
             }
