@@ -16,6 +16,7 @@
 
 #include "solver/accelerated/accelerated_iteration.hpp"
 #include "solver/accelerated/coarse_level.hpp"
+#include "solver/accelerated/copy_field.hpp"
 #include "solver/accelerated/plain_fields.hpp"
 #include "solver/clearing_pass.hpp"
 #include "solver/flow_fields.hpp"
@@ -42,7 +43,7 @@ void bring_back(const Kept& kept, FlowState& s) {
         if (kept[n].size() == 0) {
             to.fill(0.0F);
         } else {
-            to = kept[n];
+            copy_field(kept[n], to);
         }
     }
 }
@@ -177,7 +178,7 @@ void Acceleration::begin(const SolverContext& c, Stage stage, int iter, StepRepo
 void Acceleration::keep_before_cycle(const FlowState& s) {
     for (std::size_t n = 0; n < kept_members.size(); ++n) {
         if (kept_members[n] != &FlowState::pp) {
-            before_[n] = s.*kept_members[n];
+            copy_field(s.*kept_members[n], before_[n]);
         }
     }
 }
@@ -189,7 +190,7 @@ void Acceleration::undo_cycle(const SolverContext& c, StepReport& report) {
         memory_.cycles = false;
         choose_set();
     } else {
-        memory_.cycling.coarse_iterations = 3;
+        memory_.cycling.coarse_iterations = 2;
         memory_.cycling.gain = 0.8F;
     }
     memory_.before_cycle = 0;

@@ -25,6 +25,7 @@
 #include "solver/accelerated/accelerated_iteration.hpp"
 #include "solver/accelerated/coarse_level.hpp"
 #include "solver/accelerated/coarse_residuals.hpp"
+#include "solver/accelerated/copy_field.hpp"
 #include "solver/accelerated/flux_transfers.hpp"
 #include "solver/accelerated/momentum_step.hpp"
 #include "solver/accelerated/pressure_step.hpp"
@@ -44,7 +45,7 @@ constexpr std::array cycled_fields{&FlowState::u,    &FlowState::v,    &FlowStat
 
 void keep_fields(CoarseLevel& level) {
     for (const auto field : cycled_fields) {
-        level.before.*field = level.flow.*field;
+        copy_field(level.flow.*field, level.before.*field);
     }
 }
 

@@ -19,12 +19,12 @@
 #include "solver/accelerated/turbulence_step.hpp"
 
 #include <algorithm>
+#include <limits>
 
 #include "solver/constants.hpp"
 #include "solver/fetch_ahead.hpp"
 #include "solver/line_residuals.hpp"
 #include "solver/row.hpp"
-#include "solver/turbulence/transport_solution.hpp"
 #include "solver/turbulence/turbulence.hpp"
 #include "solver/turbulence/turbulence_boundary.hpp"
 
@@ -85,9 +85,9 @@ void relax(const GridGeometry& g, LinearSystem& eq, const Field3& phi, float urf
     }
 }
 
-// No value that is not pinned leaves before/most .. before*most.
+// No value that is not pinned leaves before/most .. before*most, and none falls below `floor`.
 void limit(const GridGeometry& g, const LinearSystem& eq, const Field3& before, float most,
-           Field3& phi) {
+           float floor, Field3& phi) {
     const float least = 1.0F / most;
 #pragma omp parallel for schedule(static)
     for (int k = 2; k <= g.nz; ++k) {
@@ -100,7 +100,8 @@ void limit(const GridGeometry& g, const LinearSystem& eq, const Field3& before, 
                 const float low = least * old[i];
                 const float high = most * old[i];
                 const float held = x[i] < low ? low : (x[i] > high ? high : x[i]);
-                x[i] = static_cast<float>(sp[i]) == pin ? x[i] : held;
+                const float value = static_cast<float>(sp[i]) == pin ? x[i] : held;
+                x[i] = value < floor ? floor : value;
             }
         }
     }
@@ -131,10 +132,9 @@ void solve(const SolverContext& c, AcceleratedWork& work, Transported which, boo
     }
     constexpr int sweeps = 2;
     line_sweeps<1>(eq, unknown, sweeps, work.lines);
-    limit(g, eq, before, work.set.limit, phi);
-    if (which != Transported::ted) {
-        clip_energy(g, phi);
-    }
+    // The energies stay at TINY or above, as in the plain iteration; ted may be anything.
+    constexpr float any = std::numeric_limits<float>::lowest();
+    limit(g, eq, before, work.set.limit, which == Transported::ted ? any : TINY, phi);
 }
 
 }  // namespace

@@ -15,8 +15,8 @@ struct WorkingSet {
 // How the coarse meshes help.
 struct Cycling {
     int every = 2;              // iterations between two cycles
-    int coarse_iterations = 6;  // on the coarse mesh in a cycle
-    int start_iterations = 20;  // there at the start of a direction
+    int coarse_iterations = 4;  // on the coarse mesh in a cycle
+    int start_iterations = 12;  // there at the start of a direction
     float gain = 1.2F;          // factor on the coarse change
 };
 
