@@ -187,14 +187,12 @@ SolveRecord Multigrid::conjugate_gradients(const Source& source, const Multigrid
     return result;
 }
 
-void Multigrid::store(const CellRange& cells, bool add, Field3& pp) const {
-    const Solution solution{.x = steps_ > 1 ? &x_ : nullptr,
-                            .p = steps_ > 0 ? &p_ : nullptr,
-                            .factor = alpha_,
-                            .add = add};
+void Multigrid::store(const CellRange& cells, Storing storing, Field3& pp) const {
+    const Solution solution{
+        .x = steps_ > 1 ? &x_ : nullptr, .p = steps_ > 0 ? &p_ : nullptr, .factor = alpha_};
     const MultigridLevel& finest = meshes_.level.front();
     for_slabs(finest, [&](int j) {
-        store_cells(cells, solution, j, finest, pp);
+        store_cells(cells, solution, storing, j, finest, pp);
         return 0;
     });
 }
@@ -206,7 +204,7 @@ SolveRecord Multigrid::solve(const FaceSystem& system, Field3& pp, const Multigr
     }
     const Source source = load(cells, {system.a_e, system.a_n, system.a_t}, system.su);
     const SolveRecord result = conjugate_gradients(source, limits);
-    store(cells, false, pp);
+    store(cells, Storing::assign, pp);
     return result;
 }
 
@@ -220,7 +218,7 @@ SolveRecord Multigrid::operator()(const CellRange& cells, LinearSystem& eq, Fiel
         source = start_from(cells, pp, source);
     }
     const SolveRecord result = conjugate_gradients(source, {.cycles = cycles});
-    store(cells, true, pp);
+    store(cells, Storing::add, pp);
     return result;
 }
 

@@ -55,7 +55,7 @@ class Multigrid {
     Source start_from(const CellRange& cells, const Field3& pp, Source source);
     SolveRecord conjugate_gradients(const Source& source, const MultigridLimits& limits);
     void cycle_and_step(int n);
-    void store(const CellRange& cells, bool add, Field3& pp) const;
+    void store(const CellRange& cells, Storing storing, Field3& pp) const;
 
     MultigridMeshes meshes_;
     Field3 p_, q_;  // search direction and its product with the matrix

@@ -74,7 +74,7 @@ template SourceSums load_cells(const CellRange&, const Array3<float>&, int, cons
 template SourceSums load_cells(const CellRange&, const Array3<double>&, int, const MultigridLevel&,
                                Field3&);
 
-void store_cells(const CellRange& cells, const Solution& solution, int j,
+void store_cells(const CellRange& cells, const Solution& solution, Storing storing, int j,
                  const MultigridLevel& level, Field3& to) {
     for (int k = 1; k <= level.nk; ++k) {
         fetch_next(cells, j, k, level.ni, to);
@@ -82,7 +82,7 @@ void store_cells(const CellRange& cells, const Solution& solution, int j,
         const float* x = solution.x == nullptr ? nullptr : line_row(*solution.x, j, k);
         const float* p = solution.p == nullptr ? nullptr : line_row(*solution.p, j, k);
         const float factor = solution.factor;
-        const bool add = solution.add;
+        const bool add = storing == Storing::add;
         rising_cells(level.ni, [=]<class V>(V, int m) {
             V value = add ? load<V>(row + m) : V{};
             value += x == nullptr ? V{} : load<V>(x + m);

@@ -22,20 +22,22 @@ struct SourceSums {
 // Slab j of the coefficients of a mesh from those of the range; 0 on its boundary.
 void load_faces(const CellRange& cells, const FaceCoefficients& a, int j, MultigridLevel& level);
 
-// Slab j of x, an array of the mesh, from the cells of the range, in single precision.
+// Slab j of x, an array of the mesh, becomes the cells of the range in single precision; their
+// sums.
 template <class T>
 SourceSums load_cells(const CellRange& cells, const Array3<T>& from, int j,
                       const MultigridLevel& level, Field3& x);
 
-// The cells of slab j of a field from sum = x + factor p; with `add` they are added to what is
-// there.
+// x + factor p, arrays of the mesh; nullptr stands for 0.
 struct Solution {
-    const Field3* x;  // nullptr: 0
-    const Field3* p;  // nullptr: 0
+    const Field3* x;
+    const Field3* p;
     float factor;
-    bool add;
 };
-void store_cells(const CellRange& cells, const Solution& solution, int j,
+
+// The cells of the range in slab j become the solution, or gain it.
+enum class Storing { assign, add };
+void store_cells(const CellRange& cells, const Solution& solution, Storing storing, int j,
                  const MultigridLevel& level, Field3& to);
 
 }  // namespace torvex
