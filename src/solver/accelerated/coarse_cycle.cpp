@@ -103,6 +103,19 @@ void take_fluxes(const SolverContext& coarse, CoarseLevel& level) {
     take(level.before.flxW, s.flxW, level.tau.flxW);
 }
 
+// exp(x) within |x| <= 0.7 to single precision, in a form that is vectorised.
+[[gnu::always_inline]] inline float exponential(float x) {
+    float sum = 1.0F / 40320.0F;
+    sum = sum * x + 1.0F / 5040.0F;
+    sum = sum * x + 1.0F / 720.0F;
+    sum = sum * x + 1.0F / 120.0F;
+    sum = sum * x + 1.0F / 24.0F;
+    sum = sum * x + 1.0F / 6.0F;
+    sum = sum * x + 0.5F;
+    sum = sum * x + 1.0F;
+    return sum * x + 1.0F;
+}
+
 // Which cells beside the interior a field takes its change in.
 struct Beside {
     bool sides = false, ground = false, top = false;
@@ -138,7 +151,7 @@ class Carrying {
             },
             [&, gain = gain_](int i, int j, int k, float change) {
                 const float x = gain * change;
-                to(i, j, k) *= std::exp(x > most ? most : (x < -most ? -most : x));
+                to(i, j, k) *= exponential(x > most ? most : (x < -most ? -most : x));
             });
     }
 

@@ -65,18 +65,55 @@ inline void restrict_mean(const Coarsening& by, const CellRange& coarse, const F
 }
 
 // Mean of the logarithm, for what spans decades. Values at or below 0, which no logarithm has,
-// count as TINY.
+// count as TINY. Of two values it is the root of their product, which no logarithm is needed for.
+inline float log_mean(float a, float b) {
+    return std::sqrt(a * b);
+}
+inline float log_mean(float a, float b, float c) {
+    return std::exp((std::log(a) + std::log(b) + std::log(c)) / 3.0F);
+}
+
 inline void restrict_log_mean(const Coarsening& by, const CellRange& coarse, const Field3& fine,
                               Field3& to) {
-    restrict_cells(
-        by, coarse,
-        [&](int i, int j, int k) {
+    const int i1 = by.i.first(coarse.i1);
+    const int i2 = by.i.last(coarse.i2);
+#pragma omp parallel
+    {
+        std::vector<float> along(CoarseLine::at(i2 + 1));
+        float* const mean = along.data();
+        const auto value = [&](int i, int j, int k) {
             const float x = fine(i, j, k);
-            return std::log(x < TINY ? TINY : x);
-        },
-        [&](int I, int J, int k, float sum, int cells) {
-            to(I, J, k) = std::exp(sum / static_cast<float>(cells));
-        });
+            return x < TINY ? TINY : x;
+        };
+#pragma omp for schedule(static)
+        for (int k = coarse.k1; k <= coarse.k2; ++k) {
+            for (int J = coarse.j1; J <= coarse.j2; ++J) {
+                const int j = by.j.first(J);
+                const int rows = by.j.last(J) - j + 1;
+                if (rows == 1) {
+                    for (int i = i1; i <= i2; ++i) {
+                        mean[i] = value(i, j, k);
+                    }
+                } else if (rows == 2) {
+#pragma omp simd
+                    for (int i = i1; i <= i2; ++i) {
+                        mean[i] = log_mean(value(i, j, k), value(i, j + 1, k));
+                    }
+                } else {
+                    for (int i = i1; i <= i2; ++i) {
+                        mean[i] = log_mean(value(i, j, k), value(i, j + 1, k), value(i, j + 2, k));
+                    }
+                }
+                for (int I = coarse.i1; I <= coarse.i2; ++I) {
+                    const int i = by.i.first(I);
+                    const int cells = by.i.last(I) - i + 1;
+                    to(I, J, k) = cells == 1   ? mean[i]
+                                  : cells == 2 ? log_mean(mean[i], mean[i + 1])
+                                               : log_mean(mean[i], mean[i + 1], mean[i + 2]);
+                }
+            }
+        }
+    }
 }
 
 // take(i, j, k, change) in the fine cells of a range: from(I, J, k), told in the interior, bilinear
