@@ -299,6 +299,9 @@ void OUTER_ITERATION(Run& run, Direction& direction, const OuterStep& step) {
         run.log.timed(" WD " + edit::F(direction.angle, 5, 1) +
                       ": STOP_SITES is off, since no site lies in the mesh.");
     }
+    if (is_accelerated(settings) && direction.outer_count > 0) {
+        direction.flow.resid_m = direction.tested.m;  // which the next iteration is judged by
+    }
     Progress progress(settings, direction, static_cast<int>(loop.last_iter));
     while (loop.iter <= loop.last_iter &&
            iterate(run, direction, step, context, report, sites, loop) == Verdict::go_on) {

@@ -21,6 +21,7 @@
 
 #include <array>
 #include <cmath>
+#include <vector>
 
 #include "solver/accelerated/accelerated_iteration.hpp"
 #include "solver/accelerated/coarse_level.hpp"
@@ -131,9 +132,8 @@ class Carrying {
         const Field3& now = level_.flow.*field;
         const Field3& was = level_.before.*field;
         Field3& to = fine_.flow.*field;
-        prolong(
-            level_.by, range(beside), fine_.grid.nz,
-            [&](int I, int J, int k) { return now(I, J, k) - was(I, J, k); },
+        carry(
+            beside, [&](int I, int J, int k) { return now(I, J, k) - was(I, J, k); },
             [&, gain = gain_](int i, int j, int k, float change) { to(i, j, k) += gain * change; });
     }
 
@@ -142,8 +142,8 @@ class Carrying {
         const Field3& was = level_.before.*field;
         Field3& to = fine_.flow.*field;
         constexpr float most = 0.7F;
-        prolong(
-            level_.by, range(beside), fine_.grid.nz,
+        carry(
+            beside,
             [&](int I, int J, int k) {
                 // A change of sign, of ted alone, has no logarithm and is not carried.
                 const float quotient = now(I, J, k) / was(I, J, k);
@@ -156,16 +156,31 @@ class Carrying {
     }
 
  private:
-    CellRange range(const Beside& beside) const {
+    // The interior with the outflow, and beside it the planes that are named, without the edges
+    // between them, which no boundary routine rewrites.
+    std::vector<CellRange> ranges(const Beside& beside) const {
         const GridGeometry& g = fine_.grid;
         const bool open = fine_.skip_sides == 0;
-        const bool sides = beside.sides && open;
-        return {2,
-                sides ? 1 : 2,
-                beside.ground ? 1 : 2,
-                open ? g.ni : g.nx,
-                sides ? g.nj : g.ny,
-                beside.top ? g.nk : g.nz};
+        const int out = open ? g.ni : g.nx;
+        std::vector<CellRange> all{{2, 2, 2, out, g.ny, g.nz}};
+        if (beside.sides && open) {
+            all.push_back({2, 1, 2, out, 1, g.nz});
+            all.push_back({2, g.nj, 2, out, g.nj, g.nz});
+        }
+        if (beside.ground) {
+            all.push_back({2, 2, 1, g.nx, g.ny, 1});
+        }
+        if (beside.top) {
+            all.push_back({2, 2, g.nk, g.nx, g.ny, g.nk});
+        }
+        return all;
+    }
+
+    template <class From, class Take>
+    void carry(const Beside& beside, const From& from, const Take& take) const {
+        for (const CellRange& range : ranges(beside)) {
+            prolong(level_.by, range, fine_.grid.nz, from, take);
+        }
     }
 
     const SolverContext& fine_;
