@@ -43,8 +43,8 @@ void count(benchmark::State& state, std::int64_t bytes_per_cell) {
     const std::int64_t cells = state.range(0) * state.range(1) * state.range(2);
     state.SetItemsProcessed(state.iterations() * cells);
     state.SetBytesProcessed(state.iterations() * cells * bytes_per_cell);
-    state.counters["us per cell"] = benchmark::Counter(
-        static_cast<double>(cells) * 1e-6,
+    state.counters["per cell"] = benchmark::Counter(
+        static_cast<double>(cells),
         benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
