@@ -260,6 +260,17 @@ TEST_F(PrepMaps, AShapefileAloneTakesItsLandUseThroughTheTables) {
     EXPECT_NEAR(table.number(0, table.column("RLS")).value, 0.8, 1e-6);
     EXPECT_EQ(table.number(info.count - 1, table.column("index_i")).value, z0.ni());
     EXPECT_EQ(table.number(info.count - 1, table.column("index_j")).value, z0.nj());
+    // The samples lie evenly round the centre, the rectangles half a step round the samples.
+    const double west = 139 * 60 + 48.75 - 0.5 * (z0.ni() - 1) * 0.075;
+    const double south = 35 * 60 + 42.5 - 0.5 * (z0.nj() - 1) * 0.05;
+    EXPECT_EQ(z0.ni() % 2, 1);
+    EXPECT_EQ(z0.nj() % 2, 1);
+    ShapeObject first;
+    ASSERT_EQ(shapes.read(0, first), 0);
+    EXPECT_NEAR(first.box.min_x * 60, west - 0.0375, 1e-6);
+    EXPECT_NEAR(first.box.max_x * 60, west + 0.0375, 1e-6);
+    EXPECT_NEAR(first.box.min_y * 60, south - 0.025, 1e-6);
+    EXPECT_NEAR(first.box.max_y * 60, south + 0.025, 1e-6);
 }
 
 TEST_F(PrepMaps, PolygonsWithoutHeightCanBeLeftOut) {
