@@ -111,28 +111,94 @@ def check(study: Path) -> None:
     check_study(existing_study(study), click.echo)
 
 
-@main.command()
-@click.argument("study", type=_FILE)
-@click.option("-j", "--jobs", type=click.IntRange(1), help="Directions side by side.")
-@click.option("--threads", type=click.IntRange(1), help="Threads of each direction.")
-@click.option(
+_KEEP = click.option(
     "--keep",
     type=click.Choice(CHOICES),
     default="fields",
     show_default=True,
     help="What remains of a converged direction.",
 )
-@click.option("--retry", is_flag=True, help="Other settings, step by step, where one has not.")
-@click.option("--save-every", type=click.IntRange(0), default=0, help="Iterations between saves.")
+_RETRY = click.option(
+    "--retry", is_flag=True, help="Steps of a ladder where one has not converged."
+)
+_SAVE = click.option(
+    "--save-every", type=click.IntRange(0), default=0, help="Iterations between two saved states."
+)
+_THREADS = click.option("--threads", type=click.IntRange(1), help="Threads of each direction.")
+
+
+@main.command()
+@click.argument("studies", type=_FILE, nargs=-1, required=True)
+@click.option("-j", "--jobs", type=click.IntRange(1), help="Directions side by side.")
+@_THREADS
+@_KEEP
+@_RETRY
+@_SAVE
+@click.option("--slurm", is_flag=True, help="As an array of jobs, one direction a task.")
+@click.option("--dry-run", is_flag=True, help="With --slurm: show the scripts, submit nothing.")
+@click.option("--partition", help="With --slurm.")
+@click.option("--account", help="With --slurm.")
+@click.option("--mem", help="With --slurm: memory of a task, such as 800M; default: as needed.")
+@click.option("--time", help="With --slurm: time of a task, such as 02:00:00.")
+@click.option("--at-most", type=click.IntRange(1), help="With --slurm: tasks at a time.")
 def run(
-    study: Path, jobs: int | None, threads: int | None, keep: str, retry: bool, save_every: int
+    studies: tuple[Path, ...],
+    jobs: int | None,
+    threads: int | None,
+    keep: str,
+    retry: bool,
+    save_every: int,
+    slurm: bool,
+    **cluster: Any,
 ) -> int:
     """Run all directions that are not done; 0 all converged, 3 some did not, 1 one was stopped."""
     from torvex.study.run import RunOptions, run_study
 
-    live = sys.stdout.isatty()
-    options = RunOptions(jobs, threads, keep, retry, save_every, live)
-    return run_study(existing_study(study), options, click.echo)
+    there = [existing_study(study) for study in studies]
+    options = RunOptions(jobs, threads, keep, retry, save_every, sys.stdout.isatty())
+    if slurm:
+        from torvex.study.slurm import SlurmOptions, submit
+
+        memory = cluster.pop("mem")
+        return submit(there, SlurmOptions(options, memory=memory, **cluster), click.echo)
+    if any(cluster.values()):
+        raise StudyError("--dry-run, --partition, --account, --mem, --time, --at-most need --slurm")
+    worst = 0
+    for study in there:
+        if len(there) > 1:
+            click.echo(f"{study.name}:")
+        found = run_study(study, options, click.echo)
+        worst = max(worst, found, key=(0, 3, 1, 130).index)
+        if found == 130:
+            break
+    return worst
+
+
+@main.command(hidden=True)
+@click.argument("tasks", type=_FILE)
+@click.argument("number", type=int)
+@_THREADS
+@_KEEP
+@_RETRY
+@_SAVE
+def task(
+    tasks: Path, number: int, threads: int | None, keep: str, retry: bool, save_every: int
+) -> int:
+    """One line of a list of tasks, as a job of an array calls it."""
+    from torvex.study.run import RunOptions
+    from torvex.study.slurm import run_task
+
+    return run_task(tasks, number, RunOptions(1, threads, keep, retry, save_every), click.echo)
+
+
+@main.command()
+@click.argument("studies", type=_FILE, nargs=-1, required=True)
+@click.option("--ended", is_flag=True, help="Take for killed what is told to be running.")
+def gather(studies: tuple[Path, ...], ended: bool) -> int:
+    """Write the tables of studies from what their directions have left."""
+    from torvex.study.slurm import gather_studies
+
+    return gather_studies([existing_study(study) for study in studies], click.echo, ended)
 
 
 @main.command()

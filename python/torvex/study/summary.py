@@ -38,13 +38,14 @@ COLUMNS = (
 CONVERGED, NOT_CONVERGED, STOPPED, INTERRUPTED = 0, 3, 1, 130
 
 
-def records_of(study: Study, case: StudyCase) -> list[Record]:
-    """One for each direction of the case, in its order; what has not begun waits."""
+def records_of(study: Study, case: StudyCase, ended: bool = False) -> list[Record]:
+    """One for each direction of the case, in its order; what has not begun waits. `ended`: nobody
+    works on them any more."""
     records = []
     for tag, angle in zip(case.tags, case.angles):
         folder = study.direction(tag)
         record = read_record(folder, case.prefix) or Record(tag, angle)
-        if record.state == "running" and not is_alive(folder, record, case.prefix):
+        if record.state == "running" and (ended or not is_alive(folder, record, case.prefix)):
             # Who worked on it is gone without a word: killed by a scheduler, or with its machine.
             record.state, record.message = "killed", "ended from outside while it ran"
         records.append(record)
@@ -83,9 +84,11 @@ def row_of(record: Record) -> dict[str, Any]:
     }
 
 
-def write_summary(study: Study, case: StudyCase, height: float) -> list[Record]:
+def write_summary(
+    study: Study, case: StudyCase, height: float, ended: bool = False
+) -> list[Record]:
     """summary.csv, summary.json and sites.csv in STUDY/out."""
-    records = records_of(study, case)
+    records = records_of(study, case, ended)
     rows = [row_of(record) for record in records]
     study.out.mkdir(exist_ok=True)
     write_whole(study.out / "summary.csv", [_csv(COLUMNS, rows)])

@@ -1,4 +1,4 @@
-"""What a study needs, from the program that checks a case and, where it cannot, from an estimate."""
+"""What a study needs: from the program that checks a case, else from an estimate."""
 
 import json
 import subprocess
