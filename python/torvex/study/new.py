@@ -160,6 +160,11 @@ def _make(study: Study, name: str, asked: NewStudy, say: Say, picture: Path) -> 
 
     reach = min(covered_reach(r, centre, _FAR) for r in (dem, cover) if r)
     margin, keys = _first_keys(asked, dem, sites, centre, reach)
+    if asked.size is None and margin < MARGIN:
+        say(
+            f"study area: the sites and {margin:.0f} m round them; the rasters reach {reach:.0f} m "
+            f"from the middle, which is too little for {MARGIN:.0f} m"
+        )
     extent = extent_of(keys)
     grid = _grid(dem, centre, extent.reach + 2 * keys.MIN_DXY, keys.MIN_DXY / 2)
     values = _elevation(dem, grid, centre, asked, say, picture)

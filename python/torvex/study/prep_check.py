@@ -18,7 +18,7 @@ from torvex.tables import read_mesh_log
 
 # Of a run without measured values: bytes a cell, bytes of the program itself, seconds per cell and
 # iteration on one core, and bytes a cell on the disk while a direction runs.
-_CELL_BYTES, _PROGRAM_BYTES, _CELL_SECONDS, _CELL_DISK = 450, 60_000_000, 5e-7, 140
+_CELL_BYTES, _PROGRAM_BYTES, _CELL_SECONDS, _CELL_DISK = 400, 20_000_000, 5e-7, 140
 
 
 @dataclass(frozen=True)
