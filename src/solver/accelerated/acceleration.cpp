@@ -113,10 +113,12 @@ void Acceleration::make_levels(const SolverContext& c, StepReport& report) {
                            (made == 1 ? " mesh." : " meshes."));
 }
 
-void Acceleration::choose_set() {
+// Weak cycles, and those between side walls, go with the smaller part of the pressure correction.
+void Acceleration::choose_set(const CaseSettings& settings) {
     const bool cycles = work_.coarser && memory_.cycles;
     WorkingSet set = memory_.stage == Stage::robust ? robust_set : common_set;
-    if (cycles && memory_.stage == Stage::common) {
+    const bool full = memory_.cycling.gain >= Cycling{}.gain && !settings.walls_on_sides();
+    if (cycles && full && memory_.stage == Stage::common) {
         set.pressure = pressure_with_cycles;
     }
     for (AcceleratedWork* work = &work_; work != nullptr;
@@ -139,7 +141,7 @@ void Acceleration::prepare(const SolverContext& c, StepReport& report) {
     }
     release_plain_fields(c.flow);
     make_levels(c, report);
-    choose_set();
+    choose_set(c.settings);
 }
 
 // The boundary values of the coarse meshes are those of broken fields otherwise.
@@ -164,7 +166,7 @@ void Acceleration::begin(const SolverContext& c, Stage stage, int iter, StepRepo
                            " begins anew with " + std::string(name_of(stage)) + ".");
     if (stage != Stage::plain) {
         renew_levels(c);
-        choose_set();
+        choose_set(c.settings);
         return;
     }
     allocate_plain_fields(c.grid, c.flow);
@@ -188,11 +190,11 @@ void Acceleration::undo_cycle(const SolverContext& c, StepReport& report) {
     const bool again = memory_.cycling.gain < Cycling{}.gain;
     if (again) {
         memory_.cycles = false;
-        choose_set();
     } else {
         memory_.cycling.coarse_iterations = 2;
         memory_.cycling.gain = 0.8F;
     }
+    choose_set(c.settings);
     memory_.before_cycle = 0;
     report.notes.push_back(again
                                ? "Accelerated iteration: a cycle is undone, no more are made."

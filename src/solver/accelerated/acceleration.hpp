@@ -46,7 +46,7 @@ class Acceleration {
     void undo_cycle(const SolverContext& c, StepReport& report);
     void iterate(const SolverContext& c, int iter, int interval, StepReport& report);
     StepReport plain_iteration(const SolverContext& c, int iter, int interval, StepReport report);
-    void choose_set();
+    void choose_set(const CaseSettings& settings);
 
     AccelerationMemory& memory_;
     bool fresh_;

@@ -1,5 +1,6 @@
 // A coarse mesh and its fields. Every second node line in i and j is kept, all planes k: the layers
-// carry the profile that the wall formulas live on. Velocity and pressure are means over the fine
+// carry the profile that the wall formulas live on. So do the cells beside the side walls of a wind
+// tunnel, which are kept too. Velocity and pressure are means over the fine
 // cells, tke and ted means of the logarithm, fluxes sums over the fine faces, so that no coarse
 // cell loses what its fine cells do not lose. Roughness is the mean of its logarithm, gp_d and gp_e
 // are volume means, gp_k one weighted by the drag density.
@@ -88,7 +89,8 @@ bool has_volume(const GridGeometry& g) {
 
 std::unique_ptr<CoarseLevel> make_coarse_level(const SolverContext& fine) {
     auto level = std::make_unique<CoarseLevel>();
-    level->by = {coarse_line(fine.grid.nx), coarse_line(fine.grid.ny)};
+    const Ends sides = fine.settings.walls_on_sides() ? Ends::kept : Ends::joined;
+    level->by = {coarse_line(fine.grid.nx), coarse_line(fine.grid.ny, sides)};
     if (level->by.i.nodes <= least_coarse_cells || level->by.j.nodes <= least_coarse_cells) {
         return nullptr;
     }

@@ -7,15 +7,22 @@
 
 namespace torvex {
 
-CoarseLine coarse_line(int nodes) {
-    const int cells = nodes - 1;
-    const int coarse_cells = std::max(1, cells / 2);
+CoarseLine coarse_line(int nodes, Ends ends) {
+    const int kept = ends == Ends::kept && nodes > 4 ? 1 : 0;  // cells at each end
+    const int pairs = std::max(1, (nodes - 1 - 2 * kept) / 2);
     CoarseLine line;
-    line.nodes = coarse_cells + 1;
-    line.node.resize(CoarseLine::at(line.nodes + 1));
-    for (int n = 1; n <= line.nodes; ++n) {
-        line.node[CoarseLine::at(n)] = n == line.nodes ? nodes : 1 + 2 * (n - 1);
+    line.node = {0, 1};
+    if (kept != 0) {
+        line.node.push_back(2);
     }
+    for (int n = 1; n < pairs; ++n) {
+        line.node.push_back(1 + kept + 2 * n);
+    }
+    if (kept != 0) {
+        line.node.push_back(nodes - 1);
+    }
+    line.node.push_back(nodes);
+    line.nodes = static_cast<int>(line.node.size()) - 1;
     const auto centre = [&line](int cell) {
         return 0.5F * static_cast<float>(line.first(cell) + line.last(cell));
     };

@@ -1,14 +1,16 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <vector>
 
 #include "mesh/grid_geometry.hpp"
 
 namespace torvex {
 
-// Every second node line along one axis. A coarse cell takes two fine ones, the last one three
-// where their number is odd. All lists are told from 1; cells 2.. are the interior, the cells
-// before and behind it stand on the boundary of both meshes.
+// Every second node line along one axis. A coarse cell takes two fine ones, the last one that is
+// not kept three where their number is odd. All lists are told from 1; cells 2.. are the interior,
+// the cells before and behind it stand on the boundary of both meshes.
 struct CoarseLine {
     int nodes = 0;              // coarse node lines
     std::vector<int> node;      // the fine node line of coarse line N
@@ -24,8 +26,11 @@ struct CoarseLine {
     static std::size_t at(int n) { return static_cast<std::size_t>(n); }
 };
 
-// From `nodes` fine node lines.
-CoarseLine coarse_line(int nodes);
+// What becomes of the cells at both ends of a line.
+enum class Ends : std::uint8_t { joined, kept };
+
+// From `nodes` fine node lines. With the ends kept the first and the last cell stay as they are.
+CoarseLine coarse_line(int nodes, Ends ends = Ends::joined);
 
 struct Coarsening {
     CoarseLine i, j;
