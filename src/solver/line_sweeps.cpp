@@ -16,7 +16,7 @@
 // writes  phi in the interior
 // plain   tests/solver/reference/plain_line_sweeps
 //
-// All half-sweeps run in one pass through memory, see row_wavefront.hpp. Every line of a row is
+// All half-sweeps run in one pass through memory, see staged_rows.hpp. Every line of a row is
 // eliminated, which takes full vectors no longer than every other line, but only those of the
 // colour are stored: the others may be read by another thread at that time. g is formed once for
 // all unknowns. Single precision; no cell's arithmetic depends on the number of threads.
@@ -31,7 +31,7 @@
 #include "solver/fetch_ahead.hpp"
 #include "solver/row.hpp"
 #include "solver/row_recurrence.hpp"
-#include "solver/row_wavefront.hpp"
+#include "solver/staged_rows.hpp"
 #include "solver/system_rows.hpp"
 
 namespace torvex {
@@ -175,7 +175,9 @@ void line_sweeps(const LinearSystem& eq, const LineUnknowns<N>& unknowns, int sw
     for (Field3& rows : work.threads) {
         KeptLines<N>::fit(rows, cells, nk);
     }
-    row_wavefront(2, ny, 2 * sweeps, [&](int thread, int stage, int j) {
+    const int first = 2;
+    staged_rows(2 * sweeps, ny - first + 1, true, [&](int stage, int row, int thread) {
+        const int j = first + row - 1;
         half_sweep(eq, unknowns, stage, j,
                    KeptLines<N>(work.threads[static_cast<std::size_t>(thread)]));
     });

@@ -40,7 +40,7 @@ LineScratch& scratch_of(MultigridMeshes& meshes, int thread) {
 }
 
 void descend(MultigridMeshes& meshes, MultigridLevel& fine, MultigridLevel& coarse) {
-    staged_rows<3>(fine.nj, fine.shared_out(), [&](int stage, int j, int thread) {
+    staged_rows(3, fine.nj, fine.shared_out(), [&](int stage, int j, int thread) {
         LineScratch& scratch = scratch_of(meshes, thread);
         switch (stage) {
             case 0:
@@ -100,7 +100,7 @@ void set_coefficients(MultigridMeshes& meshes, const OfSlab& load) {
     for (std::size_t l = 0; l < level.size(); ++l) {
         MultigridLevel& fine = level[l];
         const bool coarsest = l + 1 == level.size();
-        staged_rows<3>(fine.nj, fine.shared_out(), [&](int stage, int j, int thread) {
+        staged_rows(3, fine.nj, fine.shared_out(), [&](int stage, int j, int thread) {
             if (stage == 0 && l == 0) {
                 load(j);
             } else if (stage == 1) {
@@ -120,7 +120,7 @@ void v_cycle(MultigridMeshes& meshes, const OfSlab& finish) {
     solve_coarsest(level.back(), meshes.scratch.front());
     for (std::size_t l = level.size() - 1; l > 1; --l) {
         MultigridLevel& fine = level[l - 1];
-        staged_rows<3>(fine.nj, fine.shared_out(), [&](int stage, int j, int thread) {
+        staged_rows(3, fine.nj, fine.shared_out(), [&](int stage, int j, int thread) {
             prolong_and_smooth(meshes, level[l], fine, stage, j, thread);
         });
     }
@@ -131,7 +131,7 @@ void v_cycle(MultigridMeshes& meshes, const OfSlab& finish) {
         }
         return;
     }
-    staged_rows<4>(finest.nj, finest.shared_out(), [&](int stage, int j, int thread) {
+    staged_rows(4, finest.nj, finest.shared_out(), [&](int stage, int j, int thread) {
         if (stage < 3) {
             prolong_and_smooth(meshes, level[1], finest, stage, j, thread);
         } else {

@@ -59,8 +59,8 @@ void expect_order() {
             SCOPED_TRACE(std::to_string(rows) + " rows, " + std::to_string(threads) + " threads");
             Passage passage(rows);
             with_threads(threads, [&] {
-                staged_rows<S>(rows, true,
-                               [&](int stage, int j, int /*thread*/) { passage.pass(stage, j); });
+                staged_rows(S, rows, true,
+                            [&](int stage, int j, int /*thread*/) { passage.pass(stage, j); });
             });
             EXPECT_EQ(passage.mistakes(), 0);
             EXPECT_TRUE(passage.every_row_has(S));
@@ -82,7 +82,7 @@ TEST(StagedRows, PairsStayOnOneThreadAndRise) {
             std::unique_ptr<int[]> thread_of = std::make_unique<int[]>(std::size_t(rows) + 2);
             std::atomic<int> mistakes{0};
             with_threads(threads, [&] {
-                staged_rows<3>(rows, true, [&](int stage, int j, int thread) {
+                staged_rows(3, rows, true, [&](int stage, int j, int thread) {
                     if (stage == 2) {
                         thread_of[std::size_t(j)] = thread + 1;
                         if (j % 2 == 0 && thread_of[std::size_t(j - 1)] != thread + 1) {
@@ -100,7 +100,7 @@ TEST(StagedRows, LongMeshesAreSharedOut) {
     for (const bool shared_out : {true, false}) {
         std::atomic<int> most{0};
         with_threads(4, [&] {
-            staged_rows<3>(64, shared_out, [&](int, int, int thread) {
+            staged_rows(3, 64, shared_out, [&](int, int, int thread) {
                 int seen = most.load();
                 while (seen < thread && !most.compare_exchange_weak(seen, thread)) {
                 }
