@@ -199,6 +199,24 @@ void for_given_keys(const CaseText& file, const KeyLines& lines,
     }
 }
 
+// What wins over an equilibrium inflow.
+void warn_of_inflow(const CaseText& file, const CaseSettings& settings, const KeyLines& lines,
+                    RunLog& log) {
+    if (!settings.EQUILIBRIUM_INFLOW || settings.equilibrium_inflow()) {
+        return;
+    }
+    std::string winner;
+    if (settings.nested()) {
+        winner = "the parent's flow; TED Pr is that of an equilibrium layer all the same";
+    } else if (settings.TORVEX_MODE != 0 && settings.user.inlet != 0) {
+        winner = "inlet = " + std::to_string(settings.user.inlet) + " of the block &user_domain";
+    } else {
+        winner = "the profile of INFLOW_PROFILE_FILE";
+    }
+    log.warn("EQUILIBRIUM_INFLOW gives way to " + winner + " (" +
+             lines.where(file, "EQUILIBRIUM_INFLOW") + ").");
+}
+
 void warn_of_idle_keys(const CaseText& file, const CaseSettings& settings, const KeyLines& lines,
                        RunLog& log) {
     std::string never;
@@ -230,6 +248,7 @@ void warn_of_case(const CaseText& file, const CaseSettings& settings, const KeyL
     warn_of_counts(file, settings, lines, log);
     warn_of_equal_labels(settings, log);
     warn_of_idle_keys(file, settings, lines, log);
+    warn_of_inflow(file, settings, lines, log);
 }
 
 }  // namespace torvex

@@ -3,7 +3,9 @@
 #include <string>
 
 #include "base/edit.hpp"
+#include "base/log_layer.hpp"
 #include "base/stop.hpp"
+#include "case/case_blocks.hpp"
 
 namespace torvex {
 
@@ -42,6 +44,29 @@ void report_k_l(const CaseSettings& settings, const ConstantLines& constant) {
     constant("alpha", settings.KL_ALPHA);
 }
 
+// An equilibrium inflow brings the SIGE that keeps it, unless the case gives one. A child has that
+// of its parent.
+void balance_sigma_e(const CaseText& file, CaseSettings& settings, const KeyLines& lines) {
+    if (!settings.EQUILIBRIUM_INFLOW || settings.SPECIFY_INFLOW_PROFILE ||
+        lines.given("KE_SIGMA_E")) {
+        return;
+    }
+    if (settings.TORVEX_MODE != 0) {
+        CaseSettings ahead = settings;  // the block is read later
+        read_user_domain(file, ahead);
+        if (ahead.user.inlet != 0) {
+            return;
+        }
+    }
+    if (!(settings.CE2 > settings.CE1 && settings.CMU > 0.0F)) {
+        stop(1,
+             "EQUILIBRIUM_INFLOW has no balanced KE_SIGMA_E unless KE_CE2 is above KE_CE1 and "
+             "KE_CMU above 0",
+             lines.where(file, "EQUILIBRIUM_INFLOW"), "correct the constants or give KE_SIGMA_E");
+    }
+    settings.SIGE = balanced_sigma_e(settings.CMU, settings.CE1, settings.CE2);
+}
+
 }  // namespace
 
 void select_turbulence_constants(const CaseText& file, CaseSettings& settings,
@@ -55,6 +80,7 @@ void select_turbulence_constants(const CaseText& file, CaseSettings& settings,
             settings.CE2 = settings.KE_CE2;
             settings.SIGK = settings.KE_SIGMA_K;
             settings.SIGE = settings.KE_SIGMA_E;
+            balance_sigma_e(file, settings, lines);
             break;
         case 2:
             settings.CMU = settings.KL_CMU;

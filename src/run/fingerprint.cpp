@@ -156,6 +156,13 @@ class Gathering {
         if (s.SPECIFY_INFLOW_PROFILE) {
             profile();
         }
+        equilibrium();
+    }
+
+    void equilibrium() {
+        if (settings_.equilibrium_inflow()) {
+            note("EQUILIBRIUM_INFLOW", text_of(true));
+        }
     }
 
     void directional_alpha() {
@@ -202,6 +209,7 @@ class Gathering {
         } else if (user.inlet == 0 && settings_.SPECIFY_INFLOW_PROFILE) {
             profile();
         }
+        equilibrium();
     }
 
     Run& run_;

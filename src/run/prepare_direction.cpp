@@ -138,10 +138,7 @@ Prepared prepare_from_maps(Run& run, Direction& direction) {
         return Prepared::unusable;
     }
     INIT(run.settings, grid, direction.angle, direction.tag, run.log, direction.flow);
-    finish_start(run, direction,
-                 run.settings.SPECIFY_INFLOW_PROFILE && !run.settings.nested()
-                     ? "the inflow profile file"
-                     : "the power law of the inflow");
+    finish_start(run, direction, origin_of_init(run.settings));
     if (run.settings.nested()) {
         carry_parent_flow(run, maps, direction);
     }

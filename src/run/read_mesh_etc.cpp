@@ -75,8 +75,7 @@ std::string fill_start(Run& run, Direction& direction) {
         case 0:
             console("- TORVEX default inflow is used.");
             INIT(settings, direction.grid, direction.angle, direction.tag, run.log, direction.flow);
-            return settings.SPECIFY_INFLOW_PROFILE ? "the inflow profile file"
-                                                   : "the power law of the inflow";
+            return origin_of_init(settings);
         case 1:
             console("- User specified inflow is used.");
             console("- Read inflow profile from : " + settings.user.inflow_profile_file);

@@ -57,6 +57,14 @@ void finish_start(Run& run, Direction& direction, const std::string& origin) {
     }
 }
 
+std::string origin_of_init(const CaseSettings& settings) {
+    if (settings.SPECIFY_INFLOW_PROFILE && !settings.nested()) {
+        return "the inflow profile file";
+    }
+    return settings.equilibrium_inflow() ? "the equilibrium layer of the inflow"
+                                         : "the power law of the inflow";
+}
+
 void tell_start(Run& run, const Direction& direction, const std::string& origin) {
     run.log.timed(" WD " + edit::F(direction.angle, 5, 1) + ": Fields start from " + origin + ".");
 }

@@ -18,6 +18,9 @@ void forget_saved_states(Run& run, const Direction& direction);
 // from; `origin` names what filled them, as in "the power law".
 void finish_start(Run& run, Direction& direction, const std::string& origin);
 
+// What INIT fills the fields from, as finish_start wants it.
+std::string origin_of_init(const CaseSettings& settings);
+
 // " WD 240.0: Fields start from ORIGIN." on the log.
 void tell_start(Run& run, const Direction& direction, const std::string& origin);
 

@@ -1,5 +1,6 @@
 // INIT: the fields at the start of a wind direction, from the power law of the ground's roughness
-// (power_law.hpp) or from a profile given by the user, column by column at the height h above the
+// (power_law.hpp), from a profile given by the user or from an equilibrium layer
+// (equilibrium_layer.cpp, which has a ted of its own), column by column at the height h above the
 // column's own ground.
 //
 //   length = min(0.4 h, 0.4 Zg)
@@ -25,6 +26,7 @@
 #include "base/stop.hpp"
 #include "base/upwind_roughness_log.hpp"
 #include "solver/constants.hpp"
+#include "solver/equilibrium_layer.hpp"
 #include "solver/flow_fields.hpp"
 #include "solver/inflow_profile.hpp"
 #include "solver/power_law.hpp"
@@ -114,6 +116,15 @@ void log_inflow(RunLog& log, float wd_angle, const std::string& what) {
     log.timed(" WD " + edit::F(wd_angle, 5, 1) + ": " + what);
 }
 
+// The exponent is that of the layer at a tenth of Zg, for comparison with that of a power law.
+void log_layer(RunLog& log, float wd_angle, const EquilibriumLayer& layer) {
+    log_inflow(
+        log, wd_angle,
+        "Inflow: equilibrium layer, u*=" + edit::F(layer.u_star, 8, 4) +
+            ", z0=" + edit::E(layer.z0, 12, 4) + ", Zg=" + edit::F(layer.Zg, 10, 3) +
+            ", exponent at Zg/10=" + edit::F(shear_exponent_at(layer, 0.1F * layer.Zg), 8, 4));
+}
+
 }  // namespace
 
 void INIT(const CaseSettings& settings, const GridGeometry& g, float wd_angle,
@@ -123,6 +134,8 @@ void INIT(const CaseSettings& settings, const GridGeometry& g, float wd_angle,
     if (profile_in_use(settings)) {
         fill_by_profile(g, read_inflow_profile(settings), s);
         log_inflow(log, wd_angle, "Inflow profile was specified.");
+    } else if (settings.equilibrium_inflow()) {
+        log_layer(log, wd_angle, equilibrium_layer(s.z0(1, 1)));
     } else {
         std::optional<float> z0_up;
         if (settings.canopy_on()) {
@@ -137,6 +150,9 @@ void INIT(const CaseSettings& settings, const GridGeometry& g, float wd_angle,
         }
     }
     fill_dissipation(settings, g, s);
+    if (settings.equilibrium_inflow()) {
+        fill_equilibrium_layer(settings, g, s);  // the length is that of fill_dissipation
+    }
     fill_viscosity(settings, s);
 }
 

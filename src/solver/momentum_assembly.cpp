@@ -7,7 +7,8 @@
 //   sp = 0
 //   ae..ab (u only) = upwind mass flux + central diffusion vis |L|^2/vol
 //
-// with D_M the difference along M over the face, from corner values where M lies in the face.
+// with D_M the difference along M over the face, from corner values where M lies in the face. On
+// log faces vis is that of the log law, elsewhere interpolated.
 //
 // reads   vol, xix..zez, fx..fz; u, v, w, p, vis, den, flxU..flxW
 // writes  su, sp, and ae..ab for u, in 2..nx, 2..ny, 2..nz

@@ -12,6 +12,8 @@
 // plain   tests/solver/reference/plain_momentum: boundaries
 // nj, k = nk, i = ni
 //
+// The open top of an equilibrium inflow carries the stress of that layer in u.
+//
 // A wall's shear is formed before its boundary value changes. Ground values (k = 1) stay as they
 // are, and so do those of v and w at an open top and of v on the sides. With skip_sides the sides
 // and the outflow belong to the parent run.
@@ -21,6 +23,7 @@
 #include <cmath>
 
 #include "solver/constants.hpp"
+#include "solver/equilibrium_layer.hpp"
 #include "solver/face_area.hpp"
 #include "solver/momentum_component.hpp"
 #include "solver/wall_cells.hpp"
@@ -71,6 +74,9 @@ class MomentumBoundary {
                     phi_(i, j, g_.nk) = wall ? 0.0F : phi_(i, j, g_.nz);
                 }
             }
+        }
+        if (A == Component::u && !wall && settings_.equilibrium_inflow()) {
+            add_top_stress(g_, s_, su_);
         }
     }
 

@@ -129,6 +129,12 @@ struct FaceRange {
     int first, last;
 };
 
+// The viscosity of the cells on both sides of a row of faces, by the index of the face.
+struct SideViscosity {
+    const float* low;
+    const float* high;
+};
+
 // What a row of faces carries of a component: its deferred convection, and the explicit flux.
 template <Component A>
 struct FaceRow {
@@ -140,15 +146,16 @@ struct FaceRow {
 // and transposed stress (b) less the deferred convection of each face.
 template <Axis L, Component... A>
 [[gnu::flatten]] void stress_row(const MomentumFields& f, Place row, FaceRange range,
-                                 const CornerRows& u, const CornerRows& v, const CornerRows& w,
-                                 FaceRow<A>... out) {
+                                 const SideViscosity& vis, const CornerRows& u, const CornerRows& v,
+                                 const CornerRows& w, FaceRow<A>... out) {
     const Place step = f.step<L>();
     const float* factor = f.factor<L>();
     const VectorField area_l = f.area<L>();
     const VectorField area_m = f.area<first_across<L>>();
     const VectorField area_n = f.area<second_across<L>>();
     const VectorField velocity = f.velocity;
-    const float* vis = f.vis;
+    const float* vis_low = vis.low;
+    const float* vis_high = vis.high;
     const float* vol = f.vol;
     along_row(range.first, range.last, [=](int i) {
         const Place low = row + i;
@@ -162,7 +169,7 @@ template <Axis L, Component... A>
         const FaceVectors areas_high{area_l.at(high), area_m.at(high), area_n.at(high)};
         const float weight = factor[low];
         const float gain =
-            between(vis[low], vis[high], weight) / between(vol[low], vol[high], weight);
+            between(vis_low[i], vis_high[i], weight) / between(vol[low], vol[high], weight);
         ((out.flux[i] =
               gain * between(stress_side<A>(areas_low, d), stress_side<A>(areas_high, d), weight) -
               out.deferred[i]),
@@ -173,13 +180,14 @@ template <Axis L, Component... A>
 // Mass flux of the faces, and the coefficients that couple the two cells: to_high of the low cell
 // towards the high one, to_low of the high cell towards the low one.
 template <Axis L>
-void coupling_row(const MomentumFields& f, Place row, FaceRange range, float* mass, float* to_high,
-                  float* to_low) {
+void coupling_row(const MomentumFields& f, Place row, FaceRange range, const SideViscosity& vis,
+                  float* mass, float* to_high, float* to_low) {
     const Place step = f.step<L>();
     const float* factor = f.factor<L>();
     const float* volume_flux = f.flux<L>();
     const VectorField area = f.area<L>();
-    const float* vis = f.vis;
+    const float* vis_low = vis.low;
+    const float* vis_high = vis.high;
     const float* vol = f.vol;
     const float* den = f.den;
     along_row(range.first, range.last, [=](int i) {
@@ -188,7 +196,7 @@ void coupling_row(const MomentumFields& f, Place row, FaceRange range, float* ma
         const float weight = factor[low];
         const Vec3 l = area.at(low);
         const Vec3 h = area.at(high);
-        const float diffusion = between(vis[low], vis[high], weight) *
+        const float diffusion = between(vis_low[i], vis_high[i], weight) *
                                 between(dot(l, l), dot(h, h), weight) /
                                 between(vol[low], vol[high], weight);
         const float F = between(den[low], den[high], weight) * volume_flux[low];

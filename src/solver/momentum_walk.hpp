@@ -24,6 +24,8 @@ class MomentumWalk {
     MomentumWalk(const SolverContext& c, MomentumScratch& scratch, std::array<Array3<T>*, count> su,
                  Array3<double>* sp)
         : g_(c.grid),
+          flow_(c.flow),
+          log_faces_(c.walls.log_faces),
           eq_(c.flow.eq),
           f_(c.grid, c.flow),
           scratch_(scratch),
@@ -206,15 +208,30 @@ class MomentumWalk {
         return L == Axis::i ? g_.nx : (L == Axis::j ? g_.ny : g_.nz);
     }
 
+    // That of the cells on both sides, or on both sides that of the log law.
+    template <Axis L>
+    SideViscosity side_viscosity(int j, int k) const {
+        if (L != Axis::i) {
+            float* of_face = named(MomentumScratch::log_viscosity);
+            if (log_face_viscosity(log_faces_, g_, flow_, LogFlux::of_speed, L, j, k,
+                                   {of_face + 1, g_.nx})) {
+                return {of_face, of_face};
+            }
+        }
+        const Place row = f_.row(j, k);
+        return {f_.vis + row, f_.vis + row + f_.step<L>()};
+    }
+
     // The faces of row (j,k) across axis L. Boundary faces carry no deferred convection.
     template <Axis L>
     void faces(const FluxRows& out, int j, int k) {
         const Place row = f_.row(j, k);
         const FaceRange all{L == Axis::i ? 1 : 2, g_.nx};
+        const SideViscosity vis = side_viscosity<L>(j, k);
         if constexpr (with_coefficients) {
-            coupling_row<L>(f_, row, all, out.mass, out.to_high, out.to_low);
+            coupling_row<L>(f_, row, all, vis, out.mass, out.to_high, out.to_low);
         }
-        stress_row<L>(f_, row, all, corners(j, 1), corners(j, 2), corners(j, 3),
+        stress_row<L>(f_, row, all, vis, corners(j, 1), corners(j, 2), corners(j, 3),
                       FaceRow<A>{deferred<L, A>(out, j, k), out.template flux<A>()}...);
     }
 
@@ -334,6 +351,8 @@ class MomentumWalk {
     }
 
     const GridGeometry& g_;
+    const FlowState& flow_;
+    const LogFaces& log_faces_;
     LinearSystem& eq_;
     MomentumFields f_;
     MomentumScratch& scratch_;

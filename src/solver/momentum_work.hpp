@@ -22,6 +22,7 @@ struct MomentumScratch {
         top = south + components + 3,
         deferred = top + components + 3,  // deferred convection through the inner faces of a row
         nothing = deferred + components,  // and through boundary faces: never written, all 0
+        log_viscosity,                    // viscosity of log faces
         row_count
     };
 

@@ -76,6 +76,7 @@ Walls wall_cells(const CaseSettings& settings, const GridGeometry& g, const Fiel
         fill<Wall::south>(g, tunnel, walls.south);
         fill<Wall::north>(g, tunnel, walls.north);
     }
+    walls.log_faces = log_faces(settings, g, walls);
     return walls;
 }
 

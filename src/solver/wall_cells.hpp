@@ -3,6 +3,7 @@
 #include "base/case_settings.hpp"
 #include "base/field.hpp"
 #include "mesh/grid_geometry.hpp"
+#include "solver/log_faces.hpp"
 
 namespace torvex {
 
@@ -26,6 +27,7 @@ struct WallCell {
 struct Walls {
     Array2<WallCell> ground, top;   // ni*nj
     Array2<WallCell> south, north;  // ni*nk
+    LogFaces log_faces;             // on the inner side of the cells
 };
 
 // Everything that mesh and roughness say of the walls, once a direction behind GRID; z0 is the

@@ -32,7 +32,8 @@ void ted_system(const SolverContext& ctx) {
     const auto source = [&, viscos = set.VISCOS](int j, int k, Row<const float> cross) {
         dissipation_source_row(g, s, constants, viscos, j, k, cross);
     };
-    assemble_transport(g, s, s.ted, set.SIGE, ctx.work.transport, source);
+    assemble_transport(g, s, s.ted, set.SIGE, ctx.work.transport, source, &ctx.walls.log_faces,
+                       LogFlux::of_dissipation);
     if (set.canopy_on()) {
         canopy_sources_ted(canopy_cells_of(ctx, target), set.canopy, s.canopy_source_factor);
     }

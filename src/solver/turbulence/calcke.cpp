@@ -34,10 +34,10 @@ void assemble(const SolverContext& ctx) {
     FlowState& s = ctx.flow;
     const auto source = [&, viscos = set.VISCOS, c_mu = set.CMU](int j, int k,
                                                                  Row<const float> cross) {
-        production_row<production>(g, s, viscos, j, k);
+        production_row<production>(g, s, viscos, j, k, ctx.walls.log_faces);
         energy_source_row(g, s, s.tke, c_mu, viscos, j, k, cross);
     };
-    assemble_transport(g, s, s.tke, set.SIGK, ctx.work.transport, source);
+    assemble_transport(g, s, s.tke, set.SIGK, ctx.work.transport, source, &ctx.walls.log_faces);
 }
 
 }  // namespace

@@ -26,10 +26,11 @@ void tkl_system(const SolverContext& ctx) {
     const Sources target = sources_of(s.eq);
     const auto source = [&, viscos = set.VISCOS, c_mu = set.KL_CMU](int j, int k,
                                                                     Row<const float> cross) {
-        production_row<Production::strain>(g, s, viscos, j, k);
+        production_row<Production::strain>(g, s, viscos, j, k, ctx.walls.log_faces);
         energy_source_row(g, s, s.tkl, c_mu, viscos, j, k, cross);
     };
-    assemble_transport(g, s, s.tkl, set.KL_SIGMA_K, ctx.work.transport, source);
+    assemble_transport(g, s, s.tkl, set.KL_SIGMA_K, ctx.work.transport, source,
+                       &ctx.walls.log_faces);
     clear_wall_planes(ctx, target);
     bc_tkl(ctx, target);
 }

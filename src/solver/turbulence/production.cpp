@@ -8,7 +8,8 @@
 //   W^2 = (du/dy - dv/dx)^2 + (dv/dz - dw/dy)^2 + (dw/dx - du/dz)^2
 //
 // The gradients are Gauss sums over the cell: differences between opposite faces times the area
-// vectors, over the volume. mu_t = vis - viscos.
+// vectors, over the volume. mu_t = vis - viscos. The shear of a log law, which linear face values
+// overstate in the second cell from a wall, is taken from the factors of the log faces there.
 //
 // reads   xix..zez, vol, fx, fy, fz, u, v, w, vis, den
 // writes  gen
@@ -40,6 +41,14 @@ struct Factors {
     Row<const float> east, north, south, top, bottom;
 };
 
+Factors factors(const GridGeometry& g, const LogFaces& log_faces, int j, int k) {
+    const auto along = [&](Axis axis, const Field3& factor, int jf, int kf) {
+        return log_face_factor(log_faces, g, axis, jf, kf, row(factor, jf, kf));
+    };
+    return {row(g.fx, j, k), along(Axis::j, g.fy, j, k), along(Axis::j, g.fy, j - 1, k),
+            along(Axis::k, g.fz, j, k), along(Axis::k, g.fz, j, k - 1)};
+}
+
 // Differences between opposite faces.
 struct Differences {
     float xi, et, ze;
@@ -66,12 +75,11 @@ struct Differences {
 // Flattened: the body of the loop is too large to be taken into it otherwise.
 template <Production production>
 [[gnu::flatten]] void production_row(const GridGeometry& g, FlowState& s, float viscos, int j,
-                                     int k) {
+                                     int k, const LogFaces& log_faces) {
     const Neighbours u = neighbours(s.u, j, k);
     const Neighbours v = neighbours(s.v, j, k);
     const Neighbours w = neighbours(s.w, j, k);
-    const Factors f{row(g.fx, j, k), row(g.fy, j, k), row(g.fy, j - 1, k), row(g.fz, j, k),
-                    row(g.fz, j, k - 1)};
+    const Factors f = factors(g, log_faces, j, k);
     const MetricRows m = metric_rows(g, j, k);
     const auto vol = row(g.vol, j, k);
     const auto vis = row(s.vis, j, k);
@@ -102,8 +110,9 @@ template <Production production>
     });
 }
 
-template void production_row<Production::strain>(const GridGeometry&, FlowState&, float, int, int);
+template void production_row<Production::strain>(const GridGeometry&, FlowState&, float, int, int,
+                                                 const LogFaces&);
 template void production_row<Production::launder_kato>(const GridGeometry&, FlowState&, float, int,
-                                                       int);
+                                                       int, const LogFaces&);
 
 }  // namespace torvex

@@ -28,7 +28,8 @@ struct PlaneScratch {
         products_low,                      // metric products of row j, six rows from here on
         products_high = products_low + 6,  // of row j + 1
         products_top = products_high + 6,  // of the plane above
-        unused = products_top + 6,         // takes coefficients that another thread writes
+        log_viscosity = products_top + 6,  // of log faces
+        unused,                            // takes coefficients that another thread writes
         row_count
     };
 

@@ -32,11 +32,13 @@ FaceSide shifted(const FaceSide& x) {
 }  // namespace
 
 TransportWalk::TransportWalk(const GridGeometry& g, FlowState& s, const Field3& phi, float sigma,
-                             PlaneScratch& scratch)
+                             PlaneScratch& scratch, const LogFaces* log_faces, LogFlux flux)
     : g_(g),
       s_(s),
       phi_(phi),
       over_sigma_(1.0F / sigma),
+      log_faces_(log_faces),
+      flux_(flux),
       scratch_(scratch),
       phi_low_(named(PlaneScratch::phi_low)),
       phi_high_(named(PlaneScratch::phi_high)),
@@ -71,6 +73,15 @@ FaceSide TransportWalk::side(int j, int k, Row<float> own, Row<float> first,
             .own = own,
             .first = first,
             .second = second};
+}
+
+// On log faces both sides have the viscosity of the face.
+void TransportWalk::take_log_law(Axis axis, int j, int k, TransportFaces& faces) {
+    const auto vis = named(PlaneScratch::log_viscosity);
+    if (log_faces_ != nullptr && log_face_viscosity(*log_faces_, g_, s_, flux_, axis, j, k, vis)) {
+        faces.low.vis = vis;
+        faces.high.vis = vis;
+    }
 }
 
 // Makes phi_low_ row 1 of the plane above plane k.
@@ -109,17 +120,18 @@ void TransportWalk::north_faces(int j, int k) {
     std::swap(cross_south_, cross_north_);
     const auto& low = products_low_;
     const auto& high = products_high_;
-    const TransportFaces faces{.factor = row(g_.fy, j, k),
-                               .low = side(j, k, low.et_et, low.xi_et, low.et_ze),
-                               .high = side(j + 1, k, high.et_et, high.xi_et, high.et_ze),
-                               .flux = row(std::as_const(s_.flxV), j, k),
-                               .a = sum_high_,
-                               .b = sum_high_.shifted(-1),
-                               .c = difference_high_,
-                               .d = difference_high_.shifted(-1),
-                               .to_high = row(s_.eq.an, j, k),
-                               .to_low = row(s_.eq.as, j + 1, k),
-                               .cross = cross_north_};
+    TransportFaces faces{.factor = row(g_.fy, j, k),
+                         .low = side(j, k, low.et_et, low.xi_et, low.et_ze),
+                         .high = side(j + 1, k, high.et_et, high.xi_et, high.et_ze),
+                         .flux = row(std::as_const(s_.flxV), j, k),
+                         .a = sum_high_,
+                         .b = sum_high_.shifted(-1),
+                         .c = difference_high_,
+                         .d = difference_high_.shifted(-1),
+                         .to_high = row(s_.eq.an, j, k),
+                         .to_low = row(s_.eq.as, j + 1, k),
+                         .cross = cross_north_};
+    take_log_law(Axis::j, j, k, faces);
     transport_faces(faces, over_sigma_, 2, g_.nx);
 }
 
@@ -153,17 +165,18 @@ void TransportWalk::top_faces(int j, int k, const ProductRows& low, Row<float> a
     }
     zeta_products(g_, j, k + 1, products_top_);
     const auto& high = products_top_;
-    const TransportFaces faces{.factor = row(g_.fz, j, k),
-                               .low = side(j, k, low.ze_ze, low.xi_ze, low.et_ze),
-                               .high = side(j, k + 1, high.ze_ze, high.xi_ze, high.et_ze),
-                               .flux = row(std::as_const(s_.flxW), j, k),
-                               .a = sum,
-                               .b = sum.shifted(-1),
-                               .c = difference,
-                               .d = difference.shifted(-1),
-                               .to_high = at,
-                               .to_low = ab,
-                               .cross = cross};
+    TransportFaces faces{.factor = row(g_.fz, j, k),
+                         .low = side(j, k, low.ze_ze, low.xi_ze, low.et_ze),
+                         .high = side(j, k + 1, high.ze_ze, high.xi_ze, high.et_ze),
+                         .flux = row(std::as_const(s_.flxW), j, k),
+                         .a = sum,
+                         .b = sum.shifted(-1),
+                         .c = difference,
+                         .d = difference.shifted(-1),
+                         .to_high = at,
+                         .to_low = ab,
+                         .cross = cross};
+    take_log_law(Axis::k, j, k, faces);
     transport_faces(faces, over_sigma_, 2, g_.nx);
 }
 

@@ -2,6 +2,7 @@
 
 #include "mesh/grid_geometry.hpp"
 #include "solver/flow_state.hpp"
+#include "solver/log_faces.hpp"
 #include "solver/turbulence/transport_rows.hpp"
 #include "solver/turbulence/transport_scratch.hpp"
 
@@ -18,7 +19,8 @@ class TransportWalk {
  public:
     // phi is not written during the walk; sigma is its turbulent Prandtl number.
     TransportWalk(const GridGeometry& g, FlowState& s, const Field3& phi, float sigma,
-                  PlaneScratch& scratch);
+                  PlaneScratch& scratch, const LogFaces* log_faces = nullptr,
+                  LogFlux flux = LogFlux::of_speed);
 
     // The bottom of plane k, where the walk begins.
     void start_below(int k);
@@ -33,6 +35,7 @@ class TransportWalk {
     Row<float> named(int name);
     ProductRows products(int name);
     FaceSide side(int j, int k, Row<float> own, Row<float> first, Row<float> second) const;
+    void take_log_law(Axis axis, int j, int k, TransportFaces& faces);
     void first_node_row(int k);
     void next_node_row(int j, int k);
     void north_faces(int j, int k);
@@ -44,6 +47,8 @@ class TransportWalk {
     FlowState& s_;
     const Field3& phi_;
     float over_sigma_;
+    const LogFaces* log_faces_;
+    LogFlux flux_;
     PlaneScratch& scratch_;
     Row<float> phi_low_, phi_high_;
     Row<float> sum_low_, sum_high_;
