@@ -1,16 +1,18 @@
 // The faces between the first and the second cell from a wall, where a log law is steeper than what
 // linear interpolation and a central difference make of it.
 //
-//   viscosity   den KAPPA u_k (d2 - d1)/ln(d2/d1),   u_k = c_mu^(1/4) sqrt(tke) of the wall's cell,
-//               so that the flux viscosity (u2 - u1)/(d2 - d1) is that of the law
-//               u = (u_k/KAPPA) ln(d/z0) through d1 and d2, den u_k^2
-//   for ted     den KAPPA u_k d1 d2/df, with df the distance of the face, so that
-//               viscosity (ted1 - ted2)/(d2 - d1) is that of the law's ted = u_k^3/(KAPPA d),
-//               den u_k^4/df; a central difference gives a third more where all layers are alike
+//   viscosity   den KAPPA u_k h/ln(d2/d1),   u_k = c_mu^(1/4) sqrt(tke) of the wall's cell,
+//               so that the flux viscosity (u2 - u1)/h is that of the law u = (u_k/KAPPA) ln(d/z0)
+//               through d1 and d2, den u_k^2
+//   for ted     den KAPPA u_k h/(d2 - d1) d1 d2/df, with df the distance of the face, so that
+//               viscosity (ted1 - ted2)/h is that of the law's ted = u_k^3/(KAPPA d), den u_k^4/df;
+//               a central difference gives a third more where all layers are alike
 //   value       u1 + (u2 - u1) ln(df/d1)/ln(d2/d1)
 //
-// Distances are taken along the normal of the wall's face from its centre, as in wall_cells. The
-// molecular viscosity is left out, as in the formulas of the wall itself.
+// h is the distance by which the equations divide, vol/|L| of the face; it is less than d2 - d1 in
+// stretched layers, by 2 % where a layer is a third higher than the one below. The d are taken
+// along the normal of the wall's face from its centre, as in wall_cells. The molecular viscosity is
+// left out, as in the formulas of the wall itself.
 //
 // reads   xn, yn, zn, xc, yc, zc; the wall cells; tke, den
 // ref     Launder and Spalding (1974); Richards and Norris (2011) on what near-wall gradients cost
@@ -21,6 +23,7 @@
 
 #include "mesh/vec3.hpp"
 #include "solver/constants.hpp"
+#include "solver/interpolation.hpp"
 #include "solver/wall_cells.hpp"
 
 namespace torvex {
@@ -31,6 +34,25 @@ template <Wall wall>
 constexpr Axis axis_of = wall == Wall::ground || wall == Wall::top ? Axis::k : Axis::j;
 template <Wall wall>
 constexpr bool is_low = wall == Wall::ground || wall == Wall::south;
+
+// The distance that the diffusion across the inner face of a wall's cell divides by, vol_f/|L|_f;
+// it is less than that of the two centres where the layers differ in height.
+template <Axis axis>
+float spacing(const GridGeometry& g, int i, int j, int k, bool cell_is_low) {
+    constexpr bool level = axis == Axis::k;
+    const int jl = level || cell_is_low ? j : j - 1;
+    const int kl = !level || cell_is_low ? k : k - 1;
+    const int jh = level ? jl : jl + 1;
+    const int kh = level ? kl + 1 : kl;
+    const auto area2 = [&](int jc, int kc) {
+        const Vec3 L = level ? Vec3{g.zex(i, jc, kc), g.zey(i, jc, kc), g.zez(i, jc, kc)}
+                             : Vec3{g.etx(i, jc, kc), g.ety(i, jc, kc), g.etz(i, jc, kc)};
+        return dot(L, L);
+    };
+    const float factor = level ? g.fz(i, jl, kl) : g.fy(i, jl, kl);
+    return between(g.vol(i, jl, kl), g.vol(i, jh, kh), factor) /
+           std::sqrt(between(area2(jl, kl), area2(jh, kh), factor));
+}
 
 template <Wall wall>
 void fill(const GridGeometry& g, const Walls& walls, LogFacesOfWall& faces) {
@@ -58,8 +80,9 @@ void fill(const GridGeometry& g, const Walls& walls, LogFacesOfWall& faces) {
             const bool rising = d1 < df && df < d2;
             const float log_ratio = std::log(d2 / d1);
             const float of_second = rising ? std::log(df / d1) / log_ratio : 0.5F;
-            faces.of_speed(a, b) = rising ? (d2 - d1) / log_ratio : d1;
-            faces.of_dissipation(a, b) = rising ? d1 * d2 / df : d1;
+            const float step = spacing<axis>(g, i, j, k, is_low<wall>);
+            faces.of_speed(a, b) = rising ? step / log_ratio : d1;
+            faces.of_dissipation(a, b) = rising ? step / (d2 - d1) * d1 * d2 / df : d1;
             faces.factor(a, b) = is_low<wall> ? of_second : 1.0F - of_second;
         }
     }

@@ -15,8 +15,8 @@ struct Walls;
 // (i,j) of the ground and the top, (i,k) of the sides.
 struct LogFacesOfWall {
     // Lengths that make the fluxes of the law from the differences of the two cells [m]
-    Field2 of_speed;        // (d2 - d1)/ln(d2/d1)
-    Field2 of_dissipation;  // d1 d2/df
+    Field2 of_speed;        // h/ln(d2/d1)
+    Field2 of_dissipation;  // h/(d2 - d1) d1 d2/df
     // weight of the cell on the high side in a value on the face, for a profile that is linear in
     // the logarithm of the distance [-]
     Field2 factor;
