@@ -268,11 +268,12 @@ struct CaseSettings {
     // What the codes above mean.
     bool nested() const { return nest.nest_mode != 0; }        // a child in a parent's flow
     bool canopy_on() const { return canopy.canopy_mode > 0; }  // canopy file read, terms act
-    // The inflow and the open top are those of an equilibrium layer: a profile of the user's own
-    // and a parent win.
+    // The inflow and the open top are those of an equilibrium layer. A profile of the user's own
+    // and a parent win, and the length of the k-l model, which stops growing with height, keeps no
+    // log law.
     bool equilibrium_inflow() const {
         return EQUILIBRIUM_INFLOW && !SPECIFY_INFLOW_PROFILE && !nested() &&
-               (TORVEX_MODE == 0 || user.inlet == 0);
+               TURBULENCE_MODEL != 2 && (TORVEX_MODE == 0 || user.inlet == 0);
     }
     bool wall_on_top() const { return WIND_TUNNEL_MODE > 0; }
     bool walls_on_sides() const { return WIND_TUNNEL_MODE > 1; }

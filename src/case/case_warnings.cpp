@@ -206,7 +206,9 @@ void warn_of_inflow(const CaseText& file, const CaseSettings& settings, const Ke
         return;
     }
     std::string winner;
-    if (settings.nested()) {
+    if (settings.TURBULENCE_MODEL == 2) {
+        winner = "the k-l model, whose length stops growing with height: it keeps no log law";
+    } else if (settings.nested()) {
         winner = "the parent's flow; TED Pr is that of an equilibrium layer all the same";
     } else if (settings.TORVEX_MODE != 0 && settings.user.inlet != 0) {
         winner = "inlet = " + std::to_string(settings.user.inlet) + " of the block &user_domain";

@@ -237,5 +237,24 @@ TEST(KeyEffects, KeysOfTheDensityFormNeedCanopyAndThatForm) {
     }
 }
 
+// What wins over an equilibrium inflow is told with the line of the key.
+TEST(EquilibriumInflow, GivesWayWithALine) {
+    const auto told = [](const CaseItems& more, const std::string& behind = {}) {
+        CaseItems items{{"NML_BOUNDARY_TREATMENT", "EQUILIBRIUM_INFLOW = T"}};
+        items.insert(items.end(), more.begin(), more.end());
+        return warnings(items, behind);
+    };
+    EXPECT_THAT(told({}), IsEmpty());
+    EXPECT_THAT(told({{"NML_BOUNDARY_TREATMENT", "SPECIFY_INFLOW_PROFILE = T"}}),
+                HasSubstr("EQUILIBRIUM_INFLOW gives way to the profile of INFLOW_PROFILE_FILE "
+                          "(case.tin, line "));
+    EXPECT_THAT(told({{"NML_NAVIER_STOKES", "TURBULENCE_MODEL = 2"}}),
+                HasSubstr("EQUILIBRIUM_INFLOW gives way to the k-l model"));
+    EXPECT_THAT(told({}, nest_block()), HasSubstr("EQUILIBRIUM_INFLOW gives way to the parent"));
+    EXPECT_THAT(warnings({{"NML_BOUNDARY_TREATMENT", "SPECIFY_INFLOW_PROFILE = T"},
+                          {"NML_BOUNDARY_TREATMENT", "EQUILIBRIUM_INFLOW = F"}}),
+                Not(HasSubstr("EQUILIBRIUM_INFLOW")));
+}
+
 }  // namespace
 }  // namespace torvex

@@ -158,6 +158,19 @@ TEST_F(NestedRun, ParentOfAnotherMeshOrAnotherCentre) {
 }
 
 // The marks of the child would move the lines that it shares with its parent.
+// The child's inflow and top are the parent's business; the closure is the same in both.
+TEST_F(NestedRun, ParentWinsOverTheEquilibriumLayer) {
+    const CaseItems key{{"NML_BOUNDARY_TREATMENT", "EQUILIBRIUM_INFLOW = T"},
+                        {"NML_NAVIER_STOKES", "WALL_DISSIPATION_AT_CENTRE = T"}};
+    run_parent(key);
+    EXPECT_THAT(log(), Not(HasSubstr("gives way")));
+    const ProgramRun child = run_child(key);
+    EXPECT_EQ(child.status, 0) << child.err;
+    EXPECT_THAT(log(), HasSubstr("EQUILIBRIUM_INFLOW gives way to the parent's flow"));
+    EXPECT_THAT(log(), HasSubstr("TED Pr: 1.167\n"));
+    EXPECT_THAT(log(), Not(HasSubstr("equilibrium layer, u*")));
+}
+
 TEST_F(NestedRun, NothingIsRefitted) {
     run_parent();
     EXPECT_EQ(run_child().status, 0);

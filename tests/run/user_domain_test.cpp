@@ -214,6 +214,22 @@ TEST_F(UserDomain, EquilibriumInflowIsTold) {
                 HasSubstr(console_of_the_reading + "- TORVEX equilibrium inflow is used.\n"));
 }
 
+// Only the default inlet is replaced by the equilibrium layer, and its Prandtl number comes with
+// it.
+TEST_F(UserDomain, InletsOfTheUserWinOverTheEquilibriumLayer) {
+    const CaseItems key{{"NML_BOUNDARY_TREATMENT", "EQUILIBRIUM_INFLOW = T"}};
+    const ProgramRun own = run_domain("inlet = 2\n", key);
+    EXPECT_EQ(own.status, 0) << own.err;
+    EXPECT_THAT(log(), HasSubstr("EQUILIBRIUM_INFLOW gives way to inlet = 2 of the block"));
+    EXPECT_THAT(log(), HasSubstr("TED Pr: 1.300\n"));
+    EXPECT_THAT(log(), HasSubstr("Fields start from the equilibrium inflow."));
+    const ProgramRun layer = run_domain("inlet = 0\n", key);
+    EXPECT_EQ(layer.status, 0) << layer.err;
+    EXPECT_THAT(log(), Not(HasSubstr("gives way")));
+    EXPECT_THAT(log(), HasSubstr("TED Pr: 1.167\n"));
+    EXPECT_THAT(log(), HasSubstr("Fields start from the equilibrium layer of the inflow."));
+}
+
 TEST_F(UserDomain, ProfileTableIsTold) {
     const std::string heading = console_of_the_reading +
                                 "- User specified inflow is used.\n"
