@@ -160,11 +160,12 @@ TEST(OutlineArea, HolesAreIgnored) {
 }
 
 TEST(DistanceToPolyline, LeastOverTheSegments) {
-    const std::vector<double> x{0, 10, 10};
-    const std::vector<double> y{0, 0, 10};
+    const std::vector<double> x{0, 10, 10, 20};
+    const std::vector<double> y{0, 0, 10, 10};
     EXPECT_NEAR(distance_to_polyline(5, 3, x, y), 3.0, 1e-12);
     EXPECT_NEAR(distance_to_polyline(-3, -4, x, y), 5.0, 1e-12);  // before the first end
-    EXPECT_NEAR(distance_to_polyline(13, 14, x, y), 5.0, 1e-12);  // behind the last
+    EXPECT_NEAR(distance_to_polyline(23, 14, x, y), 5.0, 1e-12);  // behind the last
+    EXPECT_NEAR(distance_to_polyline(18, 11, x, y), 1.0, 1e-12);
     EXPECT_NEAR(distance_to_polyline(12, 5, x, y), 2.0, 1e-12);
     EXPECT_EQ(distance_to_polyline(0, 0, {}, {}), 1.0e20);
 }

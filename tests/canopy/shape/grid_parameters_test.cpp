@@ -209,6 +209,18 @@ TEST(GridParametersZEN, FrontOfABlockIsSharedOutByItsColumns) {
     EXPECT_NEAR(shown_front(z.gp), 200.0, 1e-4);  // 20 m x 10 m
 }
 
+TEST(GridParametersZEN, FrontsActUpToTheEdgesOfTheMesh) {
+    // A block of 10 m that fills the cell in each corner of the mesh: a front of 50 m2 in a layer
+    // of 500 m3.
+    for (const double x : {-40.0, 30.0}) {
+        for (const double y : {-40.0, 30.0}) {
+            const Zen z = zen({block(x, y, 10, 10)}, 270, 270);
+            EXPECT_FLOAT_EQ(z.gp.gp_length(x < 0 ? 2 : 9, y < 0 ? 2 : 9, 1), 10.0F)
+                << x << ' ' << y;
+        }
+    }
+}
+
 TEST(GridParametersZEN, FrontOfALongHouseDependsOnTheDirection) {
     CanopyEntity house = block(0, 0, 1, 5);
     house.x.clear();
