@@ -148,6 +148,28 @@ class Planes(unittest.TestCase):
         grid, found = self.elevation([path], centre, 1000.0, 25.0)
         self.assert_exact(grid, found, height)
 
+    def test_feet_of_the_vertical_system_and_feet_in_the_plane(self):
+        # New York Long Island in feet, heights in feet of the US survey.
+        centre, foot = Centre(-73.9, 40.8), 1200 / 3937
+        e0, n0 = to_crs(2263, centre.longitude, centre.latitude)
+        step, count = 80.0, 200
+        corner = (e0 - step * count / 2, n0 + step * count / 2)
+        e, n = positions((count, count), *corner, (step, step))
+        path = geotiff(
+            self.folder / "feet.tif",
+            3000 + SLOPE * (e - e0),
+            "EPSG:2263+6360",
+            *corner,
+            (step, step),
+            kind="Float64",
+        )
+        grid, found = self.elevation([path], centre, 1500.0, 25.0)
+        self.assert_exact(
+            grid,
+            found,
+            lambda lon, lat: foot * (3000 + SLOPE * (to_crs(2263, lon, lat)[0] - e0)),
+        )
+
     def test_whole_numbers_with_scale_and_offset(self):
         centre = Centre(10.9, 47.0)
         e0, n0 = to_crs(32632, centre.longitude, centre.latitude)

@@ -290,6 +290,66 @@ class Runs(unittest.TestCase):
         self.assertEqual(done.returncode, 1)
         self.assertIn("no study is there", done.stderr)
 
+    def test_forests_as_drag_slow_the_wind_among_them(self):
+        from study.made_rasters import geotiff, to_crs
+
+        e0, n0 = to_crs(32632, 10.9, 47.0)
+        cover = np.full((700, 700), 30)
+        cover[300:400, 320:345] = 10  # 1000 m by 250 m, before the top in wind from 270 degrees
+        corner = (e0 - 3500, n0 + 3500)
+        geotiff(self.folder / "cover.tif", cover, 32632, *corner, (10, 10), kind="Byte")
+        grass = small_study(self.folder, "grass", "--directions", "270")
+        words = "--dem dem.tif --landcover cover.tif --sites turbines.csv --height 100 --canopy"
+        words += " --size 1000,1000 --cells 18000 --directions 270"
+        done = torvex_study("new", "wood", *words.split(), folder=self.folder)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        wood = self.folder / "wood"
+        for study in grass, wood:
+            self.run_study(study, "--keep", "all")
+        log = (wood / "wd/270_0/torvex-prep.log").read_text()
+        area = float(re.search(r"plan area inside the mesh +([\d.]+) m2", log)[1])
+        self.assertAlmostEqual(area / (1000 * 250), 1.0, delta=0.15)  # on a map of 60 m
+        # Below the tops of the trees, in the middle of them: 61 m west of the case's centre.
+        low, among = (
+            float(torvex.Direction(s / "wd/270_0", 270).flow_at(12.0, east=-61.0, north=0.0).speed)
+            for s in (grass, wood)
+        )
+        self.assertLess(among, 0.5 * low)
+
+    def test_several_studies_and_a_table_on_a_terminal(self):
+        import pty
+
+        for name in "a", "b":
+            edit(
+                small_study(self.folder, name, "--directions", "270"), "MAXIT = 1000", "MAXIT = 20"
+            )
+        try:
+            leader, follower = pty.openpty()
+        except OSError as problem:
+            self.skipTest(f"no terminal can be had: {problem}")
+        process = subprocess.Popen(
+            [*COMMAND, "run", "a", "b"],
+            cwd=self.folder,
+            env=environment(TERM="xterm", COLUMNS="100"),
+            stdout=follower,
+            stderr=follower,
+        )
+        os.close(follower)
+        shown = b""
+        while True:
+            try:
+                part = os.read(leader, 65536)
+            except OSError:
+                break
+            if not part:
+                break
+            shown += part
+        os.close(leader)
+        self.assertEqual(process.wait(60), 3)
+        text = shown.decode(errors="replace")
+        self.assertIn("residuals over their criteria", text)
+        self.assertEqual(text.count("1 not converged"), 2)
+
     def test_what_remains(self):
         for keep, kinds in (("sites", set()), ("all", {"xyz", "xyzc", "z0", "vpkeinp", "vpkeout"})):
             study = small_study(self.folder, keep, "--directions", "270")
