@@ -11,10 +11,11 @@ from torvex.study.mesh_keys import MeshKeys
 from torvex.study.sites import StudySite
 
 # Keys that a program of this release accepts but does not act on yet are not written.
-ACCELERATED = False
+ACCELERATED = True
 SURFACE_LAYER = False
 
 MAXIT = 1000
+MONITOR_STEP = 2 if ACCELERATED else 10
 _TEMPLATES = Path(__file__).parent / "templates"
 
 
@@ -68,6 +69,7 @@ def case_text(given: CaseText, keys: MeshKeys) -> str:
         sectors=given.sectors,
         max_z=given.max_z,
         maxit=MAXIT,
+        monitor_step=MONITOR_STEP,
         canopy=given.canopy,
         accelerated=ACCELERATED,
         surface_layer=SURFACE_LAYER,

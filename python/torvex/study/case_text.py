@@ -56,6 +56,7 @@ class StudyCase:
     maxit: int
     monitor_step: int
     boost: bool
+    accelerated: bool
     canopy: bool  # canopies are prepared from shapes
     inputs: tuple[Path, ...]  # files that the case names, those that exist
 
@@ -100,6 +101,7 @@ def read_study_case(path: Path) -> StudyCase:
         maxit=solver.whole("MAXIT", 500),
         monitor_step=groups["NML_MONITOR"].whole("MONITOR_STEP", 10),
         boost=solver.is_true("BOOSTCAL"),
+        accelerated=solver.whole("ACCEL", 0) == 1,
         canopy=canopy and any(shapes.get(key) for key in _SHAPE_FILES[:2]),
         inputs=tuple(_existing(path.parent, named)),
     )

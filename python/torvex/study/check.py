@@ -47,17 +47,20 @@ def lines_of_check(check: Check, case: StudyCase) -> list[str]:
     domain = told.get("domain", {})
     if domain:
         lines.append(
-            f"ground {domain['hmin']:.0f} to {domain['hmax']:.0f} m, mean {domain['havg']:.0f} m; "
-            f"top of the domain {domain['top']:.0f} m; study circle of {domain['max_rad']:.0f} m"
+            f"ground {_metres(domain['hmin'])} to {_metres(domain['hmax'])}, mean "
+            f"{_metres(domain['havg'])}; top of the domain {_metres(domain['top'])}; study circle "
+            f"of {_metres(domain['max_rad'])}"
         )
-    for name, each in _named(told.get("maps", [])):
-        lines.append(
-            f"map {name}: reaches {each['cover_m']:.0f} m from the centre, enough for a study area "
-            f"of {each['largest_study_m']:.0f} m"
-        )
-    for name, each in _named(told.get("sites", [])):
+    lines += [
+        f"map {number}: reaches {_metres(each['cover_m'])} from the centre, enough for a study "
+        f"area of {_metres(each['largest_study_m'])}"
+        for number, each in enumerate(told.get("maps", []), start=1)
+    ]
+    labels = [site.label for site in case.case.sites]
+    for number, each in enumerate(told.get("sites", [])):
+        name = labels[number] if number < len(labels) else str(number + 1)
         place = "inside" if each["inside"] else "OUTSIDE the mesh"
-        lines.append(f"site {name}: ground {each['ground']:.1f} m, {place}")
+        lines.append(f"site {name}: ground {_metres(each['ground'])}, {place}")
     idle = told.get("keys", {}).get("without_effect", [])
     if idle:
         lines.append(f"keys without effect: {', '.join(map(str, idle))}")
@@ -65,13 +68,8 @@ def lines_of_check(check: Check, case: StudyCase) -> list[str]:
     return lines
 
 
-def _named(rows: list[dict[str, Any]]) -> list[tuple[str, dict[str, Any]]]:
-    """Rows with what they are called by, or their number."""
-    names = ("label", "name", "key", "file", "path")
-    return [
-        (next((str(row[n]) for n in names if row.get(n)), str(number)), row)
-        for number, row in enumerate(rows, start=1)
-    ]
+def _metres(value: float | None) -> str:
+    return "?" if value is None else f"{value:.0f} m"
 
 
 def _mesh_line(check: Check) -> str:

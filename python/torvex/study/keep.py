@@ -15,7 +15,8 @@ def thin(files: DirectionFiles, keep: str) -> None:
     if keep == "all":
         return
     folder, iterations = files.directory, files.results()
-    gone = [files.path(name) for name in ("xyz.tuf", "vpkeinp.tuf", "ccd.tuf", "torvex.conv.log")]
+    gone = [files.path(name) for name in ("xyz.tuf", "vpkeinp.tuf", "ccd.tuf")]
+    gone += [files.path(name) for name in ("torvex.conv.log", "iteration.info")]
     gone += [files.result(n) for n in iterations[:-1]]
     gone += sorted(folder.glob(f"{files.stem}restart-*.info"))
     gone += sorted(folder.glob("calc_*.tdt"))

@@ -32,8 +32,13 @@ def ladder(case: StudyCase) -> tuple[Step, ...]:
     for key, value in _LOW.items():
         at_hand = group.real(key) if (key, 1) in group.words else _DEFAULTS[key]
         low[key] = f"{min(at_hand, value):g}"
+    again = [Step("as many iterations again", {})]
+    if case.accelerated:
+        plain = {"ACCEL": "0"}
+        again.append(Step("the plain iteration", plain, 2))
+        low |= plain
     return (
-        Step("as many iterations again", {}),
+        *again,
         Step("smaller relaxation factors", low, 2),
         Step("smaller factors, second pressure correction", low | {"DOUBLE_CORRECTION": "T"}, 2),
         Step("smaller factors, RATIO 0 (upwind)", low | {"RATIO": "0"}, 2, anew=True),

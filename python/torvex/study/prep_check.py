@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import json
 import math
+import os
 import subprocess
 import tempfile
 from collections.abc import Mapping
@@ -29,7 +30,7 @@ class Check:
     memory: int  # bytes of a direction
     limit: int  # bytes that may be taken
     disk: int  # bytes of a direction
-    s_per_iteration: float  # on the cores that it was measured with
+    s_per_iteration: float  # on one core
     warnings: tuple[str, ...] = ()
     estimate: str = ""  # why it is one; blank where the program measured
     told: Mapping[str, Any] = field(default_factory=dict)  # all that the program said
@@ -46,6 +47,7 @@ def check_case(case: StudyCase) -> Check:
         capture_output=True,
         text=True,
         check=False,
+        env=dict(os.environ, OMP_NUM_THREADS="1"),
     )
     # An older program does not know the entry and ends as with any wrong word.
     if done.returncode == 102:

@@ -33,7 +33,7 @@ from torvex.study.run import RunOptions, jobs_of
 from torvex.study.summary import exit_status, number_of, summary_lines, write_summary
 
 Say = Callable[[str], None]
-SAVE_EVERY = 100  # iterations
+SAVE_EVERY, SAVE_EVERY_ACCELERATED = 100, 20  # iterations, of which the latter take longer
 _OWN_MEMORY = 150_000_000  # of the process that watches a direction
 _TEMPLATES = Path(__file__).parent / "templates"
 
@@ -94,7 +94,7 @@ def _is_open(job: Job, say: Say) -> bool:
 
 def _longest(job: Job, check: Check) -> float:
     """Seconds that a direction may take: all iterations that it is allowed, on a machine half as
-    fast, and the time to begin."""
+    fast, and the time to begin; the check measures on one core."""
     iterations = job.case.maxit
     if job.retry:
         iterations += sum(step.factor * job.case.maxit for step in ladder(job.case))
@@ -145,7 +145,7 @@ def scripts_of(
         "python": sys.executable,
         "keep": run.keep,
         "retry": run.retry,
-        "save_every": run.save_every or SAVE_EVERY,
+        "save_every": run.save_every or _save_every(jobs),
         "studies": [str(study.root.resolve()) for study in studies],
     }
     lines = [f"{job.study.root.resolve()}\t{job.tag}\n" for job in jobs]
@@ -154,6 +154,11 @@ def scripts_of(
         "array.sh": environment.get_template("array.sh.j2").render(given),
         "gather.sh": environment.get_template("gather.sh.j2").render(given),
     }
+
+
+def _save_every(jobs: Sequence[Job]) -> int:
+    accelerated = any(job.case.accelerated for job in jobs)
+    return SAVE_EVERY_ACCELERATED if accelerated else SAVE_EVERY
 
 
 def _quoted(text: str) -> str:

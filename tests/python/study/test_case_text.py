@@ -155,6 +155,11 @@ class Directions(unittest.TestCase):
         self.assertEqual(steps[1].changes["URFU"], "0.2")
         self.assertEqual(steps[1].changes["URFV"], "0.3")
         self.assertEqual(steps[1].changes["URFP"], "0.1")
+        self.assertNotIn("ACCEL", steps[1].changes)
+        accelerated = ladder(self.study(CASE.replace("MAXIT = 300", "MAXIT = 300, ACCEL = 1")))
+        self.assertEqual(len(accelerated), len(steps) + 1)
+        for step in accelerated[1:]:
+            self.assertEqual(step.changes["ACCEL"], "0")
         self.assertEqual(next_step(steps, -1, diverged=False), 0)
         self.assertEqual(next_step(steps, -1, diverged=True), 1)
         self.assertIsNone(next_step(steps, len(steps) - 1, diverged=False))

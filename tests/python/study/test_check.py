@@ -25,7 +25,7 @@ TOLD = {
     "memory": {"bytes": 40_000_000, "limit_bytes": 10**9, "group_limit_bytes": 100_000_000},
     "disk": {"bytes": 4_000_000},
     "time": {"s_per_iteration": 0.01},
-    "sites": [{"ground": 160.0, "inside": True}, {"ground": 0.0, "inside": False}],
+    "sites": [{"ground": 160.0, "inside": True}, {"ground": None, "inside": False}],
     "keys": {"given": [], "defaulted": [], "without_effect": ["MAX_Z"]},
     "warnings": ["the slope is 50 degrees"],
 }
@@ -68,7 +68,7 @@ class Check(unittest.TestCase):
             "44 x 34 x 32 = 47872 cells",
             "40 MB of memory, 0.1 GB may be taken, and 4 MB",
             "reaches 3000 m from the centre, enough for a study area of 1040 m",
-            "site 2: ground 0.0 m, OUTSIDE",
+            "site WEST: ground ?, OUTSIDE",
             "keys without effect: MAX_Z",
             "warning: the slope is 50 degrees",
             # 0.01 s, MAXIT 1000

@@ -350,6 +350,21 @@ class Runs(unittest.TestCase):
         self.assertIn("residuals over their criteria", text)
         self.assertEqual(text.count("1 not converged"), 2)
 
+    def test_a_case_as_it_is_made_converges_as_the_plain_iteration_does(self):
+        plain = small_study(self.folder, "plain", "--directions", "270")
+        words = "--dem dem.tif --roughness 0.03 --sites turbines.csv --height 100"
+        words += " --size 1000,1000 --cells 18000 --directions 270"
+        done = torvex_study("new", "made", *words.split(), folder=self.folder)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        made = self.folder / "made"
+        self.assertIn("ACCEL = 1", (made / "torvex.tin").read_text())
+        for study in plain, made:
+            self.run_study(study)
+        one, other = (summary(study)[0] for study in (plain, made))
+        self.assertLess(int(other["iterations"]), 0.6 * int(one["iterations"]))
+        for key in "lowest_speed_up", "highest_speed_up":
+            self.assertAlmostEqual(float(one[key]), float(other[key]), delta=0.005)
+
     def test_what_remains(self):
         for keep, kinds in (("sites", set()), ("all", {"xyz", "xyzc", "z0", "vpkeinp", "vpkeout"})):
             study = small_study(self.folder, keep, "--directions", "270")
