@@ -1,18 +1,14 @@
 #pragma once
 
 #include <array>
-#include <cstdint>
 #include <string>
 
 #include "solver/accelerated/accelerated_work.hpp"
+#include "solver/accelerated/stage.hpp"
 #include "solver/accelerated/trouble.hpp"
 #include "solver/outer_step.hpp"
 
 namespace torvex {
-
-// What a direction's iterations go by: the two working sets, then the case's own keys and the plain
-// iteration. Each begins where the one before it fails.
-enum class Stage : std::uint8_t { common, robust, plain };
 
 // What the iterations remember beside the fields; with it a resume goes on as if there had been no
 // stop.
