@@ -24,7 +24,7 @@ namespace {
 template <std::size_t N>
 void add_row(const LinearSystem& eq, const LineUnknowns<N>& unknowns, int j, int k,
              std::array<LaneSum, N>& sums) {
-    constexpr float pinned = static_cast<float>(0.5 * BIG);
+    constexpr auto pinned = static_cast<float>(0.5 * BIG);
     const int cells = eq.ap.ni() - 2;
     const CoefficientRow c = coefficient_row(eq, 2, j, k);
     for (std::size_t n = 0; n < N; ++n) {

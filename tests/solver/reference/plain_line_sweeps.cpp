@@ -25,7 +25,7 @@ void solve_line(const LinearSystem& eq, const Field3& su, Array3<double>& phi, i
     const auto at = [](int k) { return static_cast<std::size_t>(k); };
     value[at(nz + 1)] = phi(i, j, nz + 1);
     for (int k = nz; k >= 2; --k) {
-        const double above = double(eq.at(i, j, k));
+        const auto above = double(eq.at(i, j, k));
         const double pivot = double(eq.ap(i, j, k)) - above * factor[at(k + 1)];
         factor[at(k)] = double(eq.ab(i, j, k)) / pivot;
         value[at(k)] = (known(eq, su, phi, i, j, k) + above * value[at(k + 1)]) / pivot;
