@@ -12,6 +12,7 @@
 #include "base/edit.hpp"
 #include "base/text_file.hpp"
 #include "case/case_keys.hpp"
+#include "case/key_account.hpp"
 #include "case/key_effects.hpp"
 #include "case/keyed_block.hpp"
 #include "case/shape_set_keys.hpp"
@@ -176,25 +177,6 @@ void warn_of_equal_labels(const CaseSettings& settings, RunLog& log) {
         if (!is_new && !label.empty()) {
             log.warn("sites " + std::to_string(at->second) + " and " + std::to_string(n) +
                      " have the same label, " + excerpt(label) + ".");
-        }
-    }
-}
-
-// Keys of the groups and blocks that the file gives, each with its line.
-void for_given_keys(const CaseText& file, const KeyLines& lines,
-                    const std::function<void(std::string_view, const std::string&)>& see) {
-    for (const CaseGroup& group : namelist_groups()) {
-        for (const CaseKey& key : group.keys) {
-            if (lines.given(key.name)) {
-                see(key.name, lines.where(file, key.name));
-            }
-        }
-    }
-    for (const CaseGroup& block : keyed_blocks()) {
-        for (const CaseKey& key : block.keys) {
-            if (const auto line = line_of_key(file, block.name, key.name)) {
-                see(key.name, place(file.name, *line));
-            }
         }
     }
 }

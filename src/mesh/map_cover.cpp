@@ -63,11 +63,6 @@ std::vector<float> middles(const std::vector<float>& planes) {
     return middle;
 }
 
-// A mesh that was made elsewhere needs no cell size either.
-bool lines_from_study_area(const CaseSettings& settings) {
-    return settings.MIN_DXY > 0.0F && trimmed(settings.XYCONF).empty() && !settings.nested();
-}
-
 bool covered_in_all_directions(const CaseSettings& settings, const MeshLines& lines,
                                const DirectionMaps& maps) {
     for (int iwd = 1; iwd <= settings.N_WIND_DIRECTION; ++iwd) {
@@ -119,9 +114,7 @@ std::string study_limit(const CaseSettings& settings, const MeshLines& lines,
         return "The centre lies outside the " + name +
                ": no study area fits, check CENT_LON and CENT_LAT.";
     }
-    const float X1 = static_cast<float>(map.columns - 1) * map.dX + map.X0;
-    const float Y1 = static_cast<float>(map.rows - 1) * map.dY + map.Y0;
-    const float nearest = std::min({-map.X0, X1, -map.Y0, Y1});
+    const float nearest = nearest_side(map);
     const float x = std::max(-lines.x_line(1), lines.x_line(lines.nx));
     const float y = std::max(-lines.y_line(1), lines.y_line(lines.ny));
     const std::string reach = "The mesh reaches " + metres(std::sqrt(x * x + y * y)) +
@@ -172,6 +165,18 @@ MapCover map_cover(const CaseSettings& settings, const MeshLines& lines, const D
             either_holds_plan(maps.detailed_z0, maps.basic_z0, centres, roughness_rotation(angle));
     }
     return cover;
+}
+
+float nearest_side(const TerrainMap& map) {
+    const float X1 = static_cast<float>(map.columns - 1) * map.dX + map.X0;
+    const float Y1 = static_cast<float>(map.rows - 1) * map.dY + map.Y0;
+    return std::min({-map.X0, X1, -map.Y0, Y1});
+}
+
+// A mesh that was made elsewhere needs no cell size either.
+bool lines_from_study_area(const CaseSettings& settings) {
+    return settings.MIN_DXY > 0.0F && trimmed(settings.XYCONF).empty() &&
+           !settings.nested();
 }
 
 float largest_study_scale(const CaseSettings& settings, const MeshLines& lines,

@@ -27,6 +27,12 @@ struct MapCover {
 MapCover map_cover(const CaseSettings& settings, const MeshLines& lines, const DirectionMaps& maps,
                    float angle);
 
+// How far a map reaches from the centre to its nearest side [m]; below 0 for a centre outside.
+float nearest_side(const TerrainMap& map);
+
+// True for a mesh whose lines come from the study area and its zones.
+bool lines_from_study_area(const CaseSettings& settings);
+
 // The largest part of the study area with which the maps cover the mesh in every direction of the
 // case, as a factor on WE_LENGTH and NS_LENGTH, in steps of 0.001; 0 if none does. Not for lines
 // from XYCONF or of a nested case, which do not come from the study area.

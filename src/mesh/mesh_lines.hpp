@@ -17,6 +17,7 @@ struct MeshLines {
 
     int i_centre = 0, j_centre = 0;  // planes through the centre
     float max_rad = 0;               // radius of the study circle [m]
+    float need_length = 0;           // reach of the maps for any direction [m]; 0: not known
 
     int n_inner = 0;                       // to max_rad
     int n_add = 0;                         // upwind, to the end of the additional zone

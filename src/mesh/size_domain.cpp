@@ -102,6 +102,7 @@ MeshLines computed_lines(const CaseSettings& settings, MapState& maps, RunLog& l
     report_height_mode(settings, log);
     const DomainWidths widths = domain_widths(settings, maps, log);
     MeshLines lines = lay_lines(settings, widths);
+    lines.need_length = need_length(settings, widths);
     report_widths(settings, widths, log);
     // The child's own marks would move the lines that it shares with its parent.
     if (settings.DEBUG_MODE == 1 && !settings.nested()) {

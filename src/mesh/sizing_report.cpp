@@ -31,18 +31,18 @@ void report_elevation(const ElevationRange& elevation, RunLog& log) {
     line("Average", elevation.Havg);
 }
 
-// How much more map than the study area a mesh of any direction needs. The 3 stands for the circle
-// and an additional zone of its diameter, whatever ADD_R says.
+float max_length(const DomainWidths& widths) {
+    return 3.0F * widths.max_rad + widths.delta_u_hat + widths.delta_d_hat;
+}
+
+// How much more map than the study area a mesh of any direction needs.
 void report_domain_size(const CaseSettings& settings, const DomainWidths& widths, RunLog& log) {
-    const float max_length = 3.0F * widths.max_rad + widths.delta_u_hat + widths.delta_d_hat;
-    const float half_width = widths.max_rad + 2.0F * widths.delta_s;
-    const float need_length =
-        std::sqrt(max_length * max_length + half_width * half_width) + settings.MAX_DXY;
+    const float need = need_length(settings, widths);
     const float diagonal = std::sqrt(settings.WE_LENGTH * settings.WE_LENGTH +
                                      settings.NS_LENGTH * settings.NS_LENGTH);
-    const float ratio = need_length / diagonal;
+    const float ratio = need / diagonal;
     log.timed(" max_rad is " + f8(widths.max_rad) + "m.");
-    log.timed(" max_length is " + f8(max_length) + "m, need_length is " + f8(need_length) + "m.");
+    log.timed(" max_length is " + f8(max_length(widths)) + "m, need_length is " + f8(need) + "m.");
     log.timed(" Coefficient of domain size is " + f8(ratio * ratio) + ".");
 }
 
@@ -82,6 +82,12 @@ std::vector<std::string> length_block(const CaseSettings& settings, const Domain
 }
 
 }  // namespace
+
+float need_length(const CaseSettings& settings, const DomainWidths& widths) {
+    const float length = max_length(widths);
+    const float half_width = widths.max_rad + 2.0F * widths.delta_s;
+    return std::sqrt(length * length + half_width * half_width) + settings.MAX_DXY;
+}
 
 void report_height_mode(const CaseSettings& settings, RunLog& log) {
     both("   - ", "boundary_height_mode is " + edit::I(settings.BOUNDARY_HEIGHT_MODE, 1), log);

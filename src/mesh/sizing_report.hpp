@@ -23,6 +23,10 @@ struct DomainWidths {
     ElevationRange elevation;
 };
 
+// How far map must reach round the centre for a mesh of any direction [m]. The 3 in it stands for
+// the circle and an additional zone of its diameter, whatever ADD_R says.
+float need_length(const CaseSettings& settings, const DomainWidths& widths);
+
 // What sizing tells on the console and on the run log.
 void report_height_mode(const CaseSettings& settings, RunLog& log);
 void report_widths(const CaseSettings& settings, const DomainWidths& widths, RunLog& log);

@@ -15,7 +15,9 @@ void nest_bc_set(const NestPass& pass, const std::string& parent_stem,
         dstrMomen(pass, parent, s);
     }
     balance_boundaries(pass, s);
-    write_vpkeinp(child_stem, s);
+    if (!child_stem.empty()) {
+        write_vpkeinp(child_stem, s);
+    }
 }
 
 }  // namespace torvex

@@ -17,6 +17,10 @@ int prep_maps(std::vector<std::string> arguments);
 // preview [/f CASE]: what the first direction of a case will see.
 int prep_preview(std::vector<std::string> arguments);
 
+// check [/f CASE] [--json]: what a run would meet and need, without its files. Returns 0 or stops
+// with what would stop the run first.
+int prep_check(std::vector<std::string> arguments);
+
 // export [/f CASE] vtk|tecplot|shp [all]: the canopy files of a case, for viewers.
 int prep_export(std::vector<std::string> arguments);
 

@@ -22,6 +22,9 @@ constexpr const char* usage =
     "  canopy [/f CASE_FILE] [--check-shapefile]   canopy files of all directions, from "
     "shapefiles\n"
     "  maps [trdb2tvm.tin]                         maps of a case, from a database or a shapefile\n"
+    "  check [/f CASE_FILE] [--json]               what a run would meet: mesh, maps, memory, "
+    "disk, "
+    "time, keys\n"
     "  preview [/f CASE_FILE]                      ground, mesh and sites, to be looked at\n"
     "  export [/f CASE_FILE] vtk|tecplot|shp [all] canopy files for viewers\n";
 
@@ -30,7 +33,8 @@ struct Entry {
     int (*run)(std::vector<std::string>);
 };
 constexpr std::array entries{Entry{"canopy", prep_canopy}, Entry{"maps", prep_maps},
-                             Entry{"preview", prep_preview}, Entry{"export", prep_export}};
+                             Entry{"check", prep_check}, Entry{"preview", prep_preview},
+                             Entry{"export", prep_export}};
 
 // True for a question about the program itself, which every entry answers.
 bool answered(const std::string& argument) {

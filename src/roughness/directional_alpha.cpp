@@ -96,7 +96,10 @@ void take_directional_alpha(const RoughnessPass& pass, UpwindRoughness& upwind) 
                    " maxit=" + std::to_string(search.maxit));
     std::vector<AlphaRound> rounds;
     const AlphaStatus status = alpha2z0(upwind.alpha, search, upwind.z_up, rounds);
-    write_text_file_whole("alpha2z0_convergence-" + pass.tag + ".txt", convergence_text(rounds));
+    if (pass.writes()) {
+        write_text_file_whole("alpha2z0_convergence-" + pass.tag + ".txt",
+                              convergence_text(rounds));
+    }
     if (status == AlphaStatus::not_converged) {
         pass.warn("WARNING! Bisection method not converged.");
     } else {

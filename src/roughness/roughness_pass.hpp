@@ -16,8 +16,10 @@ struct RoughnessPass {
     int iwd;                 // direction index
     const std::string& tag;  // its five characters
     RunLog& log;
+    bool leaves_files = true;  // false for a check of the case
 
     bool preview() const { return iwd == preview_direction; }
+    bool writes() const { return leaves_files && !preview(); }
     bool skip_sides() const { return settings.nested(); }
 
     // A timed line that names the direction.

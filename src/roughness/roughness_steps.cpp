@@ -15,7 +15,7 @@ void smear_sides_and_tabulate(const RoughnessPass& pass, std::string_view table_
         smear_sides(pass.lines, z0);
     }
     repeat_on_ghost_ring(z0);
-    if (!pass.preview()) {
+    if (pass.writes()) {
         write_roughness_table(std::string(table_stem) + pass.tag + ".tdt", z0);
     }
 }
@@ -32,7 +32,7 @@ void stamp_and_keep(const RoughnessPass& pass, float z_up, Field2& z0) {
     stamp_upwind(pass.settings, pass.lines, z_up, z0);
     smear_downwind(pass.lines, z0);
     repeat_on_ghost_ring(z0);
-    if (!pass.preview()) {
+    if (pass.writes()) {
         write_upwind_roughness(pass.settings.run_prefix + upwind_roughness_name(pass.tag), z_up);
     }
 }

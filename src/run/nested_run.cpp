@@ -47,7 +47,7 @@ void carry_parent_flow(Run& run, const DirectionMaps& maps, Direction& direction
                  .angle = direction.angle,
                  .grid = direction.grid,
                  .log = run.log},
-                stem, direction.restart_stem, direction.flow);
+                stem, run.leaves_files ? direction.restart_stem : "", direction.flow);
 }
 
 void tell_kept_boundary(Run& run, const Direction& direction) {

@@ -34,14 +34,22 @@ namespace torvex {
 
 namespace {
 
-void make_cell_geometry(Direction& direction) {
+void make_cell_geometry(const Run& run, Direction& direction) {
     GridGeometry& grid = direction.grid;
     XYZ2XYZC(grid);
-    write_xyzc(direction.restart_stem, grid.xc, grid.yc, grid.zc);
+    if (run.leaves_files) {
+        write_xyzc(direction.restart_stem, grid.xc, grid.yc, grid.zc);
+    }
 }
 
 RoughnessPass roughness_pass(Run& run, const Direction& direction) {
-    return {run.settings, run.lines, direction.iwd, direction.tag, run.log};
+    return {run.settings, run.lines, direction.iwd, direction.tag, run.log, run.leaves_files};
+}
+
+void keep_roughness(const Run& run, const Direction& direction) {
+    if (run.leaves_files) {
+        write_z0(direction.restart_stem, direction.flow.z0);
+    }
 }
 
 // The canopy file brings the roughness of its cells; where it holds none, 0.0002 m stands. A file
@@ -60,14 +68,14 @@ Prepared prepare_canopy(Run& run, Direction& direction) {
         return Prepared::unusable;
     }
     calc_sbz_roughness2(roughness_pass(run, direction), run.upwind, flow.z0);
-    write_z0(direction.restart_stem, flow.z0);
+    keep_roughness(run, direction);
     return Prepared::to_solve;
 }
 
 void prepare_roughness(Run& run, Direction& direction, const DirectionMaps& maps) {
     calc_roughness1(roughness_pass(run, direction), maps, direction.grid, run.upwind,
                     direction.flow.z0);
-    write_z0(direction.restart_stem, direction.flow.z0);
+    keep_roughness(run, direction);
 }
 
 // True if the saved residuals meet the criteria of this run. A residual that is not a number does
@@ -104,7 +112,7 @@ Prepared resume(Run& run, Direction& direction) {
         read_user_counts(run);
     }
     read_restart(run, direction);
-    make_cell_geometry(direction);
+    make_cell_geometry(run, direction);
     recall_iterations(run, direction);
     if ((already_done(run.settings, direction.tested) || has_settled(run.settings, direction)) &&
         !first_not_finite(direction.flow)) {
@@ -130,14 +138,19 @@ Prepared prepare_from_maps(Run& run, Direction& direction) {
     const DirectionMaps maps = mesh_from_maps(run, direction);
     const GridGeometry& grid = direction.grid;
     forget_saved_states(run, direction);
-    write_xyz(direction.restart_stem, grid.xn, grid.yn, grid.zn);
-    make_cell_geometry(direction);
+    if (run.leaves_files) {
+        write_xyz(direction.restart_stem, grid.xn, grid.yn, grid.zn);
+    }
+    make_cell_geometry(run, direction);
     if (!run.settings.canopy_on()) {
         prepare_roughness(run, direction, maps);
     } else if (prepare_canopy(run, direction) == Prepared::unusable) {
         return Prepared::unusable;
     }
-    INIT(run.settings, grid, direction.angle, direction.tag, run.log, direction.flow);
+    // The upwind roughness of a canopy run stands in a file, of which a check has none of its own.
+    const bool has_file = run.leaves_files || run.settings.nested();
+    INIT(run.settings, grid, direction.angle, has_file ? direction.tag : "", run.log,
+         direction.flow);
     finish_start(run, direction, origin_of_init(run.settings));
     if (run.settings.nested()) {
         carry_parent_flow(run, maps, direction);
@@ -197,6 +210,10 @@ Prepared prepare_direction(Run& run, Direction& direction) {
             return resume(run, direction);
         }
     }
+    return prepare_anew(run, direction);
+}
+
+Prepared prepare_anew(Run& run, Direction& direction) {
     if (run.settings.TORVEX_MODE != 0) {
         console("Start user defined calculation..");
         READ_MESH_ETC(run, direction);

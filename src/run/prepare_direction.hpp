@@ -25,4 +25,8 @@ enum class Prepared : std::uint8_t { to_solve, done, unusable };
 // or the maps.
 Prepared prepare_direction(Run& run, Direction& direction);
 
+// Without the first way. A check of the case (Run::leaves_files off) takes this one: the same steps
+// with the same stops, but no file is written.
+Prepared prepare_anew(Run& run, Direction& direction);
+
 }  // namespace torvex

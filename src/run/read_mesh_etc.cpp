@@ -160,7 +160,9 @@ void READ_MESH_ETC(Run& run, Direction& direction) {
     read_user_canopy(run, direction);
     const std::string origin = fill_start(run, direction);
     forget_saved_states(run, direction);
-    write_domain(user, direction);
+    if (run.leaves_files) {
+        write_domain(user, direction);
+    }
     finish_start(run, direction, origin);
 }
 

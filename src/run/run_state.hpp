@@ -40,6 +40,7 @@ struct Run {
     CanopyRecords canopy;                    // as the file of the direction in hand gave them
     bool states_forgotten = false;           // the saved states of an earlier run
     bool append_convergence_logs = false;    // a direction of this run has been resumed
+    bool leaves_files = true;  // false for a check, which prepares directions and nothing else
 };
 
 // Normalised residuals of the equations, see the section on convergence in docs/theory.md.

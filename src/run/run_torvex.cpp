@@ -9,24 +9,14 @@
 #include <string_view>
 
 #include "base/file_names.hpp"
-#include "base/name_clash.hpp"
 #include "base/stop.hpp"
 #include "base/text_file.hpp"
-#include "case/case_blocks.hpp"
-#include "case/case_checks.hpp"
 #include "case/case_directory.hpp"
 #include "case/case_file.hpp"
-#include "case/case_warnings.hpp"
-#include "case/wind_directions.hpp"
-#include "mesh/map_cover.hpp"
-#include "mesh/size_domain.hpp"
 #include "nest/parent_state.hpp"
-#include "results/restart_info.hpp"
-#include "results/run_outputs.hpp"
 #include "run/closing_line.hpp"
 #include "run/command_line.hpp"
 #include "run/control_files.hpp"
-#include "run/criteria.hpp"
 #include "run/mesh_log.hpp"
 #include "run/monitor_logs.hpp"
 #include "run/nested_run.hpp"
@@ -35,6 +25,7 @@
 #include "run/prepare_direction.hpp"
 #include "run/result_writers.hpp"
 #include "run/runtime_settings.hpp"
+#include "run/settle_case.hpp"
 #include "run/write_sites.hpp"
 
 namespace torvex {
@@ -48,52 +39,6 @@ CaseText find_case(const std::vector<std::string>& arguments) {
     CaseText file = load_case_text(case_file);
     enter_directory_of(case_file);
     return file;
-}
-
-// An input that a run would overwrite is refused before anything is written. The mesh and the
-// roughness of a user's domain may be the run's own: those it leaves alone.
-void refuse_name_clash(const CaseText& file, const CaseSettings& settings, RunLog& log) {
-    const std::vector<NamedInput> inputs{
-        {"the case file", file.name},
-        {"BASIC_H_FILE", settings.BASIC_H_FILE},
-        {"DETAILED_H_FILE", settings.DETAILED_H_FILE},
-        {"BASIC_Z0_FILE", settings.BASIC_Z0_FILE},
-        {"DETAILED_Z0_FILE", settings.DETAILED_Z0_FILE},
-        {"INFLOW_PROFILE_FILE", settings.INFLOW_PROFILE_FILE},
-        {"DIRECTIONAL_ALPHA_FILE_NAME", settings.DIRECTIONAL_ALPHA_FILE_NAME},
-        {"XYCONF", settings.XYCONF},
-        {"mesh_n_file", settings.user.mesh_n_file},
-        {"ccd_file", settings.user.ccd_file},
-        {"inflow_profile_file", settings.user.inflow_profile_file}};
-    const auto clash = name_clash(inputs, run_output_names(settings, tags_of_case(settings)));
-    if (clash) {
-        const std::array log_name{std::string(file_names::run_log)};
-        if (name_clash(inputs, log_name)) {
-            log.discard();  // the reason must not be written into an input
-        }
-        stop(1, clash->input.key + " names a file that the run itself writes: " + clash->output,
-             clash->input.path, "give it another name");
-    }
-}
-
-void read_settings(const CaseText& file, CaseSettings& settings, Run& run) {
-    KeyLines lines;
-    read_case_file(file, settings, lines, run.log);
-    expand_file_keys(settings);
-
-    read_nest_points(file, settings, run.log);
-    read_canopy_parameters(file, settings);
-    read_shape_parameters(file, settings);
-    read_user_domain(file, settings);
-    check_limits(file, settings, lines);
-    warn_of_case(file, settings, lines, run.log);
-
-    if (settings.nested()) {
-        settings.nest.lon = settings.CENT_LON;
-        settings.nest.lat = settings.CENT_LAT;
-        settings.run_prefix = "nest-";
-    }
-    refuse_name_clash(file, settings, run.log);
 }
 
 // Opens the table of directions before anything else is touched: its lock says that no other run
@@ -112,27 +57,6 @@ void open_directions_table(Run& run) {
         throw;
     }
     clear_view_log(run.directions);
-}
-
-std::string mesh_counts(const MeshLines& lines) {
-    const auto total = static_cast<std::int64_t>(lines.ni) * lines.nj * lines.nk;
-    return std::to_string(lines.ni) + " x " + std::to_string(lines.nj) + " x " +
-           std::to_string(lines.nk) + " = " + std::to_string(total);
-}
-
-void size_run(CaseSettings& settings, Run& run) {
-    if (settings.TORVEX_MODE != 0) {
-        force_one_direction(settings);
-        return;
-    }
-    run.lines = size_domain(settings, run.maps, run.log);
-    if (settings.nested()) {
-        fit_nest(settings, run);
-    }
-    console("   - Total mesh number is: " + mesh_counts(run.lines));
-    run.log.timed(" Mesh number is: " + mesh_counts(run.lines));
-    const float S = scale_criteria(settings, run.lines.ni, run.lines.nj, run.lines.nk);
-    report_criteria(settings, S, run.log);
 }
 
 DirectionEnd end_of(const Run& run, const Direction& direction) {
@@ -200,27 +124,6 @@ bool run_direction(Run& run, int iwd, const Solve& solve) {
     return direction.stop_requested;
 }
 
-// Which directions will leave the maps, told before hours are spent on the others.
-void warn_of_small_maps(Run& run) {
-    const CaseSettings& settings = run.settings;
-    if (settings.TORVEX_MODE != 0) {
-        return;
-    }
-    std::vector<int> to_mesh;
-    for (int iwd = 1; iwd <= settings.N_WIND_DIRECTION; ++iwd) {
-        const std::string info =
-            file_names::restart_stem(settings.run_prefix,
-                                     run.wd_tag[static_cast<std::size_t>(iwd - 1)]) +
-            std::string(file_names::restart_info);
-        if (settings.RESTART_FLAG != 1 || !read_restart_info(info)) {
-            to_mesh.push_back(iwd);
-        }
-    }
-    for (const Warning& warning : cover_warnings(settings, run.lines, run.maps.datum, to_mesh)) {
-        run.log.warn(warning.text, warning.reminder);
-    }
-}
-
 std::string closing_line(const Run& run) {
     return closing_line(run.records, run.log.reminders());
 }
@@ -229,21 +132,18 @@ int run_case(const std::vector<std::string>& arguments, const Solve& solve, Case
              Run& run) {
     cap_threads();
     console(" * Initialization");
+    KeyLines lines;
     const CaseText file = find_case(arguments);
     run.log.line("------------------------------------------");
     run.log.timed(" Torvex Basic Started");
     run.log.timed(std::string(" Torvex Version ") + version);
-    read_settings(file, settings, run);
+    read_settings(file, settings, lines, run);
 
     open_directions_table(run);
     run.log.open(std::string(file_names::run_log));
     run.log.timed(" Input parameters were read.");
 
     size_run(settings, run);
-    if (run.settings.TORVEX_MODE == 0) {
-        set_angles(settings);
-    }
-    run.wd_tag = wd_tags(run.settings);
     for (int iwd = 1; iwd <= run.settings.N_WIND_DIRECTION; ++iwd) {
         run.records.push_back({.angle = run.settings.WIND_DIRECTION_ANGLE(iwd)});
     }

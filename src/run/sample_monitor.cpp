@@ -1,5 +1,6 @@
 #include "run/sample_monitor.hpp"
 
+#include "base/stop.hpp"
 #include "maps/local_metric.hpp"
 #include "results/mesh_column.hpp"
 
@@ -41,6 +42,17 @@ bool reference_speed_at_monitor(const CaseSettings& settings, const GridGeometry
     }
     ref = value_at(column(flow.u, 1, 1), z);
     return true;
+}
+
+void require_monitor_inside(const CaseSettings& settings, const GridGeometry& grid,
+                            const FlowState& flow, float angle) {
+    float ref = 0.0F;
+    if (!sample_monitor(settings, grid, flow, angle).inside ||
+        !reference_speed_at_monitor(settings, grid, flow, ref)) {
+        stop(161, "the monitor point is not inside the mesh",
+             "keys MONITOR_LON, MONITOR_LAT, MONITOR_HEIGHT",
+             "move the point, or set MONITOR_POSITION = 0");
+    }
 }
 
 }  // namespace torvex

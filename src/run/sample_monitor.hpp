@@ -25,4 +25,8 @@ MonitorSample sample_monitor(const CaseSettings& settings, const GridGeometry& g
 bool reference_speed_at_monitor(const CaseSettings& settings, const GridGeometry& grid,
                                 const FlowState& flow, float& ref);
 
+// Stop 161 where one of the two does not find its place.
+void require_monitor_inside(const CaseSettings& settings, const GridGeometry& grid,
+                            const FlowState& flow, float angle);
+
 }  // namespace torvex

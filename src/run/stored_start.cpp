@@ -29,6 +29,9 @@ bool take_stored_start(Direction& direction) {
 }  // namespace
 
 void forget_saved_states(Run& run, const Direction& direction) {
+    if (!run.leaves_files) {
+        return;
+    }
     forget_file(restart_info_path(direction));
     if (run.settings.RESTART_FLAG == 1 || run.states_forgotten) {
         return;
@@ -41,6 +44,10 @@ void forget_saved_states(Run& run, const Direction& direction) {
 }
 
 void finish_start(Run& run, Direction& direction, const std::string& origin) {
+    if (!run.leaves_files) {
+        tell_start(run, direction, origin);
+        return;
+    }
     const bool stored =
         run.settings.RESTART_FLAG == 1 && !direction.anew && take_stored_start(direction);
     tell_start(run, direction,
