@@ -136,7 +136,7 @@ TEST_F(PrepCheck, CountsEveryKey) {
                              Not(HasSubstr("\"URFV_MAX\""))));
     EXPECT_THAT(keys, HasSubstr("\"URFV_MAX\""));
     EXPECT_THAT(keys, Not(HasSubstr("\"canopy_mode\"")));  // its block is not there
-    EXPECT_EQ(idle, "\"without_effect\": [\"URFU_MAX\", \"SIP_ALPHA\"]},");
+    EXPECT_EQ(idle, "\"without_effect\": [\"SIP_ALPHA\", \"URFU_MAX\"]},");
 }
 
 // The first cell is 20 m high: its centre stands 10 m over a roughness length of 0.03 m.
@@ -184,15 +184,34 @@ TEST_F(PrepCheck, EndsAsARunDoes) {
     EXPECT_EQ(status_of_both({{"NML_CASEFILE", "N_WIND_DIRECTION = 1"},
                               {"NML_ER", "USE_EQUIVALENT_ROUGHNESS = T"}}),
               158);
-    EXPECT_EQ(status_of_both({{"NML_CASEFILE", "N_WIND_DIRECTION = 1"},
-                              {"NML_MONITOR",
-                               "MONITOR_POSITION = 1, MONITOR_HEIGHT = 9000, "
-                               "MONITOR_LON = 139, 45, 0, MONITOR_LAT = 35, 30"}}),
-              161);
+    EXPECT_EQ(status_of_both({{"NML_CASEFILE", "N_WIND_DIRECTION = 1, MIN_DXY = 'a'"}}), 1);
+}
+
+// What an atlas run takes over is not there before the first normal run, and a check leaves none.
+TEST_F(PrepCheck, EndsAsARunDoesWithoutAnEarlierRun) {
     EXPECT_EQ(
         status_of_both({{"NML_CASEFILE", "N_WIND_DIRECTION = 1"}, {"NML_RUN", "ATLAS_FLAG = 1"}}),
         186);
-    EXPECT_EQ(status_of_both({{"NML_CASEFILE", "N_WIND_DIRECTION = 1, MIN_DXY = 'a'"}}), 1);
+}
+
+// The child reaches 120 m from the centre, the monitor stands 150 m to the east, inside the study
+// area. A check of the child leaves the parent's and the child's files alone.
+TEST_F(PrepCheck, AChildEndsAsItsRunDoes) {
+    write_case(one);
+    ASSERT_EQ(run().status, 0);
+    const auto before = test::files_below(directory.path());
+    write_case(one, test::nest_block());
+    EXPECT_EQ(prep({"check"}).status, 0);
+    auto after = test::files_below(directory.path());
+    EXPECT_EQ(after.erase("torvex-prep.log"), 1U);
+    after["torvex.tin"] = before.at("torvex.tin");
+    EXPECT_EQ(after, before);
+    EXPECT_EQ(status_of_both({{"NML_CASEFILE", "N_WIND_DIRECTION = 1"},
+                              {"NML_MONITOR",
+                               "MONITOR_POSITION = 1, MONITOR_HEIGHT = 10, "
+                               "MONITOR_LON = 139, 45, 6, MONITOR_LAT = 35, 30"}},
+                             test::nest_block()),
+              161);
 }
 
 // A user's domain whose files are missing, a canopy whose file is, a child without its parent.
