@@ -14,8 +14,8 @@ struct GroundSlopes {
     float steepest = 0;                             // [deg]
 };
 
-// The slope of a cell is that of the mean gradient of its four ground nodes, between the middles of
-// opposite sides; its weight is its area in plan. Needs the nodes only.
+// The slope of a cell is that of its four ground nodes, its weight its area in plan. Needs the nodes
+// only.
 GroundSlopes ground_slopes(const GridGeometry& grid);
 
 }  // namespace torvex

@@ -231,6 +231,13 @@ TEST_F(PrepCheck, BadArgumentsAndNoCaseEndAsElsewhere) {
     EXPECT_EQ(prep({"check", "--json", "/f", "torvex.tin"}).status, 0);
 }
 
+TEST_F(PrepCheck, HelpsWithItself) {
+    const PrepRun helped = prep({"check", "--help"});
+    EXPECT_EQ(helped.status, 0);
+    EXPECT_THAT(helped.out, AllOf(HasSubstr("--json"), HasSubstr("Exit status")));
+    EXPECT_THAT(prep({"maps", "--help"}).out, HasSubstr("usage: torvex-prep ENTRY"));
+}
+
 // The case cannot be read: what is not known is null, and the status that of the run.
 TEST_F(PrepCheck, JsonStandsAlsoBesideAStop) {
     write_case({{"NML_CASEFILE", "BASIC_H_FILE = 'no.map'"}});
