@@ -9,12 +9,14 @@ off.
 
 from __future__ import annotations
 
+import errno
+import fcntl
 import math
 import os
 import re
 import shutil
-from collections.abc import Callable
-from contextlib import suppress
+from collections.abc import Callable, Iterator
+from contextlib import contextmanager, suppress
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -127,10 +129,34 @@ def _iterations(job: Job) -> int:
         return 0
 
 
+@contextmanager
+def _held(job: Job) -> Iterator[bool]:
+    """Whether this process alone works on the direction from now on. The lock goes with the
+    process, however that ends."""
+    job.folder.mkdir(parents=True, exist_ok=True)
+    with (job.folder / f"{job.case.prefix}direction.lock").open("a") as file:
+        try:
+            fcntl.flock(file, fcntl.LOCK_EX | fcntl.LOCK_NB)
+        except OSError as problem:
+            if problem.errno in (errno.EWOULDBLOCK, errno.EACCES):
+                yield False
+                return
+            # A file system without locks: torvex has one of its own.
+        yield True
+
+
 def run_direction(job: Job, plan: Plan, control: Control, tell: Callable[[str], None]) -> Record:
     """Runs it to its end, and up the ladder where that is asked for. What goes wrong with this
     direction is told in its record, so that others go on."""
-    job.folder.mkdir(parents=True, exist_ok=True)
+    with _held(job) as alone:
+        if alone:
+            return _run_held(job, plan, control, tell)
+    record = read_record(job.folder, job.case.prefix) or Record(job.tag, math.nan)
+    tell(f"{job.tag}: left alone, somebody else is at it")
+    return record
+
+
+def _run_held(job: Job, plan: Plan, control: Control, tell: Callable[[str], None]) -> Record:
     before = read_record(job.folder, job.case.prefix)
     record = Record(job.tag, job.case.angles[job.number])
     same_case = before is not None and plan.action in ("resume", "anew", "retry")

@@ -8,6 +8,7 @@ every few seconds.
 from __future__ import annotations
 
 import dataclasses
+import functools
 import json
 import os
 import socket
@@ -99,7 +100,7 @@ def is_alive(folder: Path, record: Record, prefix: str = "") -> bool:
 
 def states_of_files(paths: tuple[Path, ...], root: Path) -> dict[str, list[Any]]:
     """Size, time and checksum of the files that a case names."""
-    return {_name(path, root): [*_stat(path), checksum(path)] for path in paths}
+    return {_name(path, root): [*_stat(path), _checksum(path, *_stat(path))] for path in paths}
 
 
 def changed_files(record: Record, paths: tuple[Path, ...], root: Path) -> list[str]:
@@ -111,13 +112,19 @@ def changed_files(record: Record, paths: tuple[Path, ...], root: Path) -> list[s
         before = record.inputs.get(name)
         if before is None or before[0] != _stat(path)[0]:
             changed.append(name)
-        elif before[1] != _stat(path)[1] and before[2] != checksum(path):
+        elif before[1] != _stat(path)[1] and before[2] != _checksum(path, *_stat(path)):
             changed.append(name)
     return changed
 
 
 def _name(path: Path, root: Path) -> str:
     return os.path.relpath(path, root)
+
+
+@functools.lru_cache(maxsize=64)
+def _checksum(path: Path, _size: int, _time: int) -> str:
+    """Formed once for all directions, as long as the file stays as it is."""
+    return checksum(path)
 
 
 def _stat(path: Path) -> list[int]:

@@ -163,6 +163,11 @@ def _work(
         def one(job: Job, plan: Plan) -> None:
             if control.stop.is_set():
                 return
+            # Some time may have passed, and somebody else may have come.
+            now = plan_of(job)
+            if now.action in ("done", "busy"):
+                tell(f"{job.tag}: {now.action} {now.why}")
+                return
             tell(f"{job.tag}: begun")
             tell(_outcome(run_direction(job, plan, control, tell)))
 

@@ -9,6 +9,7 @@ from __future__ import annotations
 
 import math
 import os
+import re
 import shutil
 import signal
 import subprocess
@@ -51,7 +52,8 @@ class SlurmOptions:
 
 
 def submit(studies: Sequence[Study], options: SlurmOptions, say: Say) -> int:
-    """One array for what is to be done in all studies; the exit status."""
+    """One array for what is to be done in all studies, or more where the scheduler takes none so
+    large; the exit status."""
     if not options.dry_run and shutil.which("sbatch") is None:
         raise StudyError("sbatch is not on the path; run this where Slurm's commands are installed")
     to_do: list[Job] = []
@@ -68,7 +70,9 @@ def submit(studies: Sequence[Study], options: SlurmOptions, say: Say) -> int:
         say("all directions are done; gathering")
         return gather_studies(studies, say)
     folder = _new_folder(studies[0])
-    scripts = scripts_of(studies, to_do, folder, options, memory, seconds)
+    most = _largest_array()
+    parts = [to_do[first : first + most] for first in range(0, len(to_do), most)]
+    scripts = scripts_of(studies, parts, folder, options, memory, seconds)
     if options.dry_run:
         for name, text in scripts.items():
             say(f"--- {folder / name}\n{text}")
@@ -76,13 +80,26 @@ def submit(studies: Sequence[Study], options: SlurmOptions, say: Say) -> int:
     folder.mkdir(parents=True)
     for name, text in scripts.items():
         write_whole(folder / name, [text])
-    array = _sbatch([str(folder / "array.sh")])
-    behind = _sbatch([f"--dependency=afterany:{array}", str(folder / "gather.sh")])
-    write_whole(folder / "jobs.txt", [f"array {array}\ngather {behind}\n"])
+    arrays = [_sbatch([str(folder / f"array{n}.sh")]) for n in range(1, len(parts) + 1)]
+    behind = _sbatch([f"--dependency=afterany:{':'.join(arrays)}", str(folder / "gather.sh")])
+    write_whole(folder / "jobs.txt", [f"array {' '.join(arrays)}\ngather {behind}\n"])
     told = number_of(len(to_do), "direction")
-    say(f"{told} submitted as array {array}, gathering as job {behind}")
+    say(f"{told} submitted as array {', '.join(arrays)}, gathering as job {behind}")
     say(f"scripts and output: {folder}; torvex-study status tells how far they are")
     return 0
+
+
+def _largest_array() -> int:
+    """Tasks that the scheduler takes as one array; where it does not say, what it takes if nobody
+    has set anything else."""
+    try:
+        told = subprocess.run(
+            ["scontrol", "show", "config"], capture_output=True, text=True, check=False
+        ).stdout
+    except OSError:
+        told = ""
+    found = re.search(r"MaxArraySize\s*=\s*(\d+)", told)
+    return max(1, int(found[1]) - 1 if found else 1000)
 
 
 def _is_open(job: Job, say: Say) -> bool:
@@ -112,13 +129,14 @@ def _new_folder(study: Study) -> Path:
 
 def scripts_of(
     studies: Sequence[Study],
-    jobs: Sequence[Job],
+    parts: Sequence[Sequence[Job]],
     folder: Path,
     options: SlurmOptions,
     memory: float,
     seconds: float,
 ) -> dict[str, str]:
-    """Names and texts: the list of tasks, the array, the job behind it."""
+    """Names and texts: for each array the list of its tasks and its script, and the job behind."""
+    jobs = [job for part in parts for job in part]
     jinja2 = need("jinja2")
     environment = jinja2.Environment(
         loader=jinja2.FileSystemLoader(_TEMPLATES),
@@ -132,7 +150,6 @@ def scripts_of(
     given: dict[str, Any] = {
         "name": studies[0].name + (f"+{len(studies) - 1}" if len(studies) > 1 else ""),
         "folder": str(folder),
-        "tasks": len(jobs),
         "at_most": options.at_most,
         "threads": run.threads or 1,
         "memory": options.memory or f"{math.ceil((1.25 * memory + _OWN_MEMORY) / 1e6)}M",
@@ -140,7 +157,7 @@ def scripts_of(
         "partition": options.partition,
         "account": options.account,
         "torvex": str(jobs[0].program),
-        "prep": str(jobs[0].prep) if jobs[0].prep else None,
+        "prep": next((str(job.prep) for job in jobs if job.prep), None),
         "packages": str(Path(torvex.__file__).resolve().parents[1]),
         "python": sys.executable,
         "keep": run.keep,
@@ -148,12 +165,14 @@ def scripts_of(
         "save_every": run.save_every or _save_every(jobs),
         "studies": [str(study.root.resolve()) for study in studies],
     }
-    lines = [f"{job.study.root.resolve()}\t{job.tag}\n" for job in jobs]
-    return {
-        "tasks.txt": "".join(lines),
-        "array.sh": environment.get_template("array.sh.j2").render(given),
-        "gather.sh": environment.get_template("gather.sh.j2").render(given),
-    }
+    scripts = {}
+    for number, part in enumerate(parts, start=1):
+        lines = [f"{job.study.root.resolve()}\t{job.tag}\n" for job in part]
+        here = given | {"number": number, "tasks": len(part)}
+        scripts[f"tasks{number}.txt"] = "".join(lines)
+        scripts[f"array{number}.sh"] = environment.get_template("array.sh.j2").render(here)
+    scripts["gather.sh"] = environment.get_template("gather.sh.j2").render(given)
+    return scripts
 
 
 def _save_every(jobs: Sequence[Job]) -> int:

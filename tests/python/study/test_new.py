@@ -214,6 +214,28 @@ class New(unittest.TestCase):
             write_whole(self.folder / "big", _endless(self.folder))
         self.assertEqual(list(self.folder.iterdir()), [])
 
+    def test_a_disk_that_takes_no_more(self):
+        # A limit on the size of files stands for a disk that is full.
+        import resource
+        import subprocess
+
+        from study.commands import COMMAND, environment
+
+        words = self.usual("--roughness", "0.1", "--sectors", "4")
+        done = subprocess.run(
+            [*COMMAND, "new", *words],
+            cwd=self.folder,
+            env=environment(),
+            capture_output=True,
+            text=True,
+            preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (4096, 4096)),
+        )
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("File too large", done.stderr)
+        self.assertNotIn("Traceback", done.stderr)
+        left = {path.name for path in self.folder.iterdir()}
+        self.assertEqual(left, {"dem.tif", "turbines.csv"})
+
     def test_forests_as_drag(self):
         e0, n0 = to_crs(32632, *CENTRE)
         cover = np.full((700, 700), 30)

@@ -230,6 +230,19 @@ class Runs(unittest.TestCase):
         self.assertIn("270_0: is gone on with", told)
         self.assertGreaterEqual(int(summary(study)[0]["iterations"]), done)
 
+    def test_two_at_one_study_do_not_disturb_each_other(self):
+        study = small_study(self.folder, "hill", "--directions", "270")
+        edit(study, "MAXIT = 1000", "CC_OUT_U = 1e-30\n  MAXIT = 100000")
+        process = self.started(study)
+        self.wait_for(lambda: list(study.glob("wd/*/view-convergence-*.dat")))
+        told = torvex_study("run", "hill", folder=self.folder)
+        self.assertEqual(told.returncode, 130, told.stdout + told.stderr)
+        self.assertIn(f"270_0: left alone: process {process.pid}", told.stdout)
+        self.assertIsNone(process.poll())
+        process.send_signal(signal.SIGINT)
+        process.communicate(timeout=60)
+        self.assertEqual(record(study, "270_0")["state"], "interrupted")
+
     def test_a_second_ctrl_c_ends_at_once(self):
         study = small_study(self.folder, "hill", "--directions", "270")
         edit(study, "MAXIT = 1000", "CC_OUT_U = 1e-30\n  MAXIT = 100000")

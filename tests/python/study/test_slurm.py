@@ -1,5 +1,7 @@
 """Studies as arrays of jobs, under a real scheduler on this machine."""
 
+import os
+import re
 import shutil
 import subprocess
 import tempfile
@@ -31,6 +33,21 @@ class DryRun(unittest.TestCase):
             for text in ("--array=1-2", "--partition=main", "--time=30", "--mem=1G", "gather"):
                 self.assertIn(text, done.stdout)
             self.assertEqual(self.files(study), before)
+
+    def test_no_array_is_larger_than_the_scheduler_takes(self):
+        with tempfile.TemporaryDirectory() as folder:
+            small_study(folder, "hill", "--sectors", "5")
+            tools = Path(folder) / "tools"
+            tools.mkdir()
+            (tools / "scontrol").write_text("#!/bin/sh\necho 'MaxArraySize            = 3'\n")
+            (tools / "scontrol").chmod(0o755)
+            path = f"{tools}:{os.environ['PATH']}"
+            done = torvex_study("run", "hill", "--slurm", "--dry-run", folder=folder, PATH=path)
+            self.assertEqual(done.returncode, 0, done.stderr)
+            counts = re.findall(r"--array=1-(\d+)", done.stdout)
+            self.assertEqual(counts, ["2", "2", "1"])
+            for tag in "000_0", "072_0", "144_0", "216_0", "288_0":
+                self.assertEqual(done.stdout.count(f"\t{tag}\n"), 1)
 
     def test_without_a_scheduler(self):
         with tempfile.TemporaryDirectory() as folder:
@@ -95,7 +112,7 @@ class Arrays(unittest.TestCase):
         self.assertEqual(record(cluster, "000_0")["state"], "interrupted", told)
         self.cluster.call("scontrol", "update", f"JobId={job}_1", "StartTime=now")
         self.cluster.wait_for(self.cluster.is_empty, 600)
-        output = (cluster / "slurm/001/task-1.txt").read_text()
+        output = (cluster / "slurm/001/task1-1.txt").read_text()
         self.assertIn("000_0: resume: it was broken off", output)
         self.assertIn("12 directions: 12 converged", (cluster / "slurm/001/gather.txt").read_text())
         done = torvex_study("run", "local", folder=self.folder, timeout=600)
