@@ -203,16 +203,24 @@ TEST_F(NestLines, CentreOutsideTheParent) {
 TEST_F(NestLines, CentreOnTheEdgeOfTheParent) {
     settings.nest.lat = Triple{35.0F, 5.0F, 1.0F};
     settings.N_WIND_DIRECTION = 1;
-    settings.WIND_DIRECTION_ANGLE(1) = 270.0F;
     settings.nest.c2xmax = settings.nest.c2ymax = 1;
-    const float north =
-        position_from_centre(minutes_of(settings.nest.lon), minutes_of(settings.nest.lat),
-                             minutes_of(settings.CENT_LON), minutes_of(settings.CENT_LAT),
-                             settings.GS, 270.0F)
-            .y;
-    sized.y_line = line_of({-north, 0, north});
+    const auto centre_of_child = [this](float wind) {
+        settings.WIND_DIRECTION_ANGLE(1) = wind;
+        return position_from_centre(minutes_of(settings.nest.lon), minutes_of(settings.nest.lat),
+                                    minutes_of(settings.CENT_LON), minutes_of(settings.CENT_LAT),
+                                    settings.GS, wind);
+    };
+    const Line1 usual = sized.y_line;
+    const float left = centre_of_child(270.0F).y;
+    sized.y_line = line_of({-left, 0, left});
     EXPECT_EQ(check_code(), 182);
-    sized.y_line = line_of({-north, 0, 0.999F * north});
+    sized.y_line = line_of({-left, 0, 0.999F * left});
+    EXPECT_EQ(check_code(), 181);
+    sized.y_line = usual;
+    const float downwind = centre_of_child(180.0F).x;
+    sized.x_line = line_of({-downwind, 0, downwind});
+    EXPECT_EQ(check_code(), 182);
+    sized.x_line = line_of({-downwind, 0, 0.999F * downwind});
     EXPECT_EQ(check_code(), 181);
 }
 
