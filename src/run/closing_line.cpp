@@ -24,13 +24,25 @@ constexpr std::array endings{
     Ending{DirectionEnd::not_begun, "not begun"},
 };
 
-// "; diverged: 90.0, 270.0". A long list is cut: the table of directions has it whole.
-std::string listed(const std::vector<DirectionRecord>& directions, const Ending& ending) {
+struct FallBack {
+    Stage stage;
+    std::string_view words;
+};
+constexpr std::array fall_backs{
+    FallBack{Stage::robust, "accelerated with the set for steep ground"},
+    FallBack{Stage::plain, "iterated without acceleration"},
+};
+
+// "; diverged: 90.0, 270.0" of the directions that are `meant`. A long list is cut: the table of
+// directions, or the log, has it whole.
+template <class Meant>
+std::string listed(const std::vector<DirectionRecord>& directions, std::string_view words,
+                   const Meant& meant) {
     constexpr int most = 12;
     std::string text;
     int count = 0;
     for (const DirectionRecord& direction : directions) {
-        if (direction.end != ending.end) {
+        if (!meant(direction)) {
             continue;
         }
         ++count;
@@ -44,7 +56,7 @@ std::string listed(const std::vector<DirectionRecord>& directions, const Ending&
     if (count > most) {
         text += " and " + std::to_string(count - most) + " more";
     }
-    return "; " + std::string(ending.words) + ": " + text;
+    return "; " + std::string(words) + ": " + text;
 }
 
 }  // namespace
@@ -60,7 +72,12 @@ std::string closing_line(const std::vector<DirectionRecord>& directions,
         line = std::to_string(converged) + " of " + std::to_string(directions.size()) +
                (directions.size() == 1 ? " direction converged" : " directions converged");
         for (const Ending& ending : endings) {
-            line += listed(directions, ending);
+            line += listed(directions, ending.words,
+                           [&](const DirectionRecord& d) { return d.end == ending.end; });
+        }
+        for (const FallBack& fall_back : fall_backs) {
+            line += listed(directions, fall_back.words,
+                           [&](const DirectionRecord& d) { return d.stage == fall_back.stage; });
         }
     }
     if (!reminders.empty()) {

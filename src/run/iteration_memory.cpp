@@ -1,7 +1,10 @@
 #include "run/iteration_memory.hpp"
 
+#include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 
 #include "base/edit.hpp"
@@ -19,7 +22,7 @@ std::string path_of(const Direction& direction) {
     return direction.restart_stem + std::string(file_names::iteration_memory);
 }
 
-// Ten digits, so that a value comes back to the last bit.
+// Nine digits, so that a value comes back to the last bit.
 std::string exact(float value) {
     return edit::E(value, 18, 9);
 }
@@ -32,7 +35,8 @@ bool read_speeds(ListInput& input, std::int32_t iterations, std::int32_t sites,
     }
     for (std::int32_t n = 0; n < iterations; ++n) {
         std::vector<float> speeds(static_cast<std::size_t>(sites));
-        if (!input.read_row(speeds.data(), speeds.size())) {
+        if (!input.read_row(speeds.data(), speeds.size()) || input.row_left_values() ||
+            !std::ranges::all_of(speeds, [](float speed) { return std::isfinite(speed); })) {
             return false;
         }
         settling.speeds.push_back(std::move(speeds));
@@ -40,7 +44,8 @@ bool read_speeds(ListInput& input, std::int32_t iterations, std::int32_t sites,
     return true;
 }
 
-bool read_memory(ListInput& input, AccelerationMemory& memory) {
+// `count`: iterations of the direction, none of which the memory can have seen later.
+bool read_memory(ListInput& input, int count, AccelerationMemory& memory) {
     std::int32_t stage = -1;
     std::int32_t begun = -1;
     Course& course = memory.course;
@@ -49,11 +54,19 @@ bool read_memory(ListInput& input, AccelerationMemory& memory) {
         !input.read(cycling.coarse_iterations, cycling.gain, memory.cycles, memory.before_cycle)) {
         return false;
     }
+    constexpr int most_iterations = 100;
+    constexpr float most_gain = 2.0F;
+    const auto between = [](auto least, auto x, auto most) { return x >= least && x <= most; };
+    if (!between(0, stage, 2) || !between(0, begun, count)) {
+        return false;
+    }
     memory.stage = static_cast<Stage>(stage);
     memory.begun = begun;
-    constexpr int most_iterations = 100;
-    return stage >= 0 && stage <= 2 && begun >= 0 && cycling.coarse_iterations >= 0 &&
-           cycling.coarse_iterations <= most_iterations;
+    return between(0, course.seen, count - begun) && between(0, course.smallest_at, course.seen) &&
+           between(0.0F, course.smallest, std::numeric_limits<float>::max()) &&
+           between(1, cycling.coarse_iterations, most_iterations) &&
+           between(0.0F, cycling.gain, most_gain) &&
+           between(0.0F, memory.before_cycle, std::numeric_limits<float>::max());
 }
 
 }  // namespace
@@ -94,13 +107,16 @@ bool read_iteration_memory(Direction& direction) {
     Settling settling;
     std::int32_t iterations = 0;
     std::int32_t sites = 0;
-    if (!input.read(count) || count != direction.outer_count || !read_memory(input, memory) ||
-        !input.read(settling.fraction, iterations, sites) ||
+    if (!input.read(count) || count != direction.outer_count ||
+        !read_memory(input, count, memory) || !input.read(settling.fraction, iterations, sites) ||
+        !(settling.fraction >= 0.0F && settling.fraction < 1.0F) ||
         !read_speeds(input, iterations, sites, settling)) {
         return false;
     }
     direction.acceleration = memory;
     direction.settling = std::move(settling);
+    direction.flow.resid_m =
+        direction.tested.m;  // of the last iteration, which the next one judges
     return true;
 }
 

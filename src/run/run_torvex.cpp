@@ -119,6 +119,9 @@ bool run_direction(Run& run, int iwd, const Solve& solve) {
             break;
     }
     record.end = end_of(run, direction);
+    if (is_accelerated(run.settings)) {
+        record.stage = direction.acceleration.stage;
+    }
     release_fields(run, direction);
     close_monitor_logs(direction.logs);
     return direction.stop_requested;

@@ -64,6 +64,10 @@ void SettledSites::record(const GridGeometry& grid, const FlowState& flow, int w
     for (const ColumnPlace& place : places_) {
         speeds.push_back(speed_at(grid, flow, place, height_));
     }
+    // Behind a resume with other sites the old speeds say nothing.
+    if (!kept.speeds.empty() && kept.speeds.back().size() != speeds.size()) {
+        kept.speeds.clear();
+    }
     kept.speeds.push_back(std::move(speeds));
     const auto most = static_cast<std::size_t>(window);
     if (kept.speeds.size() > most) {
@@ -73,7 +77,8 @@ void SettledSites::record(const GridGeometry& grid, const FlowState& flow, int w
 }
 
 bool SettledSites::settled(int window, const Settling& kept) const {
-    if (!on() || kept.speeds.size() < static_cast<std::size_t>(window)) {
+    if (!on() || kept.speeds.size() < static_cast<std::size_t>(window) ||
+        kept.speeds.back().size() != places_.size()) {
         return false;
     }
     for (std::size_t n = 0; n < places_.size(); ++n) {

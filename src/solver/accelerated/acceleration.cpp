@@ -186,7 +186,9 @@ void Acceleration::keep_before_cycle(const FlowState& s) {
 }
 
 void Acceleration::undo_cycle(const SolverContext& c, StepReport& report) {
-    bring_back(before_, c.flow);
+    // Behind a resume there are none from in front of the cycle.
+    const bool kept = std::ranges::any_of(before_, [](const Field3& x) { return x.size() > 0; });
+    bring_back(kept ? before_ : start_, c.flow);
     const bool again = memory_.cycling.gain < Cycling{}.gain;
     if (again) {
         memory_.cycles = false;
@@ -268,6 +270,11 @@ StepReport Acceleration::operator()(const SolverContext& c, int iter, int interv
     StepReport report;
     if (!prepared_) {
         prepare(c, report);
+    }
+    if (c.settings.canopy_on() && iter == c.settings.canopy.start_cal_src) {
+        // The sources of the canopy raise the residuals from here on.
+        memory_.course = {};
+        memory_.before_cycle = 0;
     }
     while (memory_.stage != Stage::plain && goes_wrong(c, iter, report)) {
     }

@@ -13,7 +13,8 @@
 //
 // Values on the boundary that a boundary routine rewrites take the change of the cell beside them;
 // those that it holds, the inflow, ted, vis, v and w at an open top, v on the sides, in a nested
-// run all of the sides and the outflow, stay as they are, to the bit.
+// run all of the sides and the outflow, stay as they are, to the bit. So do the rows where two
+// planes of the boundary meet: what a cycle does must follow from the fine fields alone.
 //
 // ref  Brandt (1977); Lien and Leschziner (1994) for turbulence on coarse meshes
 
@@ -21,7 +22,6 @@
 
 #include <array>
 #include <cmath>
-#include <vector>
 
 #include "solver/accelerated/accelerated_iteration.hpp"
 #include "solver/accelerated/coarse_level.hpp"
@@ -156,30 +156,25 @@ class Carrying {
     }
 
  private:
-    // The interior with the outflow, and beside it the planes that are named, without the edges
-    // between them, which no boundary routine rewrites.
-    std::vector<CellRange> ranges(const Beside& beside) const {
-        const GridGeometry& g = fine_.grid;
-        const bool open = fine_.skip_sides == 0;
-        const int out = open ? g.ni : g.nx;
-        std::vector<CellRange> all{{2, 2, 2, out, g.ny, g.nz}};
-        if (beside.sides && open) {
-            all.push_back({2, 1, 2, out, 1, g.nz});
-            all.push_back({2, g.nj, 2, out, g.nj, g.nz});
-        }
-        if (beside.ground) {
-            all.push_back({2, 2, 1, g.nx, g.ny, 1});
-        }
-        if (beside.top) {
-            all.push_back({2, 2, g.nk, g.nx, g.ny, g.nk});
-        }
-        return all;
-    }
-
+    // The interior with the outflow, then each plane beside it. The rows where two planes meet are
+    // left as they are: the boundary routines make them or hold them.
     template <class From, class Take>
     void carry(const Beside& beside, const From& from, const Take& take) const {
-        for (const CellRange& range : ranges(beside)) {
-            prolong(level_.by, range, fine_.grid.nz, from, take);
+        const GridGeometry& g = fine_.grid;
+        const bool open = fine_.skip_sides == 0;
+        const auto to = [&](const CellRange& cells) {
+            prolong(level_.by, cells, g.nz, from, take);
+        };
+        to({2, 2, 2, open ? g.ni : g.nx, g.ny, g.nz});
+        if (beside.sides && open) {
+            to({2, 1, 2, g.nx, 1, g.nz});
+            to({2, g.nj, 2, g.nx, g.nj, g.nz});
+        }
+        if (beside.ground) {
+            to({2, 2, 1, g.nx, g.ny, 1});
+        }
+        if (beside.top) {
+            to({2, 2, g.nk, g.nx, g.ny, g.nk});
         }
     }
 
