@@ -27,8 +27,9 @@ struct DirectionRecord {
 };
 
 // What a run came to, in one line: how many directions converged, which did not, which diverged,
-// which the common acceleration did not serve, what was warned of that makes a result doubtful (`reminders`), and where to read on. An empty
-// list stands for a run that ended before its directions were known.
+// which the common acceleration did not serve, what was warned of that makes a result doubtful
+// (`reminders`), and where to read on. An empty list stands for a run that ended before its
+// directions were known.
 std::string closing_line(const std::vector<DirectionRecord>& directions,
                          std::string_view reminders);
 

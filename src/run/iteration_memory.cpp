@@ -115,8 +115,6 @@ bool read_iteration_memory(Direction& direction) {
     }
     direction.acceleration = memory;
     direction.settling = std::move(settling);
-    direction.flow.resid_m =
-        direction.tested.m;  // of the last iteration, which the next one judges
     return true;
 }
 
