@@ -39,9 +39,9 @@ def run_child(
     control: Control,
     beat: Callable[[], None],
 ) -> Ended:
-    """Its output goes to files in the folder. It has a session of its own, so that Ctrl-C on the
-    terminal reaches it only through `control`: the run ends behind the iteration in hand, and its
-    state is saved."""
+    """Its output goes to files in the folder. It is no part of the terminal's group of processes,
+    so that Ctrl-C there reaches it only through `control`: the run ends behind the iteration in
+    hand, and its state is saved."""
     began = time.monotonic()
     environment = dict(os.environ, OMP_NUM_THREADS=str(threads))
     (folder / STOP_FILE).unlink(missing_ok=True)

@@ -1,5 +1,7 @@
 """Maps of a study against the surfaces that the rasters were made from."""
 
+import subprocess
+import sys
 import tempfile
 import unittest
 from pathlib import Path
@@ -302,6 +304,30 @@ class Planes(unittest.TestCase):
         dataset = None
         _, found = self.elevation([path], centre, 1500.0, 25.0)
         np.testing.assert_allclose(found.values, 77.0)
+
+
+@needs_study
+class Examples(unittest.TestCase):
+    def test_a_map_becomes_a_raster_with_its_values_at_its_points(self):
+        from torvex.study.map_file import write_map
+        from torvex.study.raster import open_rasters, values_at
+
+        script = Path(__file__).resolve().parents[3] / "python/examples/map_to_raster.py"
+        with tempfile.TemporaryDirectory() as folder:
+            text, raster = Path(folder) / "a.map", Path(folder) / "a.tif"
+            centre = Centre(-7.375, 57.19)
+            grid = grid_of_step(centre, 300.0, 50.0)
+            values = np.random.default_rng(3).uniform(0, 100, (grid.n_lat, grid.n_lon))
+            write_map(text, grid, values, "%.2f")
+            for words, status in (((text, raster), 0), ((Path(folder) / "none.map", raster), 1)):
+                done = subprocess.run([sys.executable, script, *words], capture_output=True)
+                self.assertEqual(done.returncode, status, done.stderr)
+            found = open_rasters([raster], centre)[0]
+            lon, lat = np.meshgrid(grid.longitudes(), grid.latitudes())
+            # The last lines may lie some millimetres outside the centres of the last pixels.
+            inside = (slice(1, -1), slice(1, -1))
+            read = values_at(found, *found.pixels(lon, lat, centre))[inside]
+            np.testing.assert_allclose(read, values[inside], atol=0.02)
 
 
 @needs_study
