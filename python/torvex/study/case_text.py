@@ -222,6 +222,11 @@ def _with_shapes_from(text: str, up: str) -> str:
     return "\n".join(lines)
 
 
+def without_canopy(text: str) -> str:
+    """The same case over bare ground."""
+    return re.sub(r"^([ \t]*canopy_mode[ \t]*=[ \t]*)1\b", r"\g<1>0", text, flags=re.MULTILINE)
+
+
 def what_counts(text: str) -> str:
     """A case without comments, blanks and the text between groups: two cases that differ in such
     things only are one."""

@@ -7,12 +7,13 @@ import math
 import os
 import subprocess
 import tempfile
-from collections.abc import Mapping
+from collections.abc import Iterator, Mapping
+from contextlib import contextmanager
 from dataclasses import dataclass, field
 from pathlib import Path
 from typing import Any
 
-from torvex.study.case_text import StudyCase, direction_text
+from torvex.study.case_text import StudyCase, direction_text, without_canopy
 from torvex.study.errors import StudyError
 from torvex.study.machine import memory_limit, prep_program, torvex_program
 from torvex.tables import read_mesh_log
@@ -42,13 +43,14 @@ def check_case(case: StudyCase) -> Check:
         prep = prep_program()
     except StudyError as problem:
         return _estimate(case, str(problem))
-    done = subprocess.run(
-        [str(prep), "check", "/f", str(case.path), "--json"],
-        capture_output=True,
-        text=True,
-        check=False,
-        env=dict(os.environ, OMP_NUM_THREADS="1"),
-    )
+    with _to_be_checked(case) as path:
+        done = subprocess.run(
+            [str(prep), "check", "/f", str(path), "--json"],
+            capture_output=True,
+            text=True,
+            check=False,
+            env=dict(os.environ, OMP_NUM_THREADS="1"),
+        )
     # An older program does not know the entry and ends as with any wrong word.
     if done.returncode == 102:
         return _estimate(case, f"{prep} has no entry check")
@@ -59,6 +61,21 @@ def check_case(case: StudyCase) -> Check:
         return check_of(json.loads(done.stdout[done.stdout.index("{") :]))
     except (ValueError, KeyError, TypeError) as problem:
         raise StudyError(f"{prep} check --json: not as expected: {problem!r}") from None
+
+
+@contextmanager
+def _to_be_checked(case: StudyCase) -> Iterator[Path]:
+    """The case; of one with forests a copy without, since canopies are prepared for each direction
+    in its own folder, when its turn comes."""
+    if not case.canopy:
+        yield case.path
+        return
+    path = case.path.with_name(f".check.{os.getpid()}.tin")
+    try:
+        path.write_text(without_canopy(case.text), encoding="utf-8")
+        yield path
+    finally:
+        path.unlink(missing_ok=True)
 
 
 def check_of(told: Mapping[str, Any]) -> Check:
@@ -82,7 +99,7 @@ def _estimate(case: StudyCase, why: str) -> Check:
         raise StudyError(f"the need of a flat run cannot be estimated: {why}")
     with tempfile.TemporaryDirectory() as folder:
         up = f"{case.path.parent.resolve()}/"
-        text = direction_text(case, 0, up, False, {})
+        text = without_canopy(direction_text(case, 0, up, False, {}))
         # The last of two equal keys counts.
         text = text.replace("N_WIND_DIRECTION = 1", "N_WIND_DIRECTION = 0", 1)
         (Path(folder) / "torvex.tin").write_text(text)

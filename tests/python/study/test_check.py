@@ -85,6 +85,23 @@ class Check(unittest.TestCase):
         self.assertIn("these are estimates", done.stdout)
         self.assertRegex(done.stdout, r"mesh: \d+ cells")
 
+    def test_forests_are_left_aside_until_they_are_prepared(self):
+        path = self.study / "torvex.tin"
+        (self.study / "maps/trees.shp").write_text("")
+        path.write_text(
+            path.read_text()
+            + "&canopy_parameters\ncanopy_mode = 1\n/\n"
+            + "&shp_parameters\nsf_tree%filename = 'maps/trees.shp'\n/\n"
+        )
+        prep = self.stand_in(json.dumps(TOLD))
+        prep.write_text(f'#!/bin/sh\ncp "$3" {self.folder}/seen\ncat {self.folder}/answer\n')
+        done = self.check(prep)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        seen = (self.folder / "seen").read_text()
+        self.assertIn("canopy_mode = 0", seen)
+        self.assertNotIn("canopy_mode = 1", seen)
+        self.assertEqual(list(self.study.glob(".check*")), [])
+
     def test_a_stop_ends_the_check_too(self):
         done = self.check(self.stand_in("too small a map", 151))
         self.assertEqual(done.returncode, 1)
