@@ -198,9 +198,9 @@ void Acceleration::undo_cycle(const SolverContext& c, StepReport& report) {
     }
     choose_set(c.settings);
     memory_.before_cycle = 0;
-    report.notes.push_back(again
-                               ? "Accelerated iteration: a cycle is undone, no more are made."
-                               : "Accelerated iteration: a cycle is undone, the next are weaker.");
+    report.notes.emplace_back(
+        again ? "Accelerated iteration: a cycle is undone, no more are made."
+              : "Accelerated iteration: a cycle is undone, the next are weaker.");
 }
 
 // True where a new stage has begun. At the head of an iteration the mass residual is that of the
