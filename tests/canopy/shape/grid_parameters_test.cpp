@@ -210,12 +210,12 @@ TEST(GridParametersZEN, FrontOfABlockIsSharedOutByItsColumns) {
 }
 
 TEST(GridParametersZEN, FrontsActUpToTheEdgesOfTheMesh) {
-    // A block of 10 m that fills the cell in each corner of the mesh: a front of 50 m2 in a layer
-    // of 500 m3.
-    for (const double x : {-40.0, 30.0}) {
-        for (const double y : {-40.0, 30.0}) {
-            const Zen z = zen({block(x, y, 10, 10)}, 270, 270);
-            EXPECT_FLOAT_EQ(z.gp.gp_length(x < 0 ? 2 : 9, y < 0 ? 2 : 9, 1), 10.0F)
+    // Blocks of 20 m in the corners of the mesh, seen over their own corners: fronts of 20 sqrt(2)
+    // by 5 m, shared by four columns of 500 m3 a layer.
+    for (const double x : {-40.0, 20.0}) {
+        for (const double y : {-40.0, 20.0}) {
+            const Zen z = zen({block(x, y, 20, 10)}, 270, 225);
+            EXPECT_NEAR(z.gp.gp_length(x < 0 ? 2 : 9, y < 0 ? 2 : 9, 1), 20 * root_half, 1e-5F)
                 << x << ' ' << y;
         }
     }
