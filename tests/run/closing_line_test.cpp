@@ -65,6 +65,18 @@ TEST(ClosingLine, CutsLongListsButNeverTheirCount) {
     EXPECT_NE(line.find(" and 335 more; torvex.log"), std::string::npos) << line;
 }
 
+TEST(ClosingLine, NamesTheDirectionsThatTheCommonAccelerationDidNotServe) {
+    const std::vector<DirectionRecord> directions{
+        {.angle = 0.0F, .end = converged},
+        {.angle = 90.0F, .end = converged, .stage = Stage::plain},
+        {.angle = 180.0F, .end = not_converged, .stage = Stage::robust},
+        {.angle = 270.0F, .end = converged, .stage = Stage::robust}};
+    EXPECT_EQ(closing_line(directions, "a site"),
+              "3 of 4 directions converged; not converged: 180.0; accelerated with the set for "
+              "steep ground: 180.0, 270.0; iterated without acceleration: 90.0; mind: a site; "
+              "torvex.log has more");
+}
+
 TEST(ClosingLine, RemindsOfWhatMakesTheResultDoubtful) {
     EXPECT_EQ(closing_line(of({{0.0F, converged}}), "h.map holds 3 doubtful values; a site"),
               "1 of 1 direction converged; mind: h.map holds 3 doubtful values; a site; "
