@@ -107,14 +107,6 @@ TEST_F(IterationMemory, OfAStartComesBackToo) {
 }
 
 // The residual of the last iteration, which restart.info keeps, is what the next one judges.
-TEST_F(IterationMemory, GoesOnFromTheLastResidual) {
-    write(remembered);
-    DirectionAt back(57);
-    back.tested.m = 0.003F;
-    ASSERT_TRUE(read_iteration_memory(back));
-    EXPECT_EQ(back.flow.resid_m, 0.003F);
-}
-
 TEST_F(IterationMemory, OfAnotherCountIsNotTaken) {
     write(remembered);
     for (const int count : {0, 56, 58}) {

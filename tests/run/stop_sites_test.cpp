@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <filesystem>
 #include <string>
 
 #include "run/whole_case.hpp"
@@ -46,9 +47,11 @@ double speed_in_the_lee(const Solution& s) {
 TEST_F(StopSites, EndsSoonerAndNearTheEnd) {
     for (const std::string keys : {"MAXIT = 350", "MAXIT = 120, ACCEL = 1"}) {
         SCOPED_TRACE(keys);
+        const std::size_t before =
+            std::filesystem::exists(directory.path() / "torvex.log") ? log().size() : 0;
         write_case(with_site(of(keys)));
         ASSERT_EQ(run().status, 0);
-        EXPECT_THAT(log(), Not(HasSubstr(rule)));
+        EXPECT_THAT(log().substr(before), Not(HasSubstr(rule)));
         const Solution end = stored();
         const Solution settled = converged(with_site(of(keys + ", STOP_SITES = 0.005")));
         EXPECT_LT(2 * settled.outer_count, end.outer_count);
