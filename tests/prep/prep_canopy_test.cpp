@@ -349,6 +349,20 @@ TEST_F(PrepCanopy, CheckShapefileHasOneRectangleForEachColumn) {
     EXPECT_EQ(with_height, 4);
     EXPECT_NEAR(info.box.min_x, 139.75, 0.05);
     EXPECT_NEAR(info.box.max_y, 35.5, 0.05);
+    // Together they are the mesh, which lies along the map at this wind.
+    double area = 0;
+    for (int row = 0; row < info.count; ++row) {
+        ShapeObject ring;
+        ASSERT_EQ(shapes.read(row, ring), 0);
+        ASSERT_EQ(ring.x.size(), 5U);
+        EXPECT_EQ(ring.x.front(), ring.x.back());
+        EXPECT_EQ(ring.y.front(), ring.y.back());
+        for (std::size_t n = 0; n < 4; ++n) {
+            area += 0.5 * (ring.x[n + 1] - ring.x[n]) * (ring.y[n + 1] + ring.y[n] - 71.0);
+        }
+    }
+    const double box = (info.box.max_x - info.box.min_x) * (info.box.max_y - info.box.min_y);
+    EXPECT_NEAR(std::abs(area) / box, 1.0, 1e-5);
 }
 
 TEST_F(PrepCanopy, RunTakesTheFileAndFeelsIt) {

@@ -56,6 +56,19 @@ TEST_F(PrepExport, LayersWithCanopyAndTheirSum) {
     EXPECT_NEAR(std::stod(lines[7 + points + 2 + 2 * (3 + points) + 3 + column]), 2.0, 1e-5);
 }
 
+TEST_F(PrepExport, LayersReachUpToTheTop) {
+    CanopyRecords records;
+    records.gp_cf.allocate(ni, nj, nk);
+    records.gp_density.allocate(ni, nj, nk);
+    records.gp_length.allocate(ni, nj, nk);
+    records.gp_cf(5, 4, nk) = 0.4F;
+    records.gp_density(5, 4, nk) = 0.05F;
+    records.gp_length(5, 4, nk) = 2;
+    write_canopy_file(stem + "ccd.tuf", records);
+    ASSERT_EQ(prep({"export", "vtk"}).status, 0);
+    EXPECT_TRUE(directory.has(stem + "ccd-k0" + std::to_string(nk) + ".vtk"));
+}
+
 TEST_F(PrepExport, Tecplot) {
     ASSERT_EQ(prep({"export", "/f", "torvex.tin", "tecplot"}).status, 0);
     const std::vector<std::string> lines = lines_of(directory.read(stem + "ccd-k002.dat"));

@@ -271,6 +271,10 @@ TEST_F(PrepMaps, AShapefileAloneTakesItsLandUseThroughTheTables) {
     EXPECT_NEAR(first.box.max_x * 60, west + 0.0375, 1e-6);
     EXPECT_NEAR(first.box.min_y * 60, south - 0.025, 1e-6);
     EXPECT_NEAR(first.box.max_y * 60, south + 0.025, 1e-6);
+    ShapeObject last;
+    ASSERT_EQ(shapes.read(info.count - 1, last), 0);
+    EXPECT_NEAR(last.box.max_x * 60, west + (z0.ni() - 0.5) * 0.075, 1e-6);
+    EXPECT_NEAR(last.box.max_y * 60, south + (z0.nj() - 0.5) * 0.05, 1e-6);
 }
 
 TEST_F(PrepMaps, PolygonsWithoutHeightCanBeLeftOut) {
