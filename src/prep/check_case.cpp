@@ -131,8 +131,7 @@ std::vector<MapCheck> check_maps(const Run& run) {
         found.push_back(
             check_map(terrain_alone(settings), run.lines, *maps, maps->basic_h, "terrain map"));
     }
-    if (maps->basic_z0.placed() && settings.TERRAIN_MODE != "flat" &&
-        !settings.canopy_on()) {
+    if (maps->basic_z0.placed() && settings.TERRAIN_MODE != "flat" && !settings.canopy_on()) {
         found.push_back(check_map(roughness_alone(settings), run.lines, *maps, maps->basic_z0,
                                   "roughness map"));
     }

@@ -11,6 +11,7 @@
 #include "prep/machine_limits.hpp"
 #include "prep/trial_iterations.hpp"
 #include "results/mesh_column.hpp"
+#include "run/outer_iteration.hpp"
 #include "run/prepare_direction.hpp"
 #include "run/sample_monitor.hpp"
 #include "run/write_sites.hpp"
@@ -80,7 +81,8 @@ void check_direction(Run& run, int iwd, CaseCheck& check) {
     check_sites(settings, direction, check);
     if (!check.s_per_iteration) {
         constexpr double seconds = 1.0;
-        check.s_per_iteration = trial_iterations(settings, grid, walls, direction.flow, seconds);
+        check.s_per_iteration = trial_iterations({settings, grid, walls, direction.flow},
+                                                 outer_step_of(settings, direction), seconds);
         check.resources.memory = peak_memory();
         check.resources.memory_measured = true;
     }

@@ -45,8 +45,8 @@ std::int64_t disk_bytes(const Run& run) {
                (f.kept == Kept::kl_result && (model == 2 || model == 4)) ||
                (f.kept == Kept::hybrid_result && model == 4);
     });
-    constexpr std::int64_t start_fields = 6;
-    return real_bytes * (3 * nodes + (3 + start_fields + kept) * cells + std::int64_t{n.ni} * n.nj);
+    const auto start = static_cast<std::int64_t>(start_fields.size());
+    return real_bytes * (3 * nodes + (3 + start + kept) * cells + std::int64_t{n.ni} * n.nj);
 }
 
 std::string megabytes(std::int64_t bytes) {
