@@ -332,9 +332,7 @@ def _read_outcome(job: Job, record: Record, ended: Ended, control: Control) -> N
         state = rows[-1].state if rows else 0
         record.state = STATES[state] if state else "failed"
         record.message = "" if state else "the run ended without an outcome"
-    record.remarks = [
-        line for line in warnings(folder) if "begins anew" not in line and "counts" not in line
-    ]
+    record.remarks = [line for line in warnings(folder) if "begins anew" not in line]
 
 
 _FLOWS = re.compile(rb"flowin\s+(\S+)\s+flowout\s+(\S+)")
