@@ -124,13 +124,17 @@ class Arrays(unittest.TestCase):
         one, other = self.study("one", "--directions", "270"), self.study(
             "two", "--directions", "90"
         )
-        # More than enough for the shell that is begun first, not for what comes of it.
+        # A task that does not end by itself, since memory is looked at every second or so only; and
+        # more than enough for the shell that is begun first, not for what comes of it.
+        for study in one, other:
+            edit(study, "MAXIT = 200", "CC_OUT_M = 1e-30\n  MAXIT = 100000")
         self.submit("one", "two", "--mem", "12M", "--time", "30")
         self.cluster.wait_for(self.cluster.is_empty, 300)
         for study in one, other:
             rows = summary(study)
             self.assertEqual(len(rows), 1)
             self.assertIn(rows[0]["state"], ("killed", "waiting"))
+            edit(study, "CC_OUT_M = 1e-30\n  MAXIT = 100000", "MAXIT = 200")
         told = self.submit("one", "two", "--time", "30")
         self.assertIn("2 directions submitted", told)
         self.cluster.wait_for(self.cluster.is_empty, 300)
