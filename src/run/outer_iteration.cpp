@@ -79,9 +79,13 @@ std::array<float, 6> residuals_of(const FlowState& flow) {
     return {flow.resid_m, flow.resid_u, flow.resid_v, flow.resid_w, flow.resid_k, flow.resid_e};
 }
 
-// Fast iterations come to rest before the sources of a canopy act, where these wait for long.
-bool is_complete(const CaseSettings& settings, const FlowState& flow) {
-    return !settings.canopy_on() || flow.canopy_source_factor > 0.0F;
+// Fast iterations come to rest before the sources of a canopy act, where these wait for long, and
+// the residuals of momentum feel them some iterations later only.
+bool sources_have_acted(const CaseSettings& settings, const AccelerationMemory& memory, int iter) {
+    constexpr int late = 10;
+    const int start = settings.canopy.start_cal_src;
+    const int count = memory.stage == Stage::plain ? iter - memory.begun : iter;
+    return !settings.canopy_on() || start <= 1 || count >= start + late;
 }
 
 bool meets_criteria(const CaseSettings& settings, const FlowState& flow) {
@@ -194,7 +198,7 @@ Verdict iterate(Run& run, Direction& direction, const OuterStep& step, const Sol
         direction.tested = {flow.resid_m, flow.resid_u, flow.resid_v,
                             flow.resid_w, flow.resid_k, flow.resid_e};
         report_monitor_step(run, direction, report, iter);
-        const bool complete = is_complete(settings, flow);
+        const bool complete = sources_have_acted(settings, direction.acceleration, iter);
         if (meets_criteria(settings, flow) && (complete || !is_accelerated(settings))) {
             direction.converged = true;
             return Verdict::leave;

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -12,6 +13,7 @@
 #include "canopy/canopy_file.hpp"
 #include "results/restart_info.hpp"
 #include "results/result_files.hpp"
+#include "run/cycle_change.hpp"
 #include "run/momentum_balance.hpp"
 #include "run/run_fixture.hpp"
 #include "run/run_state.hpp"
@@ -386,6 +388,60 @@ TEST_F(Canopy, ResumeNeedsItsFileUnlessTheDirectionIsDone) {
     const ProgramRun done = run_case(again);
     EXPECT_THAT(done.out, Not(HasSubstr("canopy")));
     EXPECT_EQ(slot("view-wind_direction.dat", 2), "270.0 1");
+}
+
+// --- the accelerated iteration ---
+
+// The discrete equations are the same; the bound is what so many iterations leave.
+TEST_F(Canopy, AccelerationLeadsToTheSameField) {
+    lay_wood();
+    run_case(iterations(300, "CC_OUT_M = 1E-9"));
+    const FlowState plain = result();
+    run_case(iterations(100, "CC_OUT_M = 1E-9, ACCEL = 1"));
+    EXPECT_THAT(log(), Not(HasSubstr("begins anew")));
+    const FlowState fast = result();
+    const LevelMesh m = mesh();
+    float largest = 0;
+    m.for_cells([&](int i, int j, int k) {
+        for (const auto field : {&FlowState::u, &FlowState::v, &FlowState::w}) {
+            largest = std::max(largest, std::abs((plain.*field)(i, j, k) - (fast.*field)(i, j, k)));
+        }
+    });
+    EXPECT_LT(largest, 0.005F) << "of 10 m/s";
+}
+
+// Fast iterations would come to rest before the sources begin.
+TEST_F(Canopy, AccelerationDoesNotEndBeforeTheSourcesHaveActed) {
+    lay_wood();
+    run_case(iterations(300, "ACCEL = 1"), block("start_cal_src = 70"));
+    EXPECT_THAT(log(), HasSubstr(": Converged."));
+    EXPECT_GE(info().outer_count, 79);
+    const FlowState with_late_start = result();
+    run_case(iterations(300, "ACCEL = 1"));
+    EXPECT_LT(info().outer_count, 70) << "the bound must mean something";
+    const FlowState at_once = result();
+    const LevelMesh m = mesh();
+    const auto wood_tke = [&](const FlowState& s) {
+        return mean(m, s.tke, [&](int i, int j, int k) { return in_wood(m, i, j, k); });
+    };
+    EXPECT_NEAR(wood_tke(with_late_start) / wood_tke(at_once), 1, 0.02);
+}
+
+TEST_F(Canopy, AcceleratedResumeGoesOnAsIfThereHadBeenNoStop) {
+    lay_wood();
+    run_case(iterations(16, "ACCEL = 1"));
+    const std::string without_stop = state(16);
+    run_case(iterations(8, "ACCEL = 1"));
+    CaseItems again = iterations(8, "ACCEL = 1");
+    again.emplace_back("NML_RUN", "RESTART_FLAG = 1");
+    run_case(again);
+    EXPECT_EQ(state(16), without_stop);
+}
+
+TEST_F(Canopy, CycleKeepsASolution) {
+    lay_wood();
+    write_small_case(iterations(300), block());
+    test::expect_fixed_point(test::change_by_cycle({"/f", directory.file("torvex.tin")}, 300));
 }
 
 // --- failures ---

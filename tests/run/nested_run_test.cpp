@@ -60,12 +60,38 @@ class NestedRun : public WholeCase {
         std::erase_if(found, [&head](const auto& file) { return !file.first.starts_with(head); });
         return found;
     }
+    // The boundary planes of the child hold what they held at its start.
+    void expect_kept_boundary() const;
     void expect_failure(const ProgramRun& ran, int code, const std::string& text) const {
         EXPECT_EQ(ran.signal, 0);
         EXPECT_EQ(ran.status, code) << ran.err;
         EXPECT_THAT(ran.err, HasSubstr(text));
     }
 };
+
+void NestedRun::expect_kept_boundary() const {
+    const Solution end = stored("000_0", "nest-");
+    const GridGeometry& g = end.grid;
+    FlowState start;
+    allocate(start, start_fields, g.ni, g.nj, g.nk);
+    ASSERT_TRUE(read_vpkeinp("nest-restart-000_0-vpkeinp.tuf", start));
+    for (const FlowField& field : start_fields) {
+        if (field.name == "p") {
+            continue;  // whose level is free
+        }
+        const Field3& last = end.flow.*field.member;
+        const Field3& first = start.*field.member;
+        for (int k = 2; k <= g.nz; ++k) {
+            for (int j = 1; j <= g.nj; ++j) {
+                for (int i = 1; i <= g.ni; i += j == 1 || j == g.nj ? 1 : g.ni - 1) {
+                    EXPECT_EQ(last(i, j, k), first(i, j, k))
+                        << field.name << ' ' << i << ' ' << j << ' ' << k;
+                }
+            }
+        }
+    }
+    EXPECT_LT(std::fabs(mass_imbalance(end)), 1.0e-6);
+}
 
 std::string block_with(const std::string& good, const std::string& bad) {
     std::string block = nest_block();
@@ -311,41 +337,22 @@ TEST_F(NestedRun, OutflowMayBeLeftUnbalanced) {
     EXPECT_THAT(log(), HasSubstr("correction  0.0000E+00"));
 }
 
-// What the boundary planes hold at the start they hold at the end.
+// What the boundary planes hold at the start they hold at the end, whatever iterates.
 TEST_F(NestedRun, BoundaryStaysAsTheParentGaveIt) {
     run_parent();
-    EXPECT_EQ(run_child({{"NML_NUMERICAL_SOLVER", "MAXIT = 8"}}).status, 0);
-    const Solution end = stored("000_0", "nest-");
-    const GridGeometry& g = end.grid;
-    FlowState start;
-    allocate(start, start_fields, g.ni, g.nj, g.nk);
-    ASSERT_TRUE(read_vpkeinp("nest-restart-000_0-vpkeinp.tuf", start));
-    for (const FlowField& field : start_fields) {
-        if (field.name == "p") {
-            continue;  // whose level is free
-        }
-        const Field3& last = end.flow.*field.member;
-        const Field3& first = start.*field.member;
-        for (int k = 2; k <= g.nz; ++k) {
-            for (int j = 1; j <= g.nj; ++j) {
-                for (int i = 1; i <= g.ni; i += j == 1 || j == g.nj ? 1 : g.ni - 1) {
-                    EXPECT_EQ(last(i, j, k), first(i, j, k))
-                        << field.name << ' ' << i << ' ' << j << ' ' << k;
-                }
-            }
-        }
+    for (const std::string accel : {"0", "1"}) {
+        SCOPED_TRACE("ACCEL = " + accel);
+        EXPECT_EQ(run_child({{"NML_NUMERICAL_SOLVER", "MAXIT = 8, ACCEL = " + accel}}).status, 0);
+        expect_kept_boundary();
     }
-    EXPECT_LT(std::fabs(mass_imbalance(end)), 1.0e-6);
+    EXPECT_THAT(log(), HasSubstr("Accelerated iteration on 2 meshes."));
 }
 
-// A child of the parent's own cells finds the parent's flow: within 3 % of its speed above the top
-// and at the foot of the hill in front of and behind it.
-TEST_F(NestedRun, ChildOfTheSameCellsFindsTheParentsFlow) {
-    write_ground(cosine_hill(75, 300));
-    const CaseItems items =
-        hill_case({{"NML_NUMERICAL_SOLVER", "CC_OUT_M = 1e-4, CC_OUT_U = 1e-4, CC_OUT_V = 1e-4"},
-                   {"NML_NUMERICAL_SOLVER", "CC_OUT_W = 1e-4"}});
-    const Solution parent = converged(items);
+// A parent over a hill of 75 m, converged, and the keys of a child of its own cells.
+const std::string close_criteria =
+    "CC_OUT_M = 1e-4, CC_OUT_U = 1e-4, CC_OUT_V = 1e-4, CC_OUT_W = 1e-4";
+
+std::string block_of_the_same_cells() {
     std::string block = nest_block();
     for (const auto& [good, bad] : {std::pair{"n_x_div = 2", "n_x_div = 1"},
                                     {"n_y_div = 2", "n_y_div = 1"},
@@ -353,7 +360,16 @@ TEST_F(NestedRun, ChildOfTheSameCellsFindsTheParentsFlow) {
                                     {"c2ymax = 100", "c2ymax = 600"}}) {
         block.replace(block.find(good), std::string(good).size(), bad);
     }
-    directory.write("nest.tin", quick_case_text(items, block));
+    return block;
+}
+
+// A child of the parent's own cells finds the parent's flow: within 3 % of its speed above the top
+// and at the foot of the hill in front of and behind it.
+TEST_F(NestedRun, ChildOfTheSameCellsFindsTheParentsFlow) {
+    write_ground(cosine_hill(75, 300));
+    const CaseItems items = hill_case({{"NML_NUMERICAL_SOLVER", close_criteria}});
+    const Solution parent = converged(items);
+    directory.write("nest.tin", quick_case_text(items, block_of_the_same_cells()));
     const ProgramRun ran = run({"/f", "nest.tin"});
     ASSERT_EQ(ran.status, 0) << ran.err;
     EXPECT_THAT(log(), Not(HasSubstr("without converging")));
@@ -366,6 +382,35 @@ TEST_F(NestedRun, ChildOfTheSameCellsFindsTheParentsFlow) {
             const double there = value_above(parent, parent.flow.u, in_parent, h);
             const double here = value_above(child, child.flow.u, in_child, h);
             EXPECT_NEAR(here / there, 1.0, 0.03) << "x = " << x << ", h = " << h;
+        }
+    }
+}
+
+// The discrete equations and the boundary are the same; the bound is what the criteria leave.
+TEST_F(NestedRun, AcceleratedChildFindsTheFieldOfThePlainOne) {
+    write_ground(cosine_hill(75, 300));
+    const CaseItems items = hill_case({{"NML_NUMERICAL_SOLVER", close_criteria}});
+    converged(items);
+    const auto solve = [&](const std::string& keys) {
+        CaseItems all = items;
+        all.push_back({"NML_NUMERICAL_SOLVER", "MAXIT = 1000, CC_OUT_M = 3e-5, CC_OUT_U = 3e-5"});
+        all.push_back({"NML_NUMERICAL_SOLVER", "CC_OUT_V = 3e-5, CC_OUT_W = 3e-5, " + keys});
+        directory.write("nest.tin", quick_case_text(all, block_of_the_same_cells()));
+        const ProgramRun ran = run({"/f", "nest.tin"});
+        EXPECT_EQ(ran.status, 0) << ran.err;
+        return stored("270_0", "nest-");
+    };
+    const Solution plain = solve("ACCEL = 0");
+    const Solution fast = solve("ACCEL = 1");
+    EXPECT_THAT(log(), Not(HasSubstr("without converging")));
+    EXPECT_LT(fast.outer_count, plain.outer_count);
+    for (const double x : {-350.0, 0.0, 350.0}) {
+        const Column at = column_at(plain, x, 0.0);
+        for (const double h : {10.0, 60.0, 150.0}) {
+            EXPECT_NEAR(
+                value_above(fast, fast.flow.u, at, h) / value_above(plain, plain.flow.u, at, h),
+                1.0, 5e-4)
+                << "x = " << x << ", h = " << h;
         }
     }
 }

@@ -24,7 +24,7 @@ class StopSites : public WholeCase {
     static CaseItems of(const std::string& keys) {
         return hill_case({{"NML_CASEFILE", "WE_LENGTH = 1000, NS_LENGTH = 800, MIN_DXY = 100"},
                           {"NML_CASEFILE", "MIN_DXY_RAD = 400, MIN_DZ = 8, MESH_VRATIO = 1.4"},
-                          {"NML_MONITOR", "MONITOR_STEP = 1, MONITOR_HEIGHT = 30"},
+                          {"NML_MONITOR", "MONITOR_STEP = 1"},
                           {"NML_NUMERICAL_SOLVER", "CC_OUT_M = 1E-9"},
                           {"NML_NUMERICAL_SOLVER", keys}});
     }

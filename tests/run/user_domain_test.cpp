@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <functional>
@@ -19,6 +20,7 @@
 #include "canopy/canopy_file.hpp"
 #include "mesh/test_meshes.hpp"
 #include "results/result_files.hpp"
+#include "run/cycle_change.hpp"
 #include "run/run_fixture.hpp"
 
 namespace torvex::test {
@@ -410,6 +412,51 @@ TEST_F(UserDomain, GoesOnWhereItStopped) {
     EXPECT_THAT(ran.out, Not(HasSubstr("inflow is used")));
     const std::string resumed = directory.read("restart-000_0-vpkeout_00005.tuf");
     EXPECT_TRUE(resumed == straight);
+}
+
+// The accelerated iteration
+
+// A hill under 2805 cells, of which a coarse mesh can be made.
+GridGeometry wide_hill() {
+    return mapped_mesh({18, 16, 12}, [](double s, double t, double q) {
+        const double ground =
+            40 * std::exp(-30 * std::pow(s - 0.4, 2) - 20 * std::pow(t - 0.45, 2));
+        return Position{1200 * s, 800 * t - 400, ground + (500 - ground) * q * q};
+    });
+}
+
+TEST_F(UserDomain, AccelerationLeadsToTheSameField) {
+    const GridGeometry g = wide_hill();
+    give(g);
+    give_roughness(Field2(g.ni, g.nj, 0.05F));
+    const auto solve = [&](const std::string& keys) {
+        const ProgramRun ran =
+            run_domain("inlet = 2\n", {{"NML_NUMERICAL_SOLVER", "CC_OUT_M = 1E-9, " + keys}});
+        EXPECT_EQ(ran.status, 0) << ran.err;
+        std::string result;
+        for (const auto& [name, bytes] : files_below(directory.path())) {
+            result = name.find("vpkeout") != std::string::npos ? name : result;
+        }
+        const Field3 u = field_of_result(result, {g.ni, g.nj, g.nk});
+        fs::remove(result);
+        return u;
+    };
+    const Field3 plain = solve("MAXIT = 400");
+    const Field3 fast = solve("MAXIT = 120, ACCEL = 1");
+    EXPECT_THAT(log(), HasSubstr("Accelerated iteration on 2 meshes."));
+    float largest = 0;
+    for (std::size_t n = 0; n < plain.size(); ++n) {
+        largest = std::max(largest, std::abs(plain.data()[n] - fast.data()[n]));
+    }
+    EXPECT_LT(largest, 0.005F) << "of a wind of 10 m/s: what the iterations leave";
+}
+
+TEST_F(UserDomain, CycleKeepsASolution) {
+    const GridGeometry g = wide_hill();
+    give(g);
+    give_roughness(Field2(g.ni, g.nj, 0.05F));
+    ASSERT_EQ(run_domain("inlet = 2\n", {{"NML_NUMERICAL_SOLVER", "MAXIT = 300"}}).status, 0);
+    expect_fixed_point(change_by_cycle({"/f", directory.file("torvex.tin")}, 300));
 }
 
 TEST_F(UserDomain, ResumesOnTheMeshOfItsCountsOnly) {
