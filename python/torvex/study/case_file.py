@@ -10,9 +10,9 @@ from torvex.study.map_grid import Centre, degrees_minutes_seconds
 from torvex.study.mesh_keys import MeshKeys
 from torvex.study.sites import StudySite
 
-# Keys that a program of this release accepts but does not act on yet are not written.
+# Whether a new case takes the accelerated iteration, and the equilibrium surface layer.
 ACCELERATED = True
-SURFACE_LAYER = False
+SURFACE_LAYER = True
 
 MAXIT = 1000
 MONITOR_STEP = 2 if ACCELERATED else 10
