@@ -20,7 +20,6 @@
 #include "base/edit.hpp"
 #include "base/file_names.hpp"
 #include "base/iteration_report.hpp"
-#include "base/stop.hpp"
 #include "base/text_log.hpp"
 #include "mesh/grid.hpp"
 #include "results/finite_fields.hpp"
@@ -93,20 +92,13 @@ bool meets_criteria(const CaseSettings& settings, const FlowState& flow) {
            settings.CC_OUT_V >= flow.resid_v && settings.CC_OUT_W >= flow.resid_w;
 }
 
-[[noreturn]] void stop_monitor_outside() {
-    stop(161, "the monitor point is not inside the mesh",
-         "keys MONITOR_LON, MONITOR_LAT, MONITOR_HEIGHT",
-         "move the point, or set MONITOR_POSITION = 0");
-}
-
 std::array<float, 6> monitor_values(const Run& run, const Direction& direction) {
+    const CaseSettings& settings = run.settings;
+    require_monitor_inside(settings, direction.grid, direction.flow, direction.angle);
     const MonitorSample at =
-        sample_monitor(run.settings, direction.grid, direction.flow, direction.angle);
+        sample_monitor(settings, direction.grid, direction.flow, direction.angle);
     float ref = 0.0F;
-    if (!at.inside ||
-        !reference_speed_at_monitor(run.settings, direction.grid, direction.flow, ref)) {
-        stop_monitor_outside();
-    }
+    reference_speed_at_monitor(settings, direction.grid, direction.flow, ref);
     return {at.u / ref, at.v / ref, at.w / ref, at.p / (0.5F * (ref * ref)), at.k, at.e};
 }
 
@@ -239,7 +231,7 @@ Walls prepare(Run& run, Direction& direction) {
     inflow_sums(direction.grid, direction.flow);
     if (run.settings.TORVEX_MODE == 0) {
         // A monitor that is nowhere ends the run before the first iteration, not behind it.
-        monitor_values(run, direction);
+        require_monitor_inside(run.settings, direction.grid, direction.flow, direction.angle);
     }
     if (run.settings.RESTART_FLAG == 0) {
         clear_monitor_logs(direction.logs);

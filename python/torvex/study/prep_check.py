@@ -82,12 +82,15 @@ def check_of(told: Mapping[str, Any]) -> Check:
     """From what `torvex-prep check --json` prints."""
     memory = told["memory"]
     limits = [memory.get(name) for name in ("limit_bytes", "group_limit_bytes")]
+    cells = int(told["mesh"]["cells"])
+    # Nothing is tried where memory is short, or where all directions would be resumed.
+    tried = told["time"]["s_per_iteration"]
     return Check(
-        cells=int(told["mesh"]["cells"]),
+        cells=cells,
         memory=int(memory["bytes"]),
         limit=int(min([limit for limit in limits if limit], default=memory_limit())),
         disk=int(told["disk"]["bytes"]),
-        s_per_iteration=float(told["time"]["s_per_iteration"]),
+        s_per_iteration=_CELL_SECONDS * cells if tried is None else float(tried),
         warnings=tuple(str(warning) for warning in told.get("warnings", [])),
         told=told,
     )
