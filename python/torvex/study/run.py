@@ -217,10 +217,9 @@ class _Screen:
             values = [f"{value:.2g}" for value in each.of_criteria] or ["-"] * len(NAMES)
             table.add_row(each.record.tag, each.record.state, str(each.iteration), *values)
         ended = len(all_of_it) - len(rows) - waiting
-        table.caption = f"{ended} of {len(all_of_it)} ended; residuals over their criteria" + (
-            f"; about {duration(left)} left" if left is not None else ""
-        )
-        self._live.update(table)
+        told = f"{ended} of {len(all_of_it)} ended; residuals over their criteria"
+        told += f"; about {duration(left)} left" if left is not None else ""
+        self._live.update(need("rich.console").Group(table, told))
 
 
 @contextmanager

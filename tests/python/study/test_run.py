@@ -373,8 +373,12 @@ class Runs(unittest.TestCase):
         made, plain = self.folder / "made", self.folder / "plain"
         shutil.copytree(made, plain)
         edit(plain, "ACCEL = 1", "ACCEL = 0")
+        parts = self.folder / "parts"
+        shutil.copytree(made, parts)
         for study in plain, made:
             self.run_study(study)
+        self.run_study(parts, "--save-every", "4")
+        self.assertEqual(without_times(parts), without_times(made))
         one, other = (summary(study)[0] for study in (plain, made))
         self.assertLess(int(other["iterations"]), 0.6 * int(one["iterations"]))
         for key in "lowest_speed_up", "highest_speed_up":
