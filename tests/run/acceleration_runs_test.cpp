@@ -146,6 +146,10 @@ TEST_F(AcceleratedRuns, LeadToTheFieldUnderAWallInDenseAir) {
         {{"NML_BOUNDARY_TREATMENT", "WIND_TUNNEL_MODE = 1, WIND_TUNNEL_Z0 = 0.001"},
          {"NML_NAVIER_STOKES", "DENSIT = 1.2"}});
 }
+TEST_F(AcceleratedRuns, LeadToTheFieldBetweenWalls) {
+    expect_the_same_field(
+        {{"NML_BOUNDARY_TREATMENT", "WIND_TUNNEL_MODE = 2, WIND_TUNNEL_Z0 = 0.001"}});
+}
 // The factors of the case are a part of the discretisation, each of its own component.
 TEST_F(AcceleratedRuns, LeadToTheFieldOfTheRelaxationThatTheCaseGives) {
     expect_the_same_field({{"NML_NUMERICAL_SOLVER", "URFU = 0.6, URFV = 0.4, URFW = 0.5"}});
