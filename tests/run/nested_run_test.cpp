@@ -255,6 +255,21 @@ TEST_F(NestedRun, ResumeGivesTheBytesOfAnUninterruptedRun) {
     EXPECT_THAT(log(), HasSubstr("WD 180.0: nest: the boundary is that of the child's start."));
 }
 
+TEST_F(NestedRun, AcceleratedChildResumesWithoutATrace) {
+    run_parent();
+    const auto iterations = [](int n) {
+        return CaseItems{{"NML_NUMERICAL_SOLVER", "ACCEL = 1, MAXIT = " + std::to_string(n)}};
+    };
+    EXPECT_EQ(run_child(iterations(9)).status, 0);
+    const std::string whole = directory.read("nest-restart-180_0-vpkeout_00009.tuf");
+    EXPECT_EQ(run_child(iterations(4)).status, 0);
+    CaseItems again = iterations(5);
+    again.push_back({"NML_RUN", "RESTART_FLAG = 1"});
+    EXPECT_EQ(run_child(again).status, 0);
+    EXPECT_TRUE(directory.read("nest-restart-180_0-vpkeout_00009.tuf") == whole);
+    EXPECT_THAT(log(), Not(HasSubstr("begins anew with")));
+}
+
 TEST_F(NestedRun, KilledChildResumes) {
     run_parent();
     write_child({{"NML_RUN", "DEBUG_MODE = 2"},
