@@ -29,8 +29,7 @@ TEST_F(Acceleration, CycleRemembersNothing) {
     write_ground(cosine_hill(100, 500));
     for (const std::string keys :
          {"TURBULENCE_MODEL = 1", "TURBULENCE_MODEL = 2", "TURBULENCE_MODEL = 4"}) {
-        write_case(hill_case(
-            {{"NML_NAVIER_STOKES", keys}, {"NML_NUMERICAL_SOLVER", "MAXIT = 8"}}));
+        write_case(hill_case({{"NML_NAVIER_STOKES", keys}, {"NML_NUMERICAL_SOLVER", "MAXIT = 8"}}));
         EXPECT_THAT(fields_that_remember({"/f", (directory.path() / "torvex.tin").string()}, 8),
                     testing::IsEmpty())
             << keys;
