@@ -38,7 +38,7 @@ namespace {
 bool prefer_short_waits() {
     constexpr const char* spin_count = "GOMP_SPINCOUNT";
     return std::getenv("OMP_WAIT_POLICY") == nullptr && std::getenv(spin_count) == nullptr &&
-           setenv(spin_count, "1000", 0) == 0;
+           setenv(spin_count, "3000", 0) == 0;
 }
 
 // True for a size as OMP_STACKSIZE takes it ("512", "20k", "1 M"; kilobytes without a letter) that

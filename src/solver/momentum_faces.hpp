@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 #include "mesh/cell_nodes.hpp"
 #include "mesh/vec3.hpp"
@@ -129,11 +130,9 @@ struct FaceRange {
     int first, last;
 };
 
-// The viscosity of the cells on both sides of a row of faces, by the index of the face.
-struct SideViscosity {
-    const float* low;
-    const float* high;
-};
+// Where the viscosity on a row of faces comes from: between the cells on both sides, or from the
+// law of a wall, face by face.
+enum class FaceViscosity : std::uint8_t { of_cells, of_law };
 
 // What a row of faces carries of a component: its deferred convection, and the explicit flux.
 template <Component A>
@@ -142,11 +141,21 @@ struct FaceRow {
     float* flux;
 };
 
+template <FaceViscosity viscosity>
+[[gnu::always_inline]] inline float face_viscosity(const float* vis, const float* law, int i,
+                                                   Place low, Place high, float weight) {
+    if constexpr (viscosity == FaceViscosity::of_law) {
+        return law[i];
+    } else {
+        return between(vis[low], vis[high], weight);
+    }
+}
+
 // The explicit flux through the faces of a row, counted towards rising index: cross diffusion (a)
 // and transposed stress (b) less the deferred convection of each face.
-template <Axis L, Component... A>
+template <Axis L, FaceViscosity viscosity, Component... A>
 [[gnu::flatten]] void stress_row(const MomentumFields& f, Place row, FaceRange range,
-                                 const SideViscosity& vis, const CornerRows& u, const CornerRows& v,
+                                 const float* law, const CornerRows& u, const CornerRows& v,
                                  const CornerRows& w, FaceRow<A>... out) {
     const Place step = f.step<L>();
     const float* factor = f.factor<L>();
@@ -154,8 +163,7 @@ template <Axis L, Component... A>
     const VectorField area_m = f.area<first_across<L>>();
     const VectorField area_n = f.area<second_across<L>>();
     const VectorField velocity = f.velocity;
-    const float* vis_low = vis.low;
-    const float* vis_high = vis.high;
+    const float* vis = f.vis;
     const float* vol = f.vol;
     along_row(range.first, range.last, [=](int i) {
         const Place low = row + i;
@@ -168,8 +176,8 @@ template <Axis L, Component... A>
         const FaceVectors areas_low{area_l.at(low), area_m.at(low), area_n.at(low)};
         const FaceVectors areas_high{area_l.at(high), area_m.at(high), area_n.at(high)};
         const float weight = factor[low];
-        const float gain =
-            between(vis_low[i], vis_high[i], weight) / between(vol[low], vol[high], weight);
+        const float gain = face_viscosity<viscosity>(vis, law, i, low, high, weight) /
+                           between(vol[low], vol[high], weight);
         ((out.flux[i] =
               gain * between(stress_side<A>(areas_low, d), stress_side<A>(areas_high, d), weight) -
               out.deferred[i]),
@@ -179,15 +187,14 @@ template <Axis L, Component... A>
 
 // Mass flux of the faces, and the coefficients that couple the two cells: to_high of the low cell
 // towards the high one, to_low of the high cell towards the low one.
-template <Axis L>
-void coupling_row(const MomentumFields& f, Place row, FaceRange range, const SideViscosity& vis,
+template <Axis L, FaceViscosity viscosity>
+void coupling_row(const MomentumFields& f, Place row, FaceRange range, const float* law,
                   float* mass, float* to_high, float* to_low) {
     const Place step = f.step<L>();
     const float* factor = f.factor<L>();
     const float* volume_flux = f.flux<L>();
     const VectorField area = f.area<L>();
-    const float* vis_low = vis.low;
-    const float* vis_high = vis.high;
+    const float* vis = f.vis;
     const float* vol = f.vol;
     const float* den = f.den;
     along_row(range.first, range.last, [=](int i) {
@@ -196,7 +203,7 @@ void coupling_row(const MomentumFields& f, Place row, FaceRange range, const Sid
         const float weight = factor[low];
         const Vec3 l = area.at(low);
         const Vec3 h = area.at(high);
-        const float diffusion = between(vis_low[i], vis_high[i], weight) *
+        const float diffusion = face_viscosity<viscosity>(vis, law, i, low, high, weight) *
                                 between(dot(l, l), dot(h, h), weight) /
                                 between(vol[low], vol[high], weight);
         const float F = between(den[low], den[high], weight) * volume_flux[low];

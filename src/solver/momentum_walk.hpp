@@ -208,31 +208,36 @@ class MomentumWalk {
         return L == Axis::i ? g_.nx : (L == Axis::j ? g_.ny : g_.nz);
     }
 
-    // That of the cells on both sides, or on both sides that of the log law.
+    // The viscosity of the log law on the faces of row (j,k) across axis L; null where there is
+    // none.
     template <Axis L>
-    SideViscosity side_viscosity(int j, int k) const {
-        if (L != Axis::i) {
-            float* of_face = named(MomentumScratch::log_viscosity);
-            if (log_face_viscosity(log_faces_, g_, flow_, LogFlux::of_speed, L, j, k,
-                                   {of_face + 1, g_.nx})) {
-                return {of_face, of_face};
-            }
-        }
-        const Place row = f_.row(j, k);
-        return {f_.vis + row, f_.vis + row + f_.step<L>()};
+    const float* law_of_faces(int j, int k) const {
+        float* const of_face = named(MomentumScratch::log_viscosity);
+        const bool found =
+            L != Axis::i && log_face_viscosity(log_faces_, g_, flow_, LogFlux::of_speed, L, j, k,
+                                               {of_face + 1, g_.nx});
+        return found ? of_face : nullptr;
     }
 
     // The faces of row (j,k) across axis L. Boundary faces carry no deferred convection.
     template <Axis L>
     void faces(const FluxRows& out, int j, int k) {
+        if (const float* const law = law_of_faces<L>(j, k)) {
+            faces_of<L, FaceViscosity::of_law>(out, law, j, k);
+        } else {
+            faces_of<L, FaceViscosity::of_cells>(out, nullptr, j, k);
+        }
+    }
+
+    template <Axis L, FaceViscosity viscosity>
+    void faces_of(const FluxRows& out, const float* law, int j, int k) {
         const Place row = f_.row(j, k);
         const FaceRange all{L == Axis::i ? 1 : 2, g_.nx};
-        const SideViscosity vis = side_viscosity<L>(j, k);
         if constexpr (with_coefficients) {
-            coupling_row<L>(f_, row, all, vis, out.mass, out.to_high, out.to_low);
+            coupling_row<L, viscosity>(f_, row, all, law, out.mass, out.to_high, out.to_low);
         }
-        stress_row<L>(f_, row, all, vis, corners(j, 1), corners(j, 2), corners(j, 3),
-                      FaceRow<A>{deferred<L, A>(out, j, k), out.template flux<A>()}...);
+        stress_row<L, viscosity>(f_, row, all, law, corners(j, 1), corners(j, 2), corners(j, 3),
+                                 FaceRow<A>{deferred<L, A>(out, j, k), out.template flux<A>()}...);
     }
 
     // The deferred convection of C through those faces: of u with the mass flux, of v and w with

@@ -92,7 +92,7 @@ TEST_F(StartedVariant, NoneThereIsTheBaseline) {
 TEST_F(StartedVariant, TakesArgumentsAndSettings) {
     place("lib/torvex/probe-x86-64-v3", "third");
     const char* const given = std::getenv("GOMP_SPINCOUNT");
-    const std::string spin = given != nullptr ? given : "1000";
+    const std::string spin = given != nullptr ? given : "3000";
     EXPECT_EQ(said(), (processor_has_variant_level() ? "third" : "baseline") +
                           std::string(" /f a b.tin ") + spin + "\n");
 }
