@@ -35,6 +35,7 @@
 #include "run/outer_iteration.hpp"
 #include "run/run_torvex.hpp"
 #include "run/runtime_settings.hpp"
+#include "speed_points.hpp"
 #include "timed_equations.hpp"
 #include "traffic.hpp"
 
@@ -71,48 +72,7 @@ double triad(int threads) {
 
 // --- twelve points -------------------------------------------------------------------------------
 
-constexpr int points = 12;
-using Speeds = std::array<float, points>;
-
-struct Place {
-    float x, y;
-};
 constexpr float foot = 2.0F * static_cast<float>(hill_half_width);
-constexpr std::array<Place, 4> places{Place{0, 0}, Place{-foot, 0}, Place{foot, 0}, Place{0, foot}};
-constexpr std::array<float, 3> heights{10, 30, 80};
-
-int nearest(int n, float target, const auto& line) {
-    int best = 2;
-    for (int m = 2; m < n; ++m) {
-        best = std::abs(line(m) - target) < std::abs(line(best) - target) ? m : best;
-    }
-    return best;
-}
-
-// Speed in the column nearest to the place, linear in height.
-float speed_at(const GridGeometry& g, const FlowState& s, Place place, float height) {
-    const int i = nearest(g.ni, place.x, [&](int m) { return g.xc(m, 2, 1); });
-    const int j = nearest(g.nj, place.y, [&](int m) { return g.yc(2, m, 1); });
-    const auto z = [&](int k) { return g.zc(i, j, k) - g.zc(i, j, 1); };
-    const auto speed = [&](int k) { return std::hypot(s.u(i, j, k), s.v(i, j, k), s.w(i, j, k)); };
-    int k = 2;
-    while (k < g.nk - 1 && z(k) < height) {
-        ++k;
-    }
-    const float t = (height - z(k - 1)) / (z(k) - z(k - 1));
-    return t * speed(k) + (1.0F - t) * speed(k - 1);
-}
-
-Speeds speeds(const GridGeometry& g, const FlowState& s) {
-    Speeds all{};
-    std::size_t n = 0;
-    for (const Place& place : places) {
-        for (const float height : heights) {
-            all.at(n++) = speed_at(g, s, place, height);
-        }
-    }
-    return all;
-}
 
 struct Moment {
     double seconds = 0;
@@ -168,7 +128,7 @@ struct Solver {
             if (history.empty()) {
                 first = seconds;
             }
-            history.push_back({seconds_since(start), speeds(context.grid, context.flow)});
+            history.push_back({seconds_since(start), speeds(context.grid, context.flow, foot)});
         };
         OUTER_ITERATION(run, direction, timed_equations(seconds, behind));
         for (std::size_t n = 0; n < seconds.size(); ++n) {

@@ -19,7 +19,6 @@
 #include "solver/accelerated/copy_field.hpp"
 #include "solver/accelerated/plain_fields.hpp"
 #include "solver/clearing_pass.hpp"
-#include "solver/flow_fields.hpp"
 #include "solver/solver_work.hpp"
 
 namespace torvex {

@@ -1,9 +1,9 @@
 // A coarse mesh and its fields. Every second node line in i and j is kept, all planes k: the layers
 // carry the profile that the wall formulas live on. So do the cells beside the side walls of a wind
-// tunnel, which are kept too. Velocity and pressure are means over the fine
-// cells, tke and ted means of the logarithm, fluxes sums over the fine faces, so that no coarse
-// cell loses what its fine cells do not lose. Roughness is the mean of its logarithm, gp_d and gp_e
-// are volume means, gp_k one weighted by the drag density.
+// tunnel. Velocity and pressure are means over the fine cells, tke and ted means of the logarithm,
+// fluxes sums over the fine faces, so that no coarse cell loses what its fine cells do not lose.
+// Roughness is the mean of its logarithm, gp_d and gp_e are volume means, gp_k one weighted by the
+// drag density.
 
 #include "solver/accelerated/coarse_level.hpp"
 

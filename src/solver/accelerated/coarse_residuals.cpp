@@ -57,10 +57,6 @@ float drag_factor(const SolverContext& c) {
     return c.settings.canopy_on() ? 1.0F : 0.0F;
 }
 
-Field3& tau_of(Transported which, Tau& tau) {
-    return which == Transported::tke ? tau.tke : (which == Transported::ted ? tau.ted : tau.tkl);
-}
-
 CellRange interior(const GridGeometry& g) {
     return {2, 2, 2, g.nx, g.ny, g.nz};
 }

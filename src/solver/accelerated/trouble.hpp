@@ -15,8 +15,8 @@ struct Course {
 enum class Trouble : std::uint8_t { none, rising, hanging };
 
 // Takes the normalised mass residual behind iteration `seen` of the set. Rising: above five times
-// the smallest value, which came 2 to 34 iterations before every divergence that was looked into
-// and in no run that converged. Hanging: no new smallest value in 40 iterations above 1e-4.
+// the smallest value, which a run on its way to convergence does not show. Hanging: no new smallest
+// value in 40 iterations above 1e-4.
 Trouble judge(Course& course, int seen, float resid_m);
 
 }  // namespace torvex

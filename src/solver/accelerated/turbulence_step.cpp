@@ -1,7 +1,7 @@
 // Turbulence in an accelerated iteration: the systems of CALCKE, CALCED and CALCKLM, solved by two
-// sweeps over lines. tke comes first and ted takes the new one; with the old one an iteration more
-// is needed for every three. Behind the sweeps no cell but a pinned one has changed by more than
-// the factor of the working set, which acts on the way to the solution and not at it.
+// sweeps over lines. tke comes first and ted takes the new one. Behind the sweeps no cell but a
+// pinned one has changed by more than the factor of the working set, which acts on the way to the
+// solution and not at it.
 //
 //   ap = (sum - sp)/URF_w,   su += (1 - URF_w) ap phi_old
 //
@@ -162,11 +162,7 @@ void transport_system(const SolverContext& c, const AcceleratedWork& work, Trans
             tkl_system(c);
     }
     if (work.tau != nullptr) {
-        const Tau& tau = *work.tau;
-        add_tau(
-            c.grid,
-            which == Transported::tke ? tau.tke : (which == Transported::ted ? tau.ted : tau.tkl),
-            c.flow.eq);
+        add_tau(c.grid, tau_of(which, *work.tau), c.flow.eq);
     }
 }
 

@@ -16,6 +16,12 @@ constexpr bool is_transported(Transported which, int turbulence_model) {
 }
 Field3& field_of(Transported which, FlowState& s);
 
+// What a level adds to its equation: a Tau, constant or not.
+template <class T>
+auto& tau_of(Transported which, T& tau) {
+    return which == Transported::tke ? tau.tke : (which == Transported::ted ? tau.ted : tau.tkl);
+}
+
 // The system of one of them in flow.eq, unrelaxed, with what the level adds. eq.ap is not set.
 // ted_system takes the production that that of tke leaves.
 void transport_system(const SolverContext& c, const AcceleratedWork& work, Transported which);
